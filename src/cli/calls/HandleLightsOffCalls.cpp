@@ -1,0 +1,7 @@
+#include "cli/CallRegistry.h"
+
+namespace velmorant::cli {
+
+void registerHandleLightsOffCalls(CallRegistry& registry) {}
+
+}  // namespace velmorant::cli

@@ -1,0 +1,7 @@
+#include "cli/CallRegistry.h"
+
+namespace velmorant::cli {
+
+void registerPalletCalls(CallRegistry& registry) {}
+
+}  // namespace velmorant::cli

@@ -1,0 +1,168 @@
+#include "FilePreferencesStore.h"
+
+#include <fcntl.h>
+#include <sys/file.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstring>
+#include <fstream>
+#include <iterator>
+#include <utility>
+
+namespace velmorant::platform {
+namespace {
+
+class FileDescriptor {
+public:
+    explicit FileDescriptor(int fd = -1) : fd_(fd) {}
+    ~FileDescriptor() {
+        if (fd_ >= 0) ::close(fd_);
+    }
+    FileDescriptor(const FileDescriptor&) = delete;
+    FileDescriptor& operator=(const FileDescriptor&) = delete;
+    int get() const { return fd_; }
+    int release() { return std::exchange(fd_, -1); }
+
+private:
+    int fd_;
+};
+
+std::string systemError() { return std::strerror(errno); }
+
+bool writeAll(int fd, const std::vector<std::uint8_t>& bytes) {
+    std::size_t done = 0;
+    while (done < bytes.size()) {
+        ssize_t n = ::write(fd, bytes.data() + done, bytes.size() - done);
+        if (n < 0) {
+            if (errno == EINTR) continue;
+            return false;
+        }
+        done += static_cast<std::size_t>(n);
+    }
+    return true;
+}
+
+}  // namespace
+
+FilePreferencesStore::FilePreferencesStore(std::filesystem::path file, Diagnostics& diagnostics)
+    : file_(std::move(file)), diagnostics_(diagnostics) {}
+
+std::filesystem::path FilePreferencesStore::lockFile() const { return file_.string() + ".lock"; }
+
+void FilePreferencesStore::problem(const std::string& what) { diagnostics_.report(file_.string() + ": " + what); }
+
+FilePreferencesStore::Loaded FilePreferencesStore::load() {
+    struct stat st {};
+    if (::stat(file_.c_str(), &st) != 0) {
+        cachedStamp_.reset();
+        if (errno != ENOENT) {
+            problem("cannot be read (" + systemError() + "); it is treated as empty");
+            return {{}, false};
+        }
+        return {};
+    }
+    Stamp stamp{st.st_dev, st.st_ino, st.st_size, st.st_mtim.tv_sec * 1000000000LL + st.st_mtim.tv_nsec};
+    if (cachedStamp_ && *cachedStamp_ == stamp) return cached_;
+
+    Loaded loaded;
+    std::ifstream in(file_, std::ios::binary);
+    std::vector<std::uint8_t> bytes;
+    if (in && st.st_size <= static_cast<off_t>(kMaxPlistBytes)) {
+        bytes.assign(std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>());
+    }
+    std::string error;
+    std::optional<PlistDocument> document;
+    if (!in) error = "cannot be opened (" + systemError() + ")";
+    else if (st.st_size > static_cast<off_t>(kMaxPlistBytes)) error = "is larger than the largest store accepted";
+    else document = parsePlist(bytes, &error);
+    if (document) {
+        loaded.document = std::move(*document);
+    } else {
+        loaded.readable = false;
+        problem("is not a readable preferences file: " + error +
+                "; it is treated as empty and will not be overwritten");
+    }
+    cachedStamp_ = stamp;
+    cached_ = loaded;
+    return loaded;
+}
+
+Value FilePreferencesStore::objectForKey(std::string_view key) {
+    Loaded loaded = load();
+    const Value* v = loaded.document.root.objectForKey(key);
+    return v ? *v : Value();
+}
+
+Dictionary FilePreferencesStore::dictionaryRepresentation() { return load().document.root; }
+
+bool FilePreferencesStore::setObject(const Value& value, std::string_view key) {
+    return modify([&](Dictionary& d) { d.setObject(value, key); });
+}
+
+bool FilePreferencesStore::removeObjectForKey(std::string_view key) {
+    return modify([&](Dictionary& d) { d.removeObjectForKey(key); });
+}
+
+bool FilePreferencesStore::modify(const std::function<void(Dictionary&)>& change) {
+    FileDescriptor lock(::open(lockFile().c_str(), O_RDWR | O_CREAT | O_CLOEXEC, 0644));
+    if (lock.get() < 0) {
+        problem("cannot take the lock " + lockFile().string() + " (" + systemError() + "); nothing was written");
+        return false;
+    }
+    while (::flock(lock.get(), LOCK_EX) != 0) {
+        if (errno != EINTR) {
+            problem("cannot take the lock (" + systemError() + "); nothing was written");
+            return false;
+        }
+    }
+    // Under the lock, read what is there now: another writer may have changed it.
+    cachedStamp_.reset();
+    Loaded current = load();
+    if (!current.readable) return false;  // already reported; never overwrite what we cannot read
+
+    struct stat st {};
+    bool exists = ::stat(file_.c_str(), &st) == 0;
+    if (exists && (st.st_mode & (S_IWUSR | S_IWGRP | S_IWOTH)) == 0) {
+        problem("is read-only; nothing was written");
+        return false;
+    }
+    PlistDocument next = current.document;
+    change(next.root);
+    if (next.root == current.document.root) return true;
+    return write(next, exists ? &st : nullptr);
+}
+
+bool FilePreferencesStore::write(const PlistDocument& document, const struct stat* existing) {
+    std::string error;
+    auto bytes = serialisePlist(document.root, document.format, &error);
+    if (!bytes) {
+        problem("was not written: " + error);
+        return false;
+    }
+    std::string tempName = (file_.parent_path() / ("." + file_.filename().string() + ".XXXXXX")).string();
+    FileDescriptor temp(::mkstemp(tempName.data()));
+    if (temp.get() < 0) {
+        problem("was not written: cannot create a file beside it (" + systemError() + ")");
+        return false;
+    }
+    auto abandon = [&](const std::string& why) {
+        ::unlink(tempName.c_str());
+        problem("was not written (" + why + "); the file is unchanged");
+        return false;
+    };
+    mode_t mode = existing ? (existing->st_mode & 07777) : 0600;
+    if (::fchmod(temp.get(), mode) != 0) return abandon(systemError());
+    if (existing && (existing->st_uid != ::geteuid() || existing->st_gid != ::getegid())) {
+        [[maybe_unused]] int ignored = ::fchown(temp.get(), existing->st_uid, existing->st_gid);
+    }
+    if (!writeAll(temp.get(), *bytes) || ::fsync(temp.get()) != 0) return abandon(systemError());
+    if (::close(temp.release()) != 0) return abandon(systemError());
+    if (::rename(tempName.c_str(), file_.c_str()) != 0) return abandon(systemError());
+    FileDescriptor dir(::open(file_.parent_path().empty() ? "." : file_.parent_path().c_str(), O_RDONLY | O_DIRECTORY));
+    if (dir.get() >= 0) ::fsync(dir.get());
+    return true;
+}
+
+}  // namespace velmorant::platform

@@ -1,0 +1,17 @@
+#pragma once
+
+#include <string>
+#include <string_view>
+
+namespace velmorant::platform {
+
+// The phone's string case operations (locale-independent, full Unicode).
+std::string uppercaseString(std::string_view text);
+std::string lowercaseString(std::string_view text);
+// Each word's first letter upper-cased, the rest lower-cased: "time until bed" -> "Time Until Bed".
+std::string capitalizedString(std::string_view text);
+
+// Every occurrence of `target` replaced by `replacement`.
+std::string stringByReplacing(std::string_view text, std::string_view target, std::string_view replacement);
+
+}  // namespace velmorant::platform

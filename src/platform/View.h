@@ -1,0 +1,98 @@
+#pragma once
+
+#include "Colour.h"
+#include "Font.h"
+#include "Geometry.h"
+#include "Value.h"
+
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace velmorant::platform {
+
+// A view's backing layer: corner radius and named sublayers (the styling code
+// puts a gradient layer named "gradient" at the back).
+class Layer {
+public:
+    Layer() = default;
+    explicit Layer(std::string name) : name_(std::move(name)) {}
+
+    const std::string& name() const { return name_; }
+    void setName(std::string name) { name_ = std::move(name); }
+    Rect frame() const { return frame_; }
+    void setFrame(Rect frame) { frame_ = frame; }
+    double cornerRadius() const { return cornerRadius_; }
+    void setCornerRadius(double radius) { cornerRadius_ = radius; }
+    // Gradient colours, top to bottom; empty for a plain layer.
+    const std::vector<Colour>& colors() const { return colors_; }
+    void setColors(std::vector<Colour> colors) { colors_ = std::move(colors); }
+
+    const std::vector<std::shared_ptr<Layer>>& sublayers() const { return sublayers_; }
+    void insertSublayer(std::shared_ptr<Layer> layer, std::size_t index);
+    void replaceSublayer(const Layer& old, std::shared_ptr<Layer> replacement);
+    void addSublayer(std::shared_ptr<Layer> layer) { sublayers_.push_back(std::move(layer)); }
+
+private:
+    std::string name_;
+    Rect frame_;
+    double cornerRadius_ = 0;
+    std::vector<Colour> colors_;
+    std::vector<std::shared_ptr<Layer>> sublayers_;
+};
+
+enum class ViewKind { Container, Label, ImageView, Indicator };
+enum class TextAlignment { Left, Centre, Right };
+
+// One view of the snippet. The code sets only hidden, text, font, image,
+// background colour and the layer's corner radius; the rest is fixed by the
+// interface description.
+class View {
+public:
+    View(std::string name, ViewKind kind) : name_(std::move(name)), kind_(kind) {}
+
+    const std::string& name() const { return name_; }
+    ViewKind kind() const { return kind_; }
+
+    bool isHidden() const { return hidden_; }
+    void setHidden(bool hidden) { hidden_ = hidden; }
+    const std::optional<std::string>& text() const { return text_; }
+    // None clears the label, as setting nil does.
+    void setText(std::optional<std::string> text) { text_ = std::move(text); }
+    const std::optional<Font>& font() const { return font_; }
+    void setFont(Font font) { font_ = font; }
+    const ImagePtr& image() const { return image_; }
+    void setImage(ImagePtr image) { image_ = std::move(image); }
+    const std::optional<Colour>& backgroundColor() const { return backgroundColor_; }
+    void setBackgroundColor(std::optional<Colour> colour) { backgroundColor_ = std::move(colour); }
+    Layer& layer() { return layer_; }
+    const Layer& layer() const { return layer_; }
+
+    // Layout and look as first loaded.
+    Rect frame() const { return frame_; }
+    void setFrame(Rect frame);
+    Rect bounds() const { return {0, 0, frame_.width, frame_.height}; }
+    const std::string& parent() const { return parent_; }
+    void setParent(std::string parent) { parent_ = std::move(parent); }
+    const std::optional<Colour>& textColor() const { return textColor_; }
+    void setTextColor(std::optional<Colour> colour) { textColor_ = std::move(colour); }
+    TextAlignment alignment() const { return alignment_; }
+    void setAlignment(TextAlignment alignment) { alignment_ = alignment; }
+
+private:
+    std::string name_;
+    ViewKind kind_;
+    bool hidden_ = false;
+    std::optional<std::string> text_;
+    std::optional<Font> font_;
+    ImagePtr image_;
+    std::optional<Colour> backgroundColor_;
+    Layer layer_;
+    Rect frame_;
+    std::string parent_;
+    std::optional<Colour> textColor_;
+    TextAlignment alignment_ = TextAlignment::Left;
+};
+
+}  // namespace velmorant::platform
