@@ -92,6 +92,11 @@ std::string Platform::localizedString(std::string_view key, std::string_view val
     return strings_.localizedStringForKey(key, value, table);
 }
 
+const FontSystem& Platform::fonts() {
+    if (!fonts_) fonts_ = std::make_unique<FontSystem>(resourceDir_ / "fonts" / "fonts.conf");
+    return *fonts_;
+}
+
 ImagePtr Platform::imageNamed(std::string_view name) {
     auto it = images_.find(name);
     if (it != images_.end()) return it->second;

@@ -2,6 +2,7 @@
 
 #include "Date.h"
 #include "Diagnostics.h"
+#include "FontSystem.h"
 #include "PreferencesStore.h"
 #include "StringTable.h"
 #include "Value.h"
@@ -74,6 +75,9 @@ public:
     // An image resource by name; none when there is no such artwork.
     ImagePtr imageNamed(std::string_view name);
 
+    // Text layout with the project's pinned fonts; made on first use.
+    const FontSystem& fonts();
+
     const std::filesystem::path& resourceDir() const { return resourceDir_; }
     const std::filesystem::path& preferencesDir() const { return preferencesDir_; }
     Diagnostics& diagnostics() { return diagnostics_; }
@@ -94,6 +98,7 @@ private:
     StringTable strings_;
     std::map<std::string, std::shared_ptr<PreferencesStore>, std::less<>> stores_;
     std::map<std::string, ImagePtr, std::less<>> images_;
+    std::unique_ptr<FontSystem> fonts_;
 };
 
 }  // namespace velmorant::platform

@@ -1,0 +1,33 @@
+#!/usr/bin/env bash
+# Installs every Debian package the project needs (only the missing ones), then
+# configures and builds. Safe to run again: a second run installs nothing.
+set -euo pipefail
+
+packages=(
+  build-essential cmake ninja-build pkg-config git
+  libicu-dev libcairo2-dev libpango1.0-dev libplist-dev librsvg2-dev
+  nlohmann-json3-dev libgtest-dev libgmock-dev libbenchmark-dev
+  fontconfig fonts-inter fonts-noto-color-emoji fonts-noto-core fonts-dejavu-core
+  tzdata
+)
+
+missing=()
+for p in "${packages[@]}"; do
+  if ! dpkg-query -W -f='${Status}' "$p" 2>/dev/null | grep -q "install ok installed"; then
+    missing+=("$p")
+  fi
+done
+
+if ((${#missing[@]})); then
+  echo "setup: installing ${missing[*]}" >&2
+  sudo_cmd=()
+  if [ "$(id -u)" -ne 0 ]; then sudo_cmd=(sudo); fi
+  export DEBIAN_FRONTEND=noninteractive
+  "${sudo_cmd[@]}" apt-get update -qq
+  "${sudo_cmd[@]}" apt-get install -y -qq --no-install-recommends "${missing[@]}"
+fi
+
+cd "$(dirname "$0")/.."
+preset="${1:-release}"
+cmake --preset "$preset" >/dev/null
+cmake --build --preset "$preset"

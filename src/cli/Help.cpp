@@ -1,0 +1,85 @@
+#include "Help.h"
+
+namespace velmorant::cli {
+namespace {
+
+constexpr std::string_view kProgram = R"(velmorant-snippet: the Velmorant results snippets, on the command line.
+
+Usage: velmorant-snippet COMMAND [ARGS] [OPTIONS]
+
+Commands:
+  show INTENT              fill the snippet of an intent and print its view record as JSON
+  call CLASS.OPERATION ..  call one public operation and print its result as JSON
+  demo --prefs DIR         write the built-in demo stores (dated tonight) into DIR
+
+Options for every command:
+  --prefs DIR      folder of the store files: DIR/group.brumelkai.Velmorant.plist (shared
+                   with the app) and DIR/standard.plist (this extension's own). Without it
+                   the built-in demo data is used, in memory.
+  --now ISO8601    the current instant, e.g. 2024-03-05T22:10:00 (local) or ...Z / +01:00
+                   (default: the system clock)
+  --tz ZONE        IANA time zone, e.g. Europe/London (default: the system's)
+  --locale ID      ICU locale id, e.g. en_US, de_DE (default: from LC_ALL/LC_MESSAGES/LANG,
+                   else en_US)
+  --scale N        pixels per point of drawn images (default 3)
+  --help           this text; `velmorant-snippet COMMAND --help` for one command
+
+Examples:
+  velmorant-snippet show SleepSpO2Intent --png spo2.png
+  velmorant-snippet call FormatTools.formattedTimeInterval 27000
+  velmorant-snippet demo --prefs /tmp/prefs && velmorant-snippet show ReadinessIntent --prefs /tmp/prefs
+
+Exit status: 0 on success, 2 for bad input (the message says which input and what is wrong).
+)";
+
+constexpr std::string_view kShow = R"(Usage: velmorant-snippet show INTENT [--width W] [--png FILE] [--images DIR] [OPTIONS]
+
+Runs the snippet controller for an intent named by its type and prints
+  {"success":true,"size":{"width":W,"height":H},"views":{NAME:{attribute:value,...},...}}
+with every outlet's hidden, text, font, image, backgroundColor and cornerRadius.
+
+INTENT is one of LightsOffIntent, TimeAsleepIntent, ReadinessIntent, WristTempIntent,
+SleepFuelIntent, SleepSpO2Intent, RespirationIntent, LatestBedtimeIntent, SleepRingsIntent;
+any other name is an intent this extension does not know (it shows "I am so confused.").
+
+  --width W      the host's maximum snippet width in points (default 390)
+  --png FILE     also draw the card as a PNG picture
+  --images DIR   write every image of the record as DIR/VIEW.png (named in the JSON as "file")
+)";
+
+constexpr std::string_view kCall = R"(Usage: velmorant-snippet call CLASS.OPERATION [ARG...] [OPTIONS]
+
+Calls one public operation on a fresh object and prints the result as one JSON value.
+The operation is named by its selector, the trailing colon optional, or by the selector's
+first part when that is unambiguous:
+  velmorant-snippet call FormatTools.dateForDate:withHour:withMin: 2024-03-05T10:00:00 7 30
+  velmorant-snippet call Pallet.colourForBatteryChargePercent 0.9999
+
+Arguments are read as the parameter's type: numbers, true/false, strings, dates (ISO 8601;
+without an offset, local time in --tz), dictionaries (a JSON object; {"date":"..."} inside it
+is a date), and nil for none. Run `call CLASS --help` to list a class's operations.
+
+Results: a record is a JSON object; numbers print as the shortest text that reads back as the
+same float or double; dates as {"date":"...Z"} (UTC); colours as {"colour":{"h","s","b","a"}};
+images as {"image":{"width","height","scale"}}; none as null.
+)";
+
+constexpr std::string_view kDemo = R"(Usage: velmorant-snippet demo --prefs DIR [--now ISO8601] [--tz ZONE]
+
+Writes the built-in demo stores into DIR (created when missing): a night of results dated for
+the current night (night hour 21) in DIR/group.brumelkai.Velmorant.plist, and the extension's
+own preferences in DIR/standard.plist. Keys already in those files that the demo does not set
+are kept; writes take the store lock, like every writer of these files.
+)";
+
+}  // namespace
+
+std::string_view helpText(std::string_view command) {
+    if (command.empty()) return kProgram;
+    if (command == "show") return kShow;
+    if (command == "call") return kCall;
+    if (command == "demo") return kDemo;
+    return {};
+}
+
+}  // namespace velmorant::cli

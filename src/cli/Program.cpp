@@ -1,0 +1,284 @@
+#include "Program.h"
+
+#include "Arguments.h"
+#include "CallRegistry.h"
+#include "CardRenderer.h"
+#include "DemoData.h"
+#include "Help.h"
+#include "IsoDate.h"
+#include "ValueJson.h"
+#include "intents/IntentViewController.h"
+#include "platform/Image.h"
+
+#include <unistd.h>
+
+#include <charconv>
+#include <cstdlib>
+#include <filesystem>
+#include <map>
+#include <optional>
+
+namespace velmorant::cli {
+namespace {
+
+namespace fs = std::filesystem;
+using json = nlohmann::json;
+
+struct CommandLine {
+    std::string command;
+    std::vector<std::string> positional;
+    std::map<std::string, std::string> options;
+    bool help = false;
+};
+
+// Options that take a value, and the commands that accept each.
+const std::map<std::string, std::vector<std::string>> kOptions = {
+    {"--prefs", {"show", "call", "demo"}}, {"--now", {"show", "call", "demo"}},
+    {"--tz", {"show", "call", "demo"}},    {"--locale", {"show", "call", "demo"}},
+    {"--scale", {"show", "call", "demo"}}, {"--width", {"show"}},
+    {"--png", {"show"}},                   {"--images", {"show"}},
+};
+
+CommandLine parse(const std::vector<std::string>& args) {
+    CommandLine line;
+    for (std::size_t i = 0; i < args.size(); ++i) {
+        const std::string& arg = args[i];
+        if (arg == "--help" || arg == "-h") {
+            line.help = true;
+        } else if (arg.starts_with("--")) {
+            std::string name = arg, value;
+            bool inlineValue = false;
+            if (auto eq = arg.find('='); eq != std::string::npos) {
+                name = arg.substr(0, eq);
+                value = arg.substr(eq + 1);
+                inlineValue = true;
+            }
+            if (!kOptions.contains(name)) throw UsageError("unknown option " + name + " (see --help)");
+            if (!inlineValue) {
+                if (i + 1 >= args.size()) throw UsageError("option " + name + " needs a value");
+                value = args[++i];
+            }
+            line.options[name] = value;
+        } else if (line.command.empty()) {
+            line.command = arg;
+        } else {
+            line.positional.push_back(arg);
+        }
+    }
+    if (!line.command.empty() && !helpText(line.command).empty()) {
+        for (const auto& [name, value] : line.options) {
+            const auto& allowed = kOptions.at(name);
+            if (std::find(allowed.begin(), allowed.end(), line.command) == allowed.end())
+                throw UsageError("option " + name + " does not apply to " + line.command);
+        }
+    }
+    return line;
+}
+
+std::optional<std::string> option(const CommandLine& line, const std::string& name) {
+    auto it = line.options.find(name);
+    if (it == line.options.end()) return std::nullopt;
+    return it->second;
+}
+
+double positiveNumber(const std::string& name, const std::string& text, double max) {
+    double v = 0;
+    auto [end, ec] = std::from_chars(text.data(), text.data() + text.size(), v);
+    if (ec != std::errc() || end != text.data() + text.size() || !(v > 0) || v > max)
+        throw UsageError(name + " must be a number above 0 and at most " + std::to_string(static_cast<int>(max)) +
+                         ", not \"" + text + "\"");
+    return v;
+}
+
+// The user's locale from the environment, as the C library names it (de_DE.UTF-8).
+std::string environmentLocale() {
+    for (const char* name : {"LC_ALL", "LC_MESSAGES", "LANG"}) {
+        const char* value = std::getenv(name);
+        if (!value || !*value) continue;
+        std::string id(value);
+        id = id.substr(0, id.find_first_of(".@"));
+        if (id == "C" || id == "POSIX" || id.empty()) break;
+        return id;
+    }
+    return "en_US";
+}
+
+void checkReadableFolder(const fs::path& dir) {
+    std::error_code ec;
+    if (!fs::exists(dir, ec)) throw UsageError("--prefs " + dir.string() + ": no such folder");
+    if (!fs::is_directory(dir, ec)) throw UsageError("--prefs " + dir.string() + ": not a folder");
+    if (::access(dir.c_str(), R_OK | X_OK) != 0) throw UsageError("--prefs " + dir.string() + ": cannot be read");
+}
+
+platform::PlatformOptions platformOptions(const CommandLine& line, bool createPrefs) {
+    platform::PlatformOptions options;
+    options.timeZoneId = option(line, "--tz").value_or("");
+    options.localeId = option(line, "--locale").value_or(environmentLocale());
+    if (auto scale = option(line, "--scale")) options.scale = positiveNumber("--scale", *scale, 16);
+    if (auto prefs = option(line, "--prefs")) {
+        fs::path dir(*prefs);
+        if (createPrefs) {
+            std::error_code ec;
+            fs::create_directories(dir, ec);
+            if (ec) throw UsageError("--prefs " + dir.string() + ": cannot be created (" + ec.message() + ")");
+            if (::access(dir.c_str(), W_OK) != 0) throw UsageError("--prefs " + dir.string() + ": cannot be written");
+        }
+        checkReadableFolder(dir);
+        options.preferencesDir = dir;
+    }
+    return options;
+}
+
+// Makes the platform; --now is read in the time zone in force.
+std::unique_ptr<platform::Platform> makePlatform(const CommandLine& line, bool createPrefs = false) {
+    std::unique_ptr<platform::Platform> platform;
+    try {
+        platform = std::make_unique<platform::Platform>(platformOptions(line, createPrefs));
+    } catch (const std::invalid_argument& e) {
+        throw UsageError(e.what());
+    }
+    if (auto now = option(line, "--now")) {
+        auto date = parseIsoDate(*now, platform->timeZone());
+        if (!date) throw UsageError("--now must be an ISO 8601 date such as 2024-03-05T22:10:00, not \"" + *now + "\"");
+        platform->setNow(*date);
+    }
+    if (!option(line, "--prefs")) installDemoStores(*platform);
+    return platform;
+}
+
+CallRegistry makeRegistry() {
+    CallRegistry registry;
+    registerFormatToolsCalls(registry);
+    registerPalletCalls(registry);
+    registerGroupMetricsCalls(registry);
+    registerSleepMetricsUICalls(registry);
+    registerHandleLightsOffCalls(registry);
+    return registry;
+}
+
+std::string listOperations(const CallRegistry& registry, const std::string& className) {
+    std::string text = className + " operations:\n";
+    for (const Operation* op : registry.operationsOf(className)) {
+        text += "  " + op->selector;
+        for (ParamType p : op->params) text += " <" + std::string(paramTypeName(p)) + ">";
+        text += "\n";
+    }
+    return text;
+}
+
+int runCall(const CommandLine& line, std::ostream& out) {
+    CallRegistry registry = makeRegistry();
+    auto classes = registry.classNames();
+    std::string known;
+    for (const auto& c : classes) known += (known.empty() ? "" : ", ") + c;
+    if (line.positional.empty()) throw UsageError("call needs CLASS.OPERATION (classes: " + known + ")");
+    const std::string& target = line.positional[0];
+    auto dot = target.find('.');
+    std::string className = target.substr(0, dot);
+    if (!registry.hasClass(className)) throw UsageError("unknown class \"" + className + "\" (classes: " + known + ")");
+    if (line.help && dot == std::string::npos) {
+        out << listOperations(registry, className);
+        return 0;
+    }
+    if (dot == std::string::npos) throw UsageError("call needs CLASS.OPERATION, not \"" + target + "\"");
+    std::string selector = target.substr(dot + 1);
+    const Operation* op = registry.find(className, selector);
+    if (!op) throw UsageError("unknown operation \"" + selector + "\" of " + className + " (see `call " + className + " --help`)");
+    auto platform = makePlatform(line);
+    std::vector<std::string> args(line.positional.begin() + 1, line.positional.end());
+    CallArgs callArgs = readArguments(*op, args, *platform);
+    out << toJson(op->invoke(*platform, callArgs)).dump() << '\n';
+    return 0;
+}
+
+int runShow(const CommandLine& line, std::ostream& out) {
+    if (line.positional.size() != 1)
+        throw UsageError("show needs exactly one INTENT, such as SleepSpO2Intent (see `show --help`)");
+    double width = 390;
+    if (auto w = option(line, "--width")) width = positiveNumber("--width", *w, 10000);
+    std::optional<fs::path> imagesDir, png;
+    if (auto file = option(line, "--png")) png = *file;
+    auto platform = makePlatform(line);
+    if (auto dir = option(line, "--images")) {
+        imagesDir = *dir;
+        std::error_code ec;
+        fs::create_directories(*imagesDir, ec);
+        if (ec || !fs::is_directory(*imagesDir)) throw UsageError("--images " + *dir + ": cannot be created");
+    }
+
+    ExtensionContext context;
+    context.hostedViewMaximumAllowedSize = {width, 420};
+    IntentViewController controller(*platform, context);
+    controller.viewDidLoad();
+    Interaction interaction{makeIntent(line.positional[0])};
+    bool success = false;
+    platform::Size size;
+    controller.configureViewForParameters({}, interaction, InteractiveBehavior::None, &controller.extensionContext(),
+                                          [&](bool ok, const ParameterSet&, platform::Size s) {
+                                              success = ok;
+                                              size = s;
+                                          });
+
+    ImageWriter writer;
+    if (imagesDir) {
+        writer = [&](const platform::Image& image, const std::string& hint) -> std::optional<std::string> {
+            fs::path file = *imagesDir / (hint + ".png");
+            std::string error;
+            if (!image.writePng(file, &error)) throw std::runtime_error("cannot write " + file.string() + ": " + error);
+            return file.string();
+        };
+    }
+    json views = json::object();
+    for (const std::string& name : IntentViewController::outletNames())
+        views[name] = viewToJson(*controller.views().view(name), writer);
+    if (png) {
+        std::string error;
+        if (!renderCard(controller.views(), size, platform->screenScale(), platform->fonts(), *png, &error))
+            throw std::runtime_error("cannot write " + png->string() + ": " + error);
+    }
+    json result = {{"success", success}, {"size", {{"width", size.width}, {"height", size.height}}}, {"views", views}};
+    out << result.dump(1) << '\n';
+    return 0;
+}
+
+int runDemo(const CommandLine& line, std::ostream& out) {
+    if (!option(line, "--prefs")) throw UsageError("demo needs --prefs DIR, the folder to write the stores into");
+    if (!line.positional.empty()) throw UsageError("demo takes no arguments, not \"" + line.positional[0] + "\"");
+    CommandLine withPrefs = line;
+    auto platform = makePlatform(withPrefs, true);
+    installDemoStores(*platform);
+    out << "wrote the demo stores into " << platform->preferencesDir().string() << '\n';
+    return 0;
+}
+
+}  // namespace
+
+int runProgram(const std::vector<std::string>& args, std::ostream& out, std::ostream& err) {
+    try {
+        CommandLine line = parse(args);
+        if (line.command.empty()) {
+            if (line.help) {
+                out << helpText("");
+                return 0;
+            }
+            throw UsageError("no command given (commands: show, call, demo; see --help)");
+        }
+        if (helpText(line.command).empty())
+            throw UsageError("unknown command \"" + line.command + "\" (commands: show, call, demo; see --help)");
+        if (line.help && !(line.command == "call" && !line.positional.empty())) {
+            out << helpText(line.command);
+            return 0;
+        }
+        if (line.command == "show") return runShow(line, out);
+        if (line.command == "call") return runCall(line, out);
+        return runDemo(line, out);
+    } catch (const UsageError& e) {
+        err << "velmorant-snippet: " << e.what() << '\n';
+        return 2;
+    } catch (const std::exception& e) {
+        err << "velmorant-snippet: " << e.what() << '\n';
+        return 1;
+    }
+}
+
+}  // namespace velmorant::cli

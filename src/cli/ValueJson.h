@@ -1,0 +1,28 @@
+#pragma once
+
+#include "platform/Value.h"
+#include "platform/View.h"
+
+#include <nlohmann/json.hpp>
+
+#include <filesystem>
+#include <functional>
+
+namespace velmorant::cli {
+
+// Names the file an image was written to, or none when images are not written.
+using ImageWriter = std::function<std::optional<std::string>(const platform::Image&, const std::string& hint)>;
+
+// A value as the program prints it: numbers as the shortest text that reads
+// back as the same float or double, dates as UTC ISO 8601 under "date",
+// colours under "colour", images under "image", none as null.
+nlohmann::json toJson(const platform::Value& value, const ImageWriter& writeImage = {},
+                      const std::string& hint = "value");
+nlohmann::json toJson(const platform::Colour& colour);
+nlohmann::json toJson(const platform::Font& font);
+// The attributes the snippet code sets on a view.
+nlohmann::json viewToJson(const platform::View& view, const ImageWriter& writeImage = {});
+
+std::string isoUtc(platform::Date date);
+
+}  // namespace velmorant::cli

@@ -1,0 +1,159 @@
+#include "IntentViewController.h"
+
+#include "format/FormatTools.h"
+
+#include <stdexcept>
+
+namespace velmorant {
+namespace {
+
+constexpr double kCompactHeight = 180;
+constexpr double kTallHeight = 420;
+
+template <typename T>
+bool isKind(const Interaction& interaction) {
+    return dynamic_cast<const T*>(interaction.intent.get()) != nullptr;
+}
+
+}  // namespace
+
+IntentViewController::IntentViewController(platform::Platform& platform, ExtensionContext context)
+    : platform_(platform),
+      extensionContext_(context),
+      views_(platform::ViewTree::loadInterface(platform.resourceDir() / "interface" / "IntentViewController.json")) {
+    lightsOffContainer = outlet("lightsOffContainer");
+    lamp = outlet("lamp");
+    lightsOffLabel = outlet("lightsOffLabel");
+    statusLabel = outlet("statusLabel");
+    textContainer = outlet("textContainer");
+    textLabel = outlet("textLabel");
+    ringsContainer = outlet("ringsContainer");
+    ringsImage = outlet("ringsImage");
+    starsLabel = outlet("starsLabel");
+    ringTextContainer = outlet("ringTextContainer");
+    sleepIndicator = outlet("sleepIndicator");
+    sleepGlyph = outlet("sleepGlyph");
+    sleepHeadingLabel = outlet("sleepHeadingLabel");
+    sleepTimeLabel = outlet("sleepTimeLabel");
+    sleepGoalLabel = outlet("sleepGoalLabel");
+    bankIndicator = outlet("bankIndicator");
+    bankGlyph = outlet("bankGlyph");
+    bankHeadingLabel = outlet("bankHeadingLabel");
+    bankBalanceLabel = outlet("bankBalanceLabel");
+    bankTimeLabel = outlet("bankTimeLabel");
+    ringStatsContainer = outlet("ringStatsContainer");
+    sleepRingIndicator = outlet("sleepRingIndicator");
+    sleepRingHeadingLabel = outlet("sleepRingHeadingLabel");
+    sleepRingResultLabel = outlet("sleepRingResultLabel");
+    qualityRingIndicator = outlet("qualityRingIndicator");
+    qualityRingHeadingLabel = outlet("qualityRingHeadingLabel");
+    qualityRingResultLabel = outlet("qualityRingResultLabel");
+    deepRingIndicator = outlet("deepRingIndicator");
+    deepRingHeadingLabel = outlet("deepRingHeadingLabel");
+    deepRingResultLabel = outlet("deepRingResultLabel");
+    bpmRingIndicator = outlet("bpmRingIndicator");
+    bpmRingHeadingLabel = outlet("bpmRingHeadingLabel");
+    bpmRingResultLabel = outlet("bpmRingResultLabel");
+    _qualityGlyphLabel = outlet("qualityGlyphLabel");
+}
+
+IntentViewController::~IntentViewController() = default;
+
+const std::set<std::string>& IntentViewController::outletNames() {
+    static const std::set<std::string> names = {
+        "lightsOffContainer", "lamp", "lightsOffLabel", "statusLabel", "textContainer", "textLabel",
+        "ringsContainer", "ringsImage", "starsLabel", "ringTextContainer", "sleepIndicator", "sleepGlyph",
+        "sleepHeadingLabel", "sleepTimeLabel", "sleepGoalLabel", "bankIndicator", "bankGlyph",
+        "bankHeadingLabel", "bankBalanceLabel", "bankTimeLabel", "ringStatsContainer", "sleepRingIndicator",
+        "sleepRingHeadingLabel", "sleepRingResultLabel", "qualityRingIndicator", "qualityRingHeadingLabel",
+        "qualityRingResultLabel", "deepRingIndicator", "deepRingHeadingLabel", "deepRingResultLabel",
+        "bpmRingIndicator", "bpmRingHeadingLabel", "bpmRingResultLabel", "qualityGlyphLabel"};
+    return names;
+}
+
+platform::View* IntentViewController::outlet(const char* name) {
+    platform::View* view = views_.view(name);
+    if (!view) throw std::runtime_error(std::string("the interface description has no view \"") + name + "\"");
+    return view;
+}
+
+void IntentViewController::viewDidLoad() {}
+
+void IntentViewController::hideAllViews() {
+    lightsOffContainer->setHidden(true);
+    textContainer->setHidden(true);
+    ringsContainer->setHidden(true);
+    ringStatsContainer->setHidden(true);
+    ringTextContainer->setHidden(true);
+}
+
+void IntentViewController::configureViewForParameters(const ParameterSet& parameters, const Interaction& interaction,
+                                                      InteractiveBehavior, const ExtensionContext*,
+                                                      const Completion& completion) {
+    hideAllViews();
+    double height = kTallHeight;
+    platform::Size maximum;
+    // Kinds 2 to 9 share the rings group; each names its populate operation.
+    auto showRings = [&](void (IntentViewController::*populate)()) {
+        hideAllViews();
+        ringsContainer->setHidden(false);
+        maximum = extensionContext_.hostedViewMaximumAllowedSize;
+        (this->*populate)();
+    };
+    if (isKind<LightsOffIntent>(interaction)) {
+        maximum = extensionContext_.hostedViewMaximumAllowedSize;
+        lightsOffContainer->setHidden(false);
+        populateLightsOff();
+        height = kCompactHeight;
+    } else if (isKind<TimeAsleepIntent>(interaction)) {
+        showRings(&IntentViewController::populateSleepBankRings);
+    } else if (isKind<ReadinessIntent>(interaction)) {
+        showRings(&IntentViewController::populateReadiness);
+    } else if (isKind<WristTempIntent>(interaction)) {
+        showRings(&IntentViewController::populateWristTemp);
+    } else if (isKind<SleepFuelIntent>(interaction)) {
+        showRings(&IntentViewController::populateOctane);
+    } else if (isKind<SleepSpO2Intent>(interaction)) {
+        showRings(&IntentViewController::populateSleepSpO2);
+    } else if (isKind<RespirationIntent>(interaction)) {
+        showRings(&IntentViewController::populateRespRate);
+    } else if (isKind<LatestBedtimeIntent>(interaction)) {
+        showRings(&IntentViewController::populateLatestBedtime);
+    } else {
+        bool sleepRings = isKind<SleepRingsIntent>(interaction);
+        hideAllViews();
+        if (sleepRings) {
+            showRings(&IntentViewController::populateSleepRings);
+        } else {
+            textContainer->setHidden(false);
+            maximum = extensionContext_.hostedViewMaximumAllowedSize;
+            // Shown as it stands: this text is not looked up for translation.
+            textLabel->setText("I am so confused.");
+            height = kCompactHeight;
+        }
+    }
+    if (completion) completion(true, parameters, {maximum.width, height});
+}
+
+// Each rings snippet shows its own panel; the records that fill the panels
+// are added snippet by snippet.
+void IntentViewController::showTextPanel() {
+    ringTextContainer->setHidden(false);
+    ringTextContainer->layer().setCornerRadius(12);
+}
+
+void IntentViewController::populateLightsOff() {}
+void IntentViewController::populateSleepBankRings() { showTextPanel(); }
+void IntentViewController::populateReadiness() { showTextPanel(); }
+void IntentViewController::populateWristTemp() { showTextPanel(); }
+void IntentViewController::populateOctane() { showTextPanel(); }
+void IntentViewController::populateSleepSpO2() { showTextPanel(); }
+void IntentViewController::populateRespRate() { showTextPanel(); }
+void IntentViewController::populateLatestBedtime() { showTextPanel(); }
+
+void IntentViewController::populateSleepRings() {
+    ringStatsContainer->setHidden(false);
+    ringStatsContainer->layer().setCornerRadius(12);
+}
+
+}  // namespace velmorant

@@ -1,0 +1,116 @@
+#include "platform/FilePreferencesStore.h"
+
+#include "TempDir.h"
+
+#include <gtest/gtest.h>
+#include <sys/stat.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <fstream>
+#include <sstream>
+#include <vector>
+
+using namespace velmorant::platform;
+
+namespace {
+
+std::string fileText(const std::filesystem::path& p) {
+    std::ifstream in(p, std::ios::binary);
+    std::stringstream s;
+    s << in.rdbuf();
+    return s.str();
+}
+
+struct StoreTest : ::testing::Test {
+    TempDir dir;
+    std::vector<std::string> reports;
+    Diagnostics diagnostics{[this](std::string_view m) { reports.emplace_back(m); }};
+    std::filesystem::path file() const { return dir.path() / "group.brumelkai.Velmorant.plist"; }
+};
+
+TEST_F(StoreTest, AbsentFileReadsEmptyAndIsCreatedPrivatelyOnFirstWrite) {
+    FilePreferencesStore store(file(), diagnostics);
+    EXPECT_TRUE(store.objectForKey("bankDict").isNone());
+    ASSERT_TRUE(store.setObject(Value(3.5), "requiredHours"));
+    struct stat st {};
+    ASSERT_EQ(::stat(file().c_str(), &st), 0);
+    EXPECT_EQ(st.st_mode & 0777, 0600u);
+    EXPECT_EQ(fileText(file()).rfind("bplist00", 0), 0u);
+    EXPECT_TRUE(reports.empty());
+}
+
+TEST_F(StoreTest, SeesAnotherWritersChangesAndKeepsTheirKeys) {
+    FilePreferencesStore mine(file(), diagnostics), app(file(), diagnostics);
+    ASSERT_TRUE(mine.setObject(Value("mine"), "a"));
+    EXPECT_EQ(*app.objectForKey("a").string(), "mine");
+    ASSERT_TRUE(app.setObject(Value("app"), "b"));
+    ASSERT_TRUE(mine.setObject(Value(), "a"));  // none removes
+    EXPECT_TRUE(mine.objectForKey("a").isNone());
+    EXPECT_EQ(*mine.objectForKey("b").string(), "app");
+}
+
+TEST_F(StoreTest, KeepsFormatAndPermissionsOfAnExistingFile) {
+    std::string error;
+    auto xml = serialisePlist(Dictionary{{"x", 1}}, PlistFormat::Xml, &error);
+    std::ofstream(file(), std::ios::binary).write(reinterpret_cast<const char*>(xml->data()), xml->size());
+    ::chmod(file().c_str(), 0640);
+    FilePreferencesStore store(file(), diagnostics);
+    ASSERT_TRUE(store.setObject(Value(2), "y"));
+    EXPECT_NE(fileText(file()).find("<plist"), std::string::npos);
+    struct stat st {};
+    ::stat(file().c_str(), &st);
+    EXPECT_EQ(st.st_mode & 0777, 0640u);
+    EXPECT_EQ(store.objectForKey("x").integerValue(), 1);
+}
+
+TEST_F(StoreTest, CorruptFileIsReportedOnceReadsEmptyAndIsNeverOverwritten) {
+    std::ofstream(file()) << "<plist><dict><key>broken";
+    FilePreferencesStore store(file(), diagnostics);
+    EXPECT_TRUE(store.objectForKey("bankDict").isNone());
+    EXPECT_TRUE(store.objectForKey("watchTrackDict").isNone());
+    EXPECT_FALSE(store.setObject(Value(1), "cachedSleepBank"));
+    EXPECT_EQ(fileText(file()), "<plist><dict><key>broken");
+    ASSERT_EQ(reports.size(), 1u);
+    EXPECT_NE(reports[0].find(file().string()), std::string::npos);
+    EXPECT_NE(reports[0].find("not a readable preferences file"), std::string::npos);
+}
+
+TEST_F(StoreTest, ReadOnlyFileIsReportedAndLeftAlone) {
+    FilePreferencesStore store(file(), diagnostics);
+    ASSERT_TRUE(store.setObject(Value(1), "kept"));
+    ::chmod(file().c_str(), 0400);
+    EXPECT_FALSE(store.setObject(Value(2), "kept"));
+    EXPECT_EQ(store.objectForKey("kept").integerValue(), 1);
+    ASSERT_EQ(reports.size(), 1u);
+    EXPECT_NE(reports[0].find("read-only"), std::string::npos);
+}
+
+TEST_F(StoreTest, ConcurrentProcessesWritingDifferentKeysLoseNothing) {
+    constexpr int kWriters = 4, kKeysEach = 60;
+    std::vector<pid_t> children;
+    for (int w = 0; w < kWriters; ++w) {
+        pid_t pid = ::fork();
+        ASSERT_GE(pid, 0);
+        if (pid == 0) {
+            Diagnostics quiet([](std::string_view) {});
+            FilePreferencesStore store(file(), quiet);
+            bool ok = true;
+            for (int k = 0; k < kKeysEach; ++k)
+                ok &= store.setObject(Value(k), "writer" + std::to_string(w) + "-" + std::to_string(k));
+            ::_exit(ok ? 0 : 1);
+        }
+        children.push_back(pid);
+    }
+    for (pid_t pid : children) {
+        int status = 0;
+        ::waitpid(pid, &status, 0);
+        EXPECT_TRUE(WIFEXITED(status) && WEXITSTATUS(status) == 0);
+    }
+    FilePreferencesStore store(file(), diagnostics);
+    Dictionary all = store.dictionaryRepresentation();
+    EXPECT_EQ(all.size(), static_cast<std::size_t>(kWriters * kKeysEach));
+    EXPECT_EQ(store.objectForKey("writer3-59").integerValue(), 59);
+}
+
+}  // namespace
