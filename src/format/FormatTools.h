@@ -6,6 +6,7 @@
 #include <memory>
 #include <optional>
 #include <string>
+#include <string_view>
 
 namespace velmorant::platform {
 class DateFormatter;
@@ -19,6 +20,22 @@ namespace velmorant {
 // Dates, day keys, clock times and durations in the user's locale and time
 // zone. The formatters are created on first use and reconfigured by every
 // call, so one object serves one thread at a time.
+//
+// Everything takes the locale, time zone and clock of the Platform it was
+// made with; the night hour is the standard preference "nightHour11" (21 when
+// absent).
+//
+// Where the locale data would not give the texts the app has always shown:
+// - Clock texts have a plain space before AM/PM ("10:10 PM"), never the
+//   narrow no-break space of current locale data (see DateFormatter).
+// - A localised template keeps to the fields it asks for: when it has no
+//   AM/PM field the locale's pattern loses its AM/PM marker too (hrMn is
+//   "10:10", hrMnSec "10:10:05" in en_US), and a template written without
+//   separators stays without them (HHmm is "2210", not "22:10").
+// - Durations follow DateComponentsFormatter: dropped parts are truncated,
+//   positional text with the default zero behaviour drops leading zero units
+//   (formattedShortTimeInterval of 300 s is "5", of 27000 s "7:30"), and a
+//   length that is not a finite number gives "".
 class FormatTools {
 public:
     explicit FormatTools(platform::Platform& platform);
@@ -86,7 +103,9 @@ public:
     std::string ddmm(platform::Date date);
     std::string ddmmm(platform::Date date);
 
-    // Calendar arithmetic.
+    // Calendar arithmetic. Fields out of range roll over by calendar rules;
+    // fields or dates beyond the calendar's range leave the date as it was
+    // (and give weekday 0).
     platform::Date getMidnight();
     double intervalSinceMidnight(platform::Date date);
     platform::Date dateForDate(platform::Date date, long hour, long min);
@@ -97,18 +116,35 @@ public:
     std::string nameOfMonthMonthsAgo(long months);
     long getWeekdayNoForDate(platform::Date date);
     long dayNoOfDate(platform::Date date);
+    // A negative night hour (a damaged preference) is used as it is: nowDate
+    // and fromDateForSeed(0) then take the day before now as the base day,
+    // as fromDateForSeed does for every other seed, and the hour rolls back
+    // into the day before that (-1 is 23:00).
     platform::Date nowDate();
     long seedForDate(platform::Date date);
     platform::Date fromDateForSeed(long seed);
     long isDaylightSavings(platform::Date date);
     long getDaylightSavingsHourForDate(platform::Date date, long mode);
 
-    // Text.
+    // Text. whenString of a date that is not a finite instant is "".
     std::string whenString(platform::Date date);
     std::optional<std::string> whenStringFB(const std::string& text);
     std::string sentenceCapitalizedString(const std::string& text);
 
 private:
+    platform::DateFormatter& inputFormatter();
+    platform::DateFormatter& outputFormatter();
+    platform::DateFormatter& HHFormatter();
+    platform::DateComponentsFormatter& dateComponentsFormatter();
+    platform::Calendar& cal();
+
+    std::string formatPattern(std::string_view pattern, platform::Date date);
+    std::string formatTemplate(std::string_view dateTemplate, platform::Date date);
+    std::string localisedPattern(std::string_view dateTemplate);
+    long nightHour();
+    // The date's day fields with the time of day replaced.
+    platform::Date dayAt(platform::Date date, long hour, long minute, long second);
+
     platform::Platform& platform_;
     std::unique_ptr<platform::DateFormatter> inputFormatter_;
     std::unique_ptr<platform::DateFormatter> outputFormatter_;
