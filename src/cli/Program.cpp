@@ -236,7 +236,7 @@ int runShow(const CommandLine& line, std::ostream& out) {
         if (!renderCard(controller.views(), size, platform->screenScale(), platform->fonts(), *png, &error))
             throw std::runtime_error("cannot write " + png->string() + ": " + error);
     }
-    json result = {{"success", success}, {"size", {{"width", size.width}, {"height", size.height}}}, {"views", views}};
+    json result = {{"success", success}, {"size", {{"width", number(size.width, false)}, {"height", number(size.height, false)}}}, {"views", views}};
     out << result.dump(1) << '\n';
     return 0;
 }

@@ -7,12 +7,12 @@
 #include <ctime>
 
 namespace velmorant::cli {
-namespace {
-
 using json = nlohmann::json;
 
 json number(double value, bool single) {
     if (!std::isfinite(value)) return nullptr;
+    // A whole number's shortest text has no fraction: print it as an integer.
+    if (value == std::trunc(value) && std::fabs(value) < 1e15) return static_cast<long long>(value);
     if (!single) return value;
     // The double nearest the float's shortest text prints as that text.
     char buffer[32];
@@ -22,8 +22,12 @@ json number(double value, bool single) {
     return shortest;
 }
 
+namespace {
+
 json imageJson(const platform::Image& image, const ImageWriter& writeImage, const std::string& hint) {
-    json inner = {{"width", image.size().width}, {"height", image.size().height}, {"scale", image.scale()}};
+    json inner = {{"width", number(image.size().width, false)},
+                  {"height", number(image.size().height, false)},
+                  {"scale", number(image.scale(), false)}};
     if (image.name()) inner["name"] = *image.name();
     if (writeImage) {
         if (auto file = writeImage(image, hint)) inner["file"] = *file;
@@ -54,7 +58,7 @@ json toJson(const platform::Colour& colour) {
 }
 
 json toJson(const platform::Font& font) {
-    return {{"font", {{"size", font.size}, {"weight", std::string(platform::fontWeightName(font.weight))}}}};
+    return {{"font", {{"size", number(font.size, false)}, {"weight", std::string(platform::fontWeightName(font.weight))}}}};
 }
 
 json toJson(const platform::Value& value, const ImageWriter& writeImage, const std::string& hint) {
@@ -95,7 +99,7 @@ json viewToJson(const platform::View& view, const ImageWriter& writeImage) {
     out["font"] = view.font() ? toJson(*view.font()) : json(nullptr);
     out["image"] = view.image() ? imageJson(*view.image(), writeImage, view.name()) : json(nullptr);
     out["backgroundColor"] = view.backgroundColor() ? toJson(*view.backgroundColor()) : json(nullptr);
-    out["cornerRadius"] = view.layer().cornerRadius();
+    out["cornerRadius"] = number(view.layer().cornerRadius(), false);
     return out;
 }
 

@@ -24,5 +24,7 @@ nlohmann::json toJson(const platform::Font& font);
 nlohmann::json viewToJson(const platform::View& view, const ImageWriter& writeImage = {});
 
 std::string isoUtc(platform::Date date);
+// A number as printed: whole numbers as integers, a float as its shortest text.
+nlohmann::json number(double value, bool singlePrecision);
 
 }  // namespace velmorant::cli

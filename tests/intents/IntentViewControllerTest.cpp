@@ -9,6 +9,9 @@ using namespace velmorant;
 
 namespace {
 
+template <typename Response>
+concept HasDictionary = requires(Response r) { r.dictionary(); };
+
 platform::PlatformOptions testOptions() {
     platform::PlatformOptions options;
     options.now = platform::Date::fromUnix(1709416800);  // 2024-03-02 22:00 UTC
@@ -113,8 +116,8 @@ TEST(IntentResponses, SuccessResponsesCarryCodeFourAndNoActivity) {
     EXPECT_EQ(lights->userActivity()->activityType, "open");
     lights->setCode(4);
     EXPECT_EQ(lights->code(), 4);
-    static_assert(requires(ReadinessIntentResponse r) { r.dictionary(); });
-    static_assert(!requires(LightsOffIntentResponse r) { r.dictionary(); });
+    static_assert(HasDictionary<ReadinessIntentResponse>);
+    static_assert(!HasDictionary<LightsOffIntentResponse>);
 }
 
 }  // namespace
