@@ -1,0 +1,199 @@
+// The sleep bank: a weighted seven-night average, tonight's forecast and the
+// bedtime that follows from it, cached for the hours after the night hour.
+#include "metrics/GroupMetrics.h"
+
+#include "platform/Text.h"
+
+namespace velmorant {
+
+using platform::Date;
+using platform::Dictionary;
+using platform::stringWithFormat;
+using platform::Value;
+
+namespace {
+
+std::string withoutBlanks(const std::string& text) { return platform::stringByReplacing(text, " ", ""); }
+
+std::optional<Date> dateFor(const Dictionary& dict, std::string_view key) {
+    const Value* value = dict.objectForKey(key);
+    return value ? value->date() : std::nullopt;
+}
+
+}  // namespace
+
+std::string GroupMetrics::sleepBankPasteItem(const std::string& latestBedTime, const std::string& wakeTime,
+                                             float untilBed, float forecast) {
+    return localeFormat("{\"%@\":\"%@\", \"%@\":\"%@\", \"%@\": \"%.2f\", \"%@\":\"%.2f\"}",
+                        {withoutBlanks(localized("Tonight's Bedtime")), latestBedTime,
+                         withoutBlanks(localized("Wake time")), wakeTime,
+                         withoutBlanks(platform::capitalizedString(localized("Time until bed"))), untilBed / 3600.0f,
+                         withoutBlanks(localized("Required Hours")), forecast / 3600.0f});
+}
+
+void GroupMetrics::cacheSleepBank(const Dictionary& record) {
+    groupPrefs_->setObject(Value(record), "cachedSleepBank");
+    groupPrefs_->setObject(Value(platform_.now()), "cachedSleepBankUpdate");
+}
+
+GroupMetrics::Record GroupMetrics::requestSleepBank() {
+    prepare();
+    if (shouldReportPreviousDay()) {
+        if (Record previous = returnPreviousSleepBank()) return previous;
+    }
+    auto bank = storeDictionary("bankDict");
+    if (!bank) return std::nullopt;
+
+    float watchSleep = 0.0f;
+    if (auto track = storeDictionary("watchTrackDict"); track && watchDictIsValid()) {
+        watchSleep = floatFor(*track, "rawSleepTime");
+    }
+
+    // Unusable goals and efficiencies read as missing: they are divisors below.
+    float requiredHours = floatFor(*bank, "requiredHours", 8.0f);
+    if (!(requiredHours > 0.0f)) requiredHours = 8.0f;
+    const long nightHour = bankNightHour(*bank);
+    float wakeOffset = 0.0f;
+    if (auto median = numberFor(*bank, "medianWake"); median && *median > 0.0) wakeOffset = static_cast<float>(*median);
+    else if (auto average = numberFor(*bank, "averageWake")) wakeOffset = static_cast<float>(*average);
+    float efficiency = floatFor(*bank, "averageEfficiency", 90.0f);
+    if (!(efficiency > 0.0f)) efficiency = 90.0f;
+
+    FormatTools& ft = formatTools();
+    const Date now = platform_.now();
+    const Date base = getFromDateForNightHour(nightHour).dateByAddingTimeInterval(43200);
+    const float R = requiredHours * 3600.0f;
+    const long hour = ft.currentHour(now);
+
+    // The fixed wake time is set per weekday of the morning that ends the coming night (Monday 0 ... Sunday 6).
+    std::optional<Date> fixedWake;
+    {
+        long weekday = 0;
+        if (nightHour >= 1) weekday = ft.getWeekdayNoForDate(hour < nightHour ? base.dateByAddingTimeInterval(86400) : base);
+        const long n = weekday < 2 ? 6 : weekday - 2;
+        const float wakeTime = getVelmorantConfigValueForKey(stringWithFormat("WakeTime%d", {n}));
+        if (getVelmorantSwitchValueForKey(stringWithFormat("WakeFixed%d", {n})) && wakeTime >= 0.0f) {
+            fixedWake = ft.dateForDate(base, 0, 0).dateByAddingTimeInterval(wakeTime);
+        }
+    }
+
+    // Weights 1 (six nights ago) to 7 (the current night). A missing night
+    // counts as the required amount towards the earlier nights' sum.
+    double weightedSum = 0, weightSum = 0, earlierSum = 0, targetSum = 0;
+    long earlierNights = 0, count = 0;
+    float w = 1.0f;
+    for (int i = 0; i < 7; ++i, w += 1.0f) {
+        const Date night = base.dateByAddingTimeInterval(-518400.0 + 86400.0 * i);
+        const Value* stored = bank->objectForKey(ft.YYMMDD(night));
+        auto storedValue = numberFor(stored);
+        bool present = storedValue.has_value();
+        float x = present ? static_cast<float>(*storedValue) : 0.0f;
+        // Tonight, before the main app has filed it, the watch's own figure stands in.
+        if (!stored && i == 6 && watchSleep > 0.0f) {
+            x = watchSleep;
+            present = true;
+        }
+        if (!present || x < 0.0f) {
+            if (i != 0) {
+                earlierNights += 1;
+                earlierSum += (w - 1.0f) * R;
+            }
+        } else {
+            weightedSum += w * x;
+            weightSum += w;
+            count += 1;
+            if (i != 0) {
+                earlierNights += 1;
+                earlierSum += (w - 1.0f) * x;
+            }
+        }
+        targetSum += w * R;
+    }
+    if (weightSum <= 0) return std::nullopt;
+    const float balance = static_cast<float>(weightedSum / weightSum);
+    float forecast;
+    if (earlierSum > 0 && count > 1) forecast = static_cast<float>((targetSum - earlierSum) / (earlierNights + 1));
+    else forecast = R >= balance ? (R - balance) + R : R - (balance - R);
+    if (balance <= 0.0f) return std::nullopt;
+
+    Dictionary record;
+    record.setObject(Value(balance), "bankBalance");
+    record.setObject(Value(forecast), "bankForecast");
+    record.setObject(Value(balance / R), "bankPercent");
+    if (!(wakeOffset > 0.0f)) return record;
+
+    const Date nightStart = getFromDateForNightHour(nightHour);
+    const Date wake = fixedWake ? *fixedWake : nightStart.dateByAddingTimeInterval(wakeOffset);
+
+    float minimum = getVelmorantConfigValueForKey("minimumHours");
+    if (minimum < 1.0f) minimum = requiredHours - 1.0f;
+    float maximum = getVelmorantConfigValueForKey("maximumHours");
+    if (maximum < minimum) maximum = requiredHours + 2.0f;
+    // Sleep turned into time in bed by the efficiency.
+    const float toBed = 100.0f / efficiency;
+    float need;
+    if (minimum * 3600.0f > forecast) need = toBed * minimum * 3600.0f;
+    else if (maximum * 3600.0f < forecast) need = toBed * maximum * 3600.0f;
+    else need = toBed * forecast;
+
+    const Date candidate = wake.dateByAddingTimeInterval(-static_cast<double>(need));
+    const Date bedTime = candidate.timeIntervalSinceDate(nightStart) < 0 ? nightStart : candidate;
+    const double shift = hour < nightHour || nightHour < 1 ? 86400.0 : 0.0;
+
+    const std::string latestBedTime = ft.dayTime(bedTime);
+    const Date adjusted = bedTime.dateByAddingTimeInterval(shift);
+    const float untilBed = static_cast<float>(adjusted.timeIntervalSinceDate(now));
+    record.setObject(Value(latestBedTime), "latestBedTime");
+    record.setObject(Value(stringWithFormat(localized("Try to be in bed by %@"), {latestBedTime})), "latestBedLabel");
+    record.setObject(Value(bedTime), "bedTime");
+    record.setObject(Value(adjusted), "adjustedBedTime");
+    record.setObject(Value(untilBed), "timeUntilBed");
+    record.setObject(Value(ft.formattedTimeInterval(untilBed)), "timeUntilBedLabel");
+    record.setObject(Value(wake), "wakeTime");
+    const std::string wakeLabel = ft.dayTime(wake);
+    record.setObject(Value(wakeLabel), "wakeTimeLabel");
+    record.setObject(Value(ft.formattedTimeInterval(wake.dateByAddingTimeInterval(shift).timeIntervalSinceDate(now))),
+                     "timeUntilWakeLabel");
+    record.setObject(Value(sleepBankPasteItem(latestBedTime, wakeLabel, untilBed, forecast)), "pasteItem");
+    cacheSleepBank(record);
+    return record;
+}
+
+GroupMetrics::Record GroupMetrics::returnPreviousSleepBank() {
+    prepare();
+    const Date previousNight = getFromDateForNightHour(configNightHour()).dateByAddingTimeInterval(-86400);
+    const Value updateValue = groupPrefs_->objectForKey("cachedSleepBankUpdate");
+    const auto updated = updateValue.date();
+    if (!updated || !(updated->timeIntervalSinceDate(previousNight) > 60.0)) return std::nullopt;
+    auto cached = storeDictionary("cachedSleepBank");
+    if (!cached) return std::nullopt;
+    // Without its bedtime and wake time a cached record cannot be brought up to date.
+    const auto bedTime = dateFor(*cached, "bedTime");
+    const auto wakeTime = dateFor(*cached, "wakeTime");
+    if (!bedTime || !wakeTime) return std::nullopt;
+
+    Dictionary record;
+    for (const char* key : {"bankBalance", "bankForecast", "bankPercent", "bedTime", "latestBedTime", "latestBedLabel",
+                            "wakeTime", "wakeTimeLabel"}) {
+        if (const Value* value = cached->objectForKey(key)) record.setObject(*value, key);
+    }
+    FormatTools& ft = formatTools();
+    const Date now = platform_.now();
+    const Date adjusted = bedTime->dateByAddingTimeInterval(86400);
+    const float untilBed = static_cast<float>(adjusted.timeIntervalSinceDate(now));
+    record.setObject(Value(ft.formattedTimeInterval(untilBed)), "timeUntilBedLabel");
+    record.setObject(Value(untilBed), "timeUntilBed");
+    record.setObject(Value(adjusted), "adjustedBedTime");
+    record.setObject(
+        Value(ft.formattedTimeInterval(wakeTime->dateByAddingTimeInterval(86400).timeIntervalSinceDate(now))),
+        "timeUntilWakeLabel");
+
+    const Value* latest = cached->objectForKey("latestBedTime");
+    const std::string latestText = latest && latest->string() ? *latest->string() : std::string();
+    record.setObject(Value(sleepBankPasteItem(latestText, ft.dayTime(*wakeTime), untilBed,
+                                              floatFor(*cached, "bankForecast"))),
+                     "pasteItem");
+    return record;
+}
+
+}  // namespace velmorant
