@@ -1,5 +1,7 @@
 #include "IsoDate.h"
 
+#include "platform/IcuStrings.h"
+
 #include <unicode/smpdtfmt.h>
 
 #include <memory>
@@ -12,7 +14,7 @@ std::optional<platform::Date> parseIsoDate(std::string_view text, const icu::Tim
         "yyyy-MM-dd'T'HH:mm:ss.SSS",    "yyyy-MM-dd'T'HH:mm:ss",    "yyyy-MM-dd'T'HH:mm",
         "yyyy-MM-dd",
     };
-    icu::UnicodeString input = icu::UnicodeString::fromUTF8(icu::StringPiece(text.data(), static_cast<int32_t>(text.size())));
+    icu::UnicodeString input = platform::fromUtf8(text);
     for (const char* pattern : kPatterns) {
         UErrorCode status = U_ZERO_ERROR;
         icu::SimpleDateFormat format(icu::UnicodeString(pattern), icu::Locale("en_US_POSIX"), status);

@@ -1,5 +1,7 @@
 #include "DateComponentsFormatter.h"
 
+#include "IcuStrings.h"
+
 #include <unicode/dcfmtsym.h>
 #include <unicode/measfmt.h>
 #include <unicode/measure.h>
@@ -38,12 +40,6 @@ struct Part {
     std::size_t unit;  // index into kUnits
     std::int64_t value;
 };
-
-std::string toUtf8(const icu::UnicodeString& text) {
-    std::string out;
-    text.toUTF8String(out);
-    return out;
-}
 
 // The units shown once zero-valued ones are dropped as the behaviour asks.
 std::vector<Part> visibleParts(const std::vector<Part>& parts, unsigned drop) {

@@ -1,5 +1,7 @@
 #include "DateFormatter.h"
 
+#include "IcuStrings.h"
+
 #include <unicode/calendar.h>
 #include <unicode/dtptngen.h>
 #include <unicode/smpdtfmt.h>
@@ -9,16 +11,6 @@
 
 namespace velmorant::platform {
 namespace {
-
-icu::UnicodeString fromUtf8(std::string_view text) {
-    return icu::UnicodeString::fromUTF8(icu::StringPiece(text.data(), static_cast<int32_t>(text.size())));
-}
-
-std::string toUtf8(const icu::UnicodeString& text) {
-    std::string out;
-    text.toUTF8String(out);
-    return out;
-}
 
 // Building a pattern generator reads a good deal of locale data, so one per
 // locale is kept for the life of the process. ICU's generator is not const

@@ -1,5 +1,7 @@
 #include "ISO8601DateFormatter.h"
 
+#include "IcuStrings.h"
+
 #include <unicode/gregocal.h>
 #include <unicode/smpdtfmt.h>
 
@@ -75,7 +77,7 @@ std::optional<Date> ISO8601DateFormatter::dateFromString(std::string_view text) 
     auto format = makeFormat(*timeZone_, options_);
     if (!format) return std::nullopt;
     icu::UnicodeString source =
-        icu::UnicodeString::fromUTF8(icu::StringPiece(text.data(), static_cast<int32_t>(text.size())));
+        fromUtf8(text);
     icu::ParsePosition position(0);
     UDate millis = format->parse(source, position);
     if (position.getErrorIndex() >= 0 || position.getIndex() == 0 || position.getIndex() != source.length())

@@ -12,7 +12,7 @@
 namespace velmorant::platform {
 namespace {
 
-struct Spec {
+struct Conversion {
     int position = 0;  // 1-based for "%n$", 0 for the next argument
     std::string flags;
     std::string width;
@@ -22,7 +22,7 @@ struct Spec {
 
 // Reads one conversion after '%'; returns the index just past it, or npos
 // when the text there is not a conversion (it is then copied as it stands).
-std::size_t parseSpec(std::string_view f, std::size_t i, Spec& spec) {
+std::size_t parseConversion(std::string_view f, std::size_t i, Conversion& conv) {
     auto digits = [&](std::size_t& j) {
         std::size_t start = j;
         while (j < f.size() && f[j] >= '0' && f[j] <= '9') ++j;
@@ -32,22 +32,22 @@ std::size_t parseSpec(std::string_view f, std::size_t i, Spec& spec) {
     std::size_t k = j;
     auto pos = digits(k);
     if (!pos.empty() && k < f.size() && f[k] == '$') {
-        std::from_chars(pos.data(), pos.data() + pos.size(), spec.position);
+        std::from_chars(pos.data(), pos.data() + pos.size(), conv.position);
         j = k + 1;
     }
-    while (j < f.size() && std::string_view("-+ #0'").find(f[j]) != std::string_view::npos) spec.flags += f[j++];
-    spec.width = std::string(digits(j));
+    while (j < f.size() && std::string_view("-+ #0'").find(f[j]) != std::string_view::npos) conv.flags += f[j++];
+    conv.width = std::string(digits(j));
     if (j < f.size() && f[j] == '.') {
         ++j;
         auto p = digits(j);
-        spec.precision = 0;
-        if (!p.empty()) std::from_chars(p.data(), p.data() + p.size(), spec.precision);
+        conv.precision = 0;
+        if (!p.empty()) std::from_chars(p.data(), p.data() + p.size(), conv.precision);
     }
     while (j < f.size() && std::string_view("hlqLzjt").find(f[j]) != std::string_view::npos) ++j;
     if (j >= f.size()) return std::string_view::npos;
     char c = f[j];
     if (std::string_view("@dDiuUxXoOfFeEgGaAsScCp%").find(c) == std::string_view::npos) return std::string_view::npos;
-    spec.conversion = c;
+    conv.conversion = c;
     return j + 1;
 }
 
@@ -82,9 +82,9 @@ std::string asObject(const FormatArg* arg) {
     return "(null)";
 }
 
-std::string cFormat(const Spec& spec, const char* length, char conversion, auto value) {
-    std::string f = "%" + spec.flags + spec.width;
-    if (spec.precision >= 0) f += "." + std::to_string(spec.precision);
+std::string cFormat(const Conversion& conv, const char* length, char conversion, auto value) {
+    std::string f = "%" + conv.flags + conv.width;
+    if (conv.precision >= 0) f += "." + std::to_string(conv.precision);
     f += length;
     f += conversion;
     int n = std::snprintf(nullptr, 0, f.c_str(), value);
@@ -94,35 +94,35 @@ std::string cFormat(const Spec& spec, const char* length, char conversion, auto 
     return out;
 }
 
-std::string pad(std::string text, const Spec& spec) {
+std::string pad(std::string text, const Conversion& conv) {
     int width = 0;
-    if (!spec.width.empty()) std::from_chars(spec.width.data(), spec.width.data() + spec.width.size(), width);
+    if (!conv.width.empty()) std::from_chars(conv.width.data(), conv.width.data() + conv.width.size(), width);
     // Width counts characters; count UTF-8 lead bytes.
     int length = 0;
     for (unsigned char c : text) length += (c & 0xC0) != 0x80;
     if (length >= width) return text;
     std::string fill(static_cast<std::size_t>(width - length), ' ');
-    return spec.flags.find('-') != std::string::npos ? text + fill : fill + text;
+    return conv.flags.find('-') != std::string::npos ? text + fill : fill + text;
 }
 
-using NumberWriter = std::string (*)(std::string_view localeId, const Spec& spec, const FormatArg* arg);
+using NumberWriter = std::string (*)(std::string_view localeId, const Conversion& conv, const FormatArg* arg);
 
-std::string plainNumber(std::string_view, const Spec& spec, const FormatArg* arg) {
-    switch (spec.conversion) {
-        case 'd': case 'D': case 'i': return cFormat(spec, "ll", 'd', static_cast<long long>(asInteger(arg)));
-        case 'u': case 'U': return cFormat(spec, "ll", 'u', static_cast<unsigned long long>(asInteger(arg)));
+std::string plainNumber(std::string_view, const Conversion& conv, const FormatArg* arg) {
+    switch (conv.conversion) {
+        case 'd': case 'D': case 'i': return cFormat(conv, "ll", 'd', static_cast<long long>(asInteger(arg)));
+        case 'u': case 'U': return cFormat(conv, "ll", 'u', static_cast<unsigned long long>(asInteger(arg)));
         case 'x': case 'X': case 'o':
-            return cFormat(spec, "ll", spec.conversion, static_cast<unsigned long long>(asInteger(arg)));
-        case 'O': return cFormat(spec, "ll", 'o', static_cast<unsigned long long>(asInteger(arg)));
-        case 'c': case 'C': return cFormat(spec, "", 'c', static_cast<int>(asInteger(arg)));
-        default: return cFormat(spec, "", spec.conversion, asDouble(arg));
+            return cFormat(conv, "ll", conv.conversion, static_cast<unsigned long long>(asInteger(arg)));
+        case 'O': return cFormat(conv, "ll", 'o', static_cast<unsigned long long>(asInteger(arg)));
+        case 'c': case 'C': return cFormat(conv, "", 'c', static_cast<int>(asInteger(arg)));
+        default: return cFormat(conv, "", conv.conversion, asDouble(arg));
     }
 }
 
-std::string icuNumber(std::string_view localeId, const Spec& spec, const FormatArg* arg) {
-    bool integer = std::string_view("dDiuU").find(spec.conversion) != std::string_view::npos;
-    bool fixed = spec.conversion == 'f' || spec.conversion == 'F';
-    if (!integer && !fixed) return plainNumber(localeId, spec, arg);
+std::string icuNumber(std::string_view localeId, const Conversion& conv, const FormatArg* arg) {
+    bool integer = std::string_view("dDiuU").find(conv.conversion) != std::string_view::npos;
+    bool fixed = conv.conversion == 'f' || conv.conversion == 'F';
+    if (!integer && !fixed) return plainNumber(localeId, conv, arg);
     UErrorCode status = U_ZERO_ERROR;
     icu::Locale locale(std::string(localeId).c_str());
     auto formatter = icu::number::NumberFormatter::withLocale(locale).roundingMode(UNUM_ROUND_HALFEVEN);
@@ -133,15 +133,15 @@ std::string icuNumber(std::string_view localeId, const Spec& spec, const FormatA
                    .toString(status);
     } else {
         double value = asDouble(arg);
-        text = formatter.precision(icu::number::Precision::fixedFraction(spec.precision < 0 ? 6 : spec.precision))
+        text = formatter.precision(icu::number::Precision::fixedFraction(conv.precision < 0 ? 6 : conv.precision))
                    .formatDouble(value, status)
                    .toString(status);
     }
-    if (U_FAILURE(status)) return plainNumber(localeId, spec, arg);
+    if (U_FAILURE(status)) return plainNumber(localeId, conv, arg);
     std::string out;
     text.toUTF8String(out);
-    if (spec.flags.find('+') != std::string::npos && !out.empty() && out[0] != '-') out = "+" + out;
-    return pad(std::move(out), spec);
+    if (conv.flags.find('+') != std::string::npos && !out.empty() && out[0] != '-') out = "+" + out;
+    return pad(std::move(out), conv);
 }
 
 std::string render(std::string_view localeId, std::string_view format, const std::vector<FormatArg>& args,
@@ -155,29 +155,29 @@ std::string render(std::string_view localeId, std::string_view format, const std
             ++i;
             continue;
         }
-        Spec spec;
-        std::size_t end = parseSpec(format, i + 1, spec);
+        Conversion conv;
+        std::size_t end = parseConversion(format, i + 1, conv);
         if (end == std::string_view::npos) {
             out += c;
             ++i;
             continue;
         }
         i = end;
-        if (spec.conversion == '%') {
+        if (conv.conversion == '%') {
             out += '%';
             continue;
         }
-        std::size_t index = spec.position > 0 ? static_cast<std::size_t>(spec.position - 1) : next++;
+        std::size_t index = conv.position > 0 ? static_cast<std::size_t>(conv.position - 1) : next++;
         const FormatArg* arg = index < args.size() ? &args[index] : nullptr;
-        if (spec.conversion == '@' || spec.conversion == 's' || spec.conversion == 'S') {
+        if (conv.conversion == '@' || conv.conversion == 's' || conv.conversion == 'S') {
             std::string text = asObject(arg);
-            if (spec.precision >= 0 && static_cast<std::size_t>(spec.precision) < text.size())
-                text.resize(static_cast<std::size_t>(spec.precision));
-            out += pad(std::move(text), spec);
-        } else if (spec.conversion == 'p') {
+            if (conv.precision >= 0 && static_cast<std::size_t>(conv.precision) < text.size())
+                text.resize(static_cast<std::size_t>(conv.precision));
+            out += pad(std::move(text), conv);
+        } else if (conv.conversion == 'p') {
             out += "0x0";
         } else {
-            out += number(localeId, spec, arg);
+            out += number(localeId, conv, arg);
         }
     }
     return out;

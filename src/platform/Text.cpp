@@ -1,25 +1,13 @@
 #include "Text.h"
 
+#include "IcuStrings.h"
+
 #include <unicode/brkiter.h>
 #include <unicode/unistr.h>
 
 #include <memory>
 
 namespace velmorant::platform {
-namespace {
-
-icu::UnicodeString fromUtf8(std::string_view text) {
-    return icu::UnicodeString::fromUTF8(icu::StringPiece(text.data(), static_cast<int32_t>(text.size())));
-}
-
-std::string toUtf8(const icu::UnicodeString& text) {
-    std::string out;
-    text.toUTF8String(out);
-    return out;
-}
-
-}  // namespace
-
 std::string uppercaseString(std::string_view text) { return toUtf8(fromUtf8(text).toUpper(icu::Locale::getRoot())); }
 
 std::string lowercaseString(std::string_view text) { return toUtf8(fromUtf8(text).toLower(icu::Locale::getRoot())); }
