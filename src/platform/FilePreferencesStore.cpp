@@ -53,15 +53,14 @@ std::filesystem::path FilePreferencesStore::lockFile() const { return file_.stri
 
 void FilePreferencesStore::problem(const std::string& what) { diagnostics_.report(file_.string() + ": " + what); }
 
-FilePreferencesStore::Loaded FilePreferencesStore::load() {
+const FilePreferencesStore::Loaded& FilePreferencesStore::load() {
     struct stat st {};
     if (::stat(file_.c_str(), &st) != 0) {
         cachedStamp_.reset();
-        if (errno != ENOENT) {
-            problem("cannot be read (" + systemError() + "); it is treated as empty");
-            return {{}, false};
-        }
-        return {};
+        bool absent = errno == ENOENT;
+        if (!absent) problem("cannot be read (" + systemError() + "); it is treated as empty");
+        cached_ = Loaded{{}, absent};
+        return cached_;
     }
     Stamp stamp{st.st_dev, st.st_ino, st.st_size, st.st_mtim.tv_sec * 1000000000LL + st.st_mtim.tv_nsec};
     if (cachedStamp_ && *cachedStamp_ == stamp) return cached_;
@@ -85,13 +84,12 @@ FilePreferencesStore::Loaded FilePreferencesStore::load() {
                 "; it is treated as empty and will not be overwritten");
     }
     cachedStamp_ = stamp;
-    cached_ = loaded;
-    return loaded;
+    cached_ = std::move(loaded);
+    return cached_;
 }
 
 Value FilePreferencesStore::objectForKey(std::string_view key) {
-    Loaded loaded = load();
-    const Value* v = loaded.document.root.objectForKey(key);
+    const Value* v = load().document.root.objectForKey(key);
     return v ? *v : Value();
 }
 
@@ -119,7 +117,7 @@ bool FilePreferencesStore::modify(const std::function<void(Dictionary&)>& change
     }
     // Under the lock, read what is there now: another writer may have changed it.
     cachedStamp_.reset();
-    Loaded current = load();
+    const Loaded& current = load();
     if (!current.readable) return false;  // already reported; never overwrite what we cannot read
 
     struct stat st {};

@@ -51,7 +51,8 @@ private:
         bool readable = true;
     };
     // The file's contents now; an absent file is an empty binary store.
-    Loaded load();
+    // Parsed again only when the file changed.
+    const Loaded& load();
     bool write(const PlistDocument& document, const struct stat* existing);
     void problem(const std::string& what);
 
