@@ -9,6 +9,7 @@ packages=(
   nlohmann-json3-dev libgtest-dev libgmock-dev libbenchmark-dev
   fontconfig fonts-inter fonts-noto-color-emoji fonts-noto-core fonts-dejavu-core
   tzdata
+  clang libclang-rt-14-dev
 )
 
 missing=()

@@ -39,6 +39,9 @@ json imageJson(const platform::Image& image, const ImageWriter& writeImage, cons
 
 std::string isoUtc(platform::Date date) {
     double seconds = date.timeIntervalSince1970();
+    // Years 1 to 9999, which ISO 8601 writes with four digits; a date beyond
+    // (computed from absurd figures in a damaged store) has no such text.
+    if (!(seconds >= -62135596800.0 && seconds < 253402300799.5)) return "";
     double whole = std::floor(seconds);
     int millis = static_cast<int>(std::lround((seconds - whole) * 1000));
     if (millis == 1000) whole += 1, millis = 0;
@@ -69,7 +72,10 @@ json toJson(const platform::Value& value, const ImageWriter& writeImage, const s
         case Kind::Integer: return value.integerValue();
         case Kind::Real: return number(value.doubleValue(), value.isSinglePrecision());
         case Kind::String: return *value.string();
-        case Kind::Date: return {{"date", isoUtc(*value.date())}};
+        case Kind::Date: {
+            std::string text = isoUtc(*value.date());
+            return {{"date", text.empty() ? json(nullptr) : json(text)}};
+        }
         case Kind::Data: {
             json bytes = json::array();
             for (auto b : *value.data()) bytes.push_back(b);

@@ -23,6 +23,7 @@ nlohmann::json toJson(const platform::Font& font);
 // The attributes the snippet code sets on a view.
 nlohmann::json viewToJson(const platform::View& view, const ImageWriter& writeImage = {});
 
+// Empty for a date outside the years 1 to 9999 (printed as a null "date").
 std::string isoUtc(platform::Date date);
 // A number as printed: whole numbers as integers, a float as its shortest text.
 nlohmann::json number(double value, bool singlePrecision);

@@ -4,6 +4,10 @@
 
 #include "platform/Text.h"
 
+#include <algorithm>
+#include <cmath>
+#include <limits>
+
 namespace velmorant {
 
 using platform::Date;
@@ -14,6 +18,14 @@ using platform::Value;
 namespace {
 
 std::string withoutBlanks(const std::string& text) { return platform::stringByReplacing(text, " ", ""); }
+
+// Figures near the float limit (only a damaged store holds nights or goals of
+// 1e38 seconds) would overflow the single-precision arithmetic to infinity;
+// they are held at the largest float instead, so the bank still reads as a
+// number. Below the limit these are the float operations themselves.
+constexpr float kLargest = std::numeric_limits<float>::max();
+float held(float v) { return std::isinf(v) ? std::copysign(kLargest, v) : v; }
+float narrowed(double v) { return static_cast<float>(std::clamp<double>(v, -kLargest, kLargest)); }
 
 std::optional<Date> dateFor(const Dictionary& dict, std::string_view key) {
     const Value* value = dict.objectForKey(key);
@@ -62,7 +74,7 @@ GroupMetrics::Record GroupMetrics::requestSleepBank() {
     FormatTools& ft = formatTools();
     const Date now = platform_.now();
     const Date base = getFromDateForNightHour(nightHour).dateByAddingTimeInterval(43200);
-    const float R = requiredHours * 3600.0f;
+    const float R = held(requiredHours * 3600.0f);
     const long hour = ft.currentHour(now);
 
     // The fixed wake time is set per weekday of the morning that ends the coming night (Monday 0 ... Sunday 6).
@@ -96,30 +108,30 @@ GroupMetrics::Record GroupMetrics::requestSleepBank() {
         if (!present || x < 0.0f) {
             if (i != 0) {
                 earlierNights += 1;
-                earlierSum += (w - 1.0f) * R;
+                earlierSum += held((w - 1.0f) * R);
             }
         } else {
-            weightedSum += w * x;
+            weightedSum += held(w * x);
             weightSum += w;
             count += 1;
             if (i != 0) {
                 earlierNights += 1;
-                earlierSum += (w - 1.0f) * x;
+                earlierSum += held((w - 1.0f) * x);
             }
         }
-        targetSum += w * R;
+        targetSum += held(w * R);
     }
     if (weightSum <= 0) return std::nullopt;
-    const float balance = static_cast<float>(weightedSum / weightSum);
+    const float balance = narrowed(weightedSum / weightSum);
     float forecast;
-    if (earlierSum > 0 && count > 1) forecast = static_cast<float>((targetSum - earlierSum) / (earlierNights + 1));
-    else forecast = R >= balance ? (R - balance) + R : R - (balance - R);
+    if (earlierSum > 0 && count > 1) forecast = narrowed((targetSum - earlierSum) / (earlierNights + 1));
+    else forecast = R >= balance ? held((R - balance) + R) : R - (balance - R);
     if (balance <= 0.0f) return std::nullopt;
 
     Dictionary record;
     record.setObject(Value(balance), "bankBalance");
     record.setObject(Value(forecast), "bankForecast");
-    record.setObject(Value(balance / R), "bankPercent");
+    record.setObject(Value(held(balance / R)), "bankPercent");
     if (!(wakeOffset > 0.0f)) return record;
 
     const Date nightStart = getFromDateForNightHour(nightHour);
@@ -137,7 +149,9 @@ GroupMetrics::Record GroupMetrics::requestSleepBank() {
     else need = toBed * forecast;
 
     const Date candidate = wake.dateByAddingTimeInterval(-static_cast<double>(need));
-    const Date bedTime = candidate.timeIntervalSinceDate(nightStart) < 0 ? nightStart : candidate;
+    // A need that is no finite time (a damaged efficiency or clamp) gives the night start, as one too long does.
+    const bool usable = std::isfinite(candidate.timeIntervalSince1970()) && candidate.timeIntervalSinceDate(nightStart) >= 0;
+    const Date bedTime = usable ? candidate : nightStart;
     const double shift = hour < nightHour || nightHour < 1 ? 86400.0 : 0.0;
 
     const std::string latestBedTime = ft.dayTime(bedTime);
@@ -172,10 +186,19 @@ GroupMetrics::Record GroupMetrics::returnPreviousSleepBank() {
     const auto wakeTime = dateFor(*cached, "wakeTime");
     if (!bedTime || !wakeTime) return std::nullopt;
 
+    // Only values of the record's own kinds are brought over: a damaged cache
+    // must not put text where a number belongs, nor NaN anywhere.
     Dictionary record;
-    for (const char* key : {"bankBalance", "bankForecast", "bankPercent", "bedTime", "latestBedTime", "latestBedLabel",
-                            "wakeTime", "wakeTimeLabel"}) {
-        if (const Value* value = cached->objectForKey(key)) record.setObject(*value, key);
+    for (const char* key : {"bankBalance", "bankForecast", "bankPercent"}) {
+        const Value* value = cached->objectForKey(key);
+        const bool number = value && (value->kind() == Value::Kind::Real || value->kind() == Value::Kind::Integer);
+        if (number && numberFor(value)) record.setObject(*value, key);
+    }
+    record.setObject(Value(*bedTime), "bedTime");
+    record.setObject(Value(*wakeTime), "wakeTime");
+    for (const char* key : {"latestBedTime", "latestBedLabel", "wakeTimeLabel"}) {
+        const Value* value = cached->objectForKey(key);
+        if (value && value->string()) record.setObject(*value, key);
     }
     FormatTools& ft = formatTools();
     const Date now = platform_.now();

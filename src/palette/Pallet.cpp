@@ -2,7 +2,9 @@
 
 #include "platform/StringFormat.h"
 
+#include <cmath>
 #include <memory>
+#include <optional>
 #include <string_view>
 
 namespace velmorant {
@@ -10,10 +12,18 @@ namespace {
 
 constexpr std::string_view kThemeKey = "darkTheme6";
 
-// A stored number read as a float, or the default when the key is absent.
+// A stored value read as a float; none when absent, or when it is no finite
+// float (NaN, infinity, beyond single precision), which only a damaged store holds.
+std::optional<float> storedFloat(const platform::Value& value) {
+    if (value.isNone()) return std::nullopt;
+    float f = value.floatValue();
+    if (!std::isfinite(f)) return std::nullopt;
+    return f;
+}
+
+// A stored number read as a float, or the default when the key is absent or unusable.
 float floatPreference(platform::PreferencesStore& store, std::string_view key, float fallback) {
-    platform::Value value = store.objectForKey(key);
-    return value.isNone() ? fallback : value.floatValue();
+    return storedFloat(store.objectForKey(key)).value_or(fallback);
 }
 
 }  // namespace
@@ -66,13 +76,11 @@ void Pallet::loadCustomHues() {
     for (int n = 1; n <= 5; ++n) {
         std::string key = platform::stringWithFormat("Hue%d", {n});
         float hue = defaults[n - 1];
-        platform::Value own = standard->objectForKey(key);
-        if (!own.isNone()) {
-            hue = own.floatValue();
+        if (auto own = storedFloat(standard->objectForKey(key))) {
+            hue = *own;
         } else {
             if (!shared) shared = platform_.suiteNamed(platform::kAppGroupSuite);
-            platform::Value fromApp = shared->objectForKey(key);
-            if (!fromApp.isNone()) hue = fromApp.floatValue();
+            if (auto fromApp = storedFloat(shared->objectForKey(key))) hue = *fromApp;
         }
         *hues[n - 1] = hue;
     }

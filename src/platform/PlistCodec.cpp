@@ -1,10 +1,12 @@
 #include "PlistCodec.h"
 
 #include <plist/plist.h>
+#include <unicode/utf8.h>
 
 #include <cmath>
 #include <cstdlib>
 #include <cstring>
+#include <limits>
 #include <memory>
 #include <string_view>
 #include <unordered_map>
@@ -46,13 +48,16 @@ bool checkBinaryStructure(std::span<const std::uint8_t> b, std::string* error) {
         return readBigEndian(b.data() + tableOffset + index * offsetSize, offsetSize);
     };
     // Children of a container object; empty for scalars. Sets ok=false when malformed.
+    // The parser's text accessors abort the program on a NUL inside a text, so such texts are refused here.
+    bool nulInText = false;
     auto children = [&](std::uint64_t index, bool& ok) {
         std::vector<std::uint64_t> refs;
         std::uint64_t off = offsetOf(index);
         if (off < 8 || off >= tableOffset) return ok = false, refs;
         std::uint8_t marker = b[off];
         std::uint8_t type = marker >> 4;
-        if (type != 0xA && type != 0xC && type != 0xD) return refs;
+        const bool text = type == 0x5 || type == 0x6;  // ASCII, UTF-16
+        if (type != 0xA && type != 0xC && type != 0xD && !text) return refs;
         std::uint64_t n = marker & 0x0F, pos = off + 1;
         if (n == 0x0F) {
             if (pos >= tableOffset || (b[pos] >> 4) != 0x1) return ok = false, refs;
@@ -60,6 +65,17 @@ bool checkBinaryStructure(std::span<const std::uint8_t> b, std::string* error) {
             if (pos + 1 + width > tableOffset) return ok = false, refs;
             n = readBigEndian(b.data() + pos + 1, width);
             pos += 1 + width;
+        }
+        if (text) {
+            const std::uint64_t unit = type == 0x6 ? 2 : 1;
+            if (n > tableOffset || pos + n * unit > tableOffset) return ok = false, refs;
+            for (std::uint64_t i = 0; i < n; ++i) {
+                if (b[pos + i * unit] == 0 && (unit == 1 || b[pos + i * unit + 1] == 0)) {
+                    nulInText = true;
+                    return ok = false, refs;
+                }
+            }
+            return refs;
         }
         std::uint64_t total = type == 0xD ? n * 2 : n;
         if (n > tableOffset || total > (tableOffset - pos) / refSize) return ok = false, refs;
@@ -86,7 +102,7 @@ bool checkBinaryStructure(std::span<const std::uint8_t> b, std::string* error) {
     stack.push_back({top, children(top, ok)});
     depth[top] = -1;
     while (!stack.empty()) {
-        if (!ok) return fail("binary property list has a bad object");
+        if (!ok) return fail(nulInText ? "a text in the file holds a NUL character" : "binary property list has a bad object");
         if (static_cast<int>(stack.size()) > kMaxPlistDepth) return fail("property list is nested too deeply");
         Frame& f = stack.back();
         if (f.next < f.refs.size()) {
@@ -110,6 +126,21 @@ bool checkBinaryStructure(std::span<const std::uint8_t> b, std::string* error) {
     return true;
 }
 
+// A NUL, raw or as a character reference, is no XML character; the parser
+// would pass it into a text and then abort the program on reading it.
+bool checkXmlText(std::string_view text, std::string* error) {
+    bool nul = text.find('\0') != std::string_view::npos;
+    for (std::size_t i = text.find("&#"); !nul && i != std::string_view::npos; i = text.find("&#", i + 2)) {
+        std::size_t j = i + 2;
+        if (j < text.size() && (text[j] == 'x' || text[j] == 'X')) ++j;
+        const std::size_t digits = j;
+        while (j < text.size() && text[j] == '0') ++j;
+        nul = j > digits && j < text.size() && text[j] == ';';
+    }
+    if (nul) *error = "a text in the file holds a NUL character";
+    return !nul;
+}
+
 bool checkXmlDepth(std::string_view text, std::string* error) {
     int depth = 0;
     for (std::size_t i = text.find('<'); i != std::string_view::npos; i = text.find('<', i + 1)) {
@@ -129,7 +160,42 @@ bool checkXmlDepth(std::string_view text, std::string* error) {
     return true;
 }
 
-Value fromPlist(plist_t node) {
+// The parser hands a date over as whole seconds toward zero and the
+// microseconds after them without their sign.
+double dateFromParts(std::int32_t sec, std::int32_t usec) { return sec < 0 ? sec - usec / 1e6 : sec + usec / 1e6; }
+
+// A date node for a number of microseconds since the reference date. The
+// parser keeps sec + usec / 1e6 in a double and truncates when it reads the
+// microseconds back, so the nearest double can read back a microsecond short,
+// and every rewrite would move the date back by one more. Then the next
+// microsecond is written when it reads back as the date, or as itself: the
+// date moves forward by at most one microsecond, once, and stays there.
+plist_t newDate(long long micros) {
+    const auto sec = static_cast<std::int32_t>(micros / 1000000);
+    const auto usec = static_cast<std::int32_t>(micros % 1000000);
+    auto readBack = [](plist_t node) {
+        std::int32_t readSec = 0, readUsec = 0;
+        plist_get_date_val(node, &readSec, &readUsec);
+        return std::llround(dateFromParts(readSec, readUsec) * 1e6);
+    };
+    plist_t exact = plist_new_date(sec, usec);
+    if (readBack(exact) == micros) return exact;
+    const int step = micros < 0 ? -1 : 1;
+    plist_t next = plist_new_date(sec, usec + step);
+    const long long got = readBack(next);
+    if (got == micros || got == micros + step) {
+        plist_free(exact);
+        return next;
+    }
+    plist_free(next);
+    return exact;
+}
+
+// `unsupported` tells of the first value this system cannot keep as it is: of
+// a kind no preferences store holds (a keyed-archive UID, say), or a date
+// beyond what the parser reads. It would be dropped or changed by a rewrite,
+// so such a file is refused rather than rewritten without it.
+Value fromPlist(plist_t node, const std::string& path, std::optional<std::string>& unsupported) {
     switch (plist_get_node_type(node)) {
         case PLIST_BOOLEAN: {
             std::uint8_t b = 0;
@@ -157,7 +223,10 @@ Value fromPlist(plist_t node) {
         case PLIST_DATE: {
             std::int32_t sec = 0, usec = 0;
             plist_get_date_val(node, &sec, &usec);
-            return Value(Date::fromReference(sec + usec / 1e6));
+            // Past 32-bit seconds the parser hands over the lowest second (or nonsense microseconds).
+            if ((sec == std::numeric_limits<std::int32_t>::min() || usec < 0 || usec > 999999) && !unsupported)
+                unsupported = "the date under \"" + path + "\" is outside the years 1933 to 2069 that this system reads";
+            return Value(Date::fromReference(dateFromParts(sec, usec)));
         }
         case PLIST_DATA: {
             char* d = nullptr;
@@ -171,7 +240,8 @@ Value fromPlist(plist_t node) {
             Array a;
             std::uint32_t n = plist_array_get_size(node);
             a.reserve(n);
-            for (std::uint32_t i = 0; i < n; ++i) a.push_back(fromPlist(plist_array_get_item(node, i)));
+            for (std::uint32_t i = 0; i < n; ++i)
+                a.push_back(fromPlist(plist_array_get_item(node, i), path + "[" + std::to_string(i) + "]", unsupported));
             return Value(std::move(a));
         }
         case PLIST_DICT: {
@@ -183,14 +253,46 @@ Value fromPlist(plist_t node) {
                 plist_t item = nullptr;
                 plist_dict_next_item(node, it, &key, &item);
                 if (!item) break;
-                d.setObject(fromPlist(item), key ? key : "");
+                const std::string name = key ? key : "";
+                d.setObject(fromPlist(item, path.empty() ? name : path + "." + name, unsupported), name);
                 std::free(key);
             }
             std::free(it);
             return Value(std::move(d));
         }
-        default: return Value();
+        default:
+            if (!unsupported) unsupported = "the value under \"" + path + "\" is of a kind no preferences store holds";
+            return Value();
     }
+}
+
+bool isUtf8(std::string_view text) {
+    const auto* bytes = reinterpret_cast<const std::uint8_t*>(text.data());
+    const auto length = static_cast<std::int32_t>(text.size());
+    for (std::int32_t i = 0; i < length;) {
+        UChar32 c;
+        U8_NEXT(bytes, i, length, c);
+        if (c < 0) return false;
+    }
+    return true;
+}
+
+// The phone writes only valid UTF-8 text (an ASCII or UTF-16 string in a
+// binary file); anything else is damage, and the parser would pass it on as
+// bytes that no writer can put back as they were. Names where it is.
+std::optional<std::string> invalidText(const Value& value, const std::string& path) {
+    if (const std::string* s = value.string()) {
+        if (!isUtf8(*s)) return "the text under \"" + path + "\"";
+    } else if (const Dictionary* d = value.dictionary()) {
+        for (const auto& [key, item] : *d) {
+            if (!isUtf8(key)) return path.empty() ? std::string("a key at the top level") : "a key under \"" + path + "\"";
+            if (auto bad = invalidText(item, path.empty() ? key : path + "." + key)) return bad;
+        }
+    } else if (const Array* a = value.array()) {
+        for (std::size_t i = 0; i < a->size(); ++i)
+            if (auto bad = invalidText((*a)[i], path + "[" + std::to_string(i) + "]")) return bad;
+    }
+    return std::nullopt;
 }
 
 plist_t toPlist(const Value& value, const std::string& path, std::string* error) {
@@ -200,9 +302,15 @@ plist_t toPlist(const Value& value, const std::string& path, std::string* error)
         case Value::Kind::Real: return plist_new_real(value.doubleValue());
         case Value::Kind::String: return plist_new_string(value.string()->c_str());
         case Value::Kind::Date: {
-            double t = value.date()->timeIntervalSinceReferenceDate();
-            double sec = std::floor(t);
-            return plist_new_date(static_cast<std::int32_t>(sec), static_cast<std::int32_t>((t - sec) * 1e6));
+            // To the microsecond, the precision the parser keeps.
+            const double t = value.date()->timeIntervalSinceReferenceDate();
+            const double micros = std::round(t * 1e6);
+            // Whole seconds toward zero must fit the parser's 32 bits.
+            if (!(std::fabs(micros) < 2147483648e6)) {
+                if (error) *error = "the date under \"" + path + "\" is outside the years a store file can hold";
+                return nullptr;
+            }
+            return newDate(static_cast<long long>(micros));
         }
         case Value::Kind::Data: {
             const Data& d = *value.data();
@@ -249,7 +357,8 @@ std::optional<PlistDocument> parsePlist(std::span<const std::uint8_t> bytes, std
     const char* data = reinterpret_cast<const char*>(bytes.data());
     bool binary = bytes.size() >= 8 && std::memcmp(data, "bplist00", 8) == 0;
     if (binary ? !checkBinaryStructure(bytes, error)
-               : !checkXmlDepth(std::string_view(data, bytes.size()), error))
+               : !checkXmlText(std::string_view(data, bytes.size()), error) ||
+                     !checkXmlDepth(std::string_view(data, bytes.size()), error))
         return std::nullopt;
     plist_t root = nullptr;
     plist_from_memory(data, static_cast<std::uint32_t>(bytes.size()), &root);
@@ -262,7 +371,16 @@ std::optional<PlistDocument> parsePlist(std::span<const std::uint8_t> bytes, std
         *error = "the top level is not a dictionary";
         return std::nullopt;
     }
-    Value v = fromPlist(root);
+    std::optional<std::string> unsupported;
+    Value v = fromPlist(root, "", unsupported);
+    if (unsupported) {
+        *error = *unsupported;
+        return std::nullopt;
+    }
+    if (auto bad = invalidText(v, "")) {
+        *error = *bad + " is not valid UTF-8";
+        return std::nullopt;
+    }
     return PlistDocument{*v.dictionary(), binary ? PlistFormat::Binary : PlistFormat::Xml};
 }
 

@@ -1,0 +1,42 @@
+#pragma once
+
+#include "platform/Date.h"
+#include "platform/Value.h"
+
+#include <cstdint>
+#include <span>
+#include <string>
+#include <vector>
+
+namespace velmorant::fuzz {
+
+// One hostile input: the standard preferences and the shared store, each as
+// the bytes of a store file. Encoded as a two-byte big-endian length of the
+// standard part, that part, then the shared store; an input shorter than two
+// bytes is all shared store.
+struct StoreInput {
+    std::vector<std::uint8_t> standard;
+    std::vector<std::uint8_t> shared;
+};
+
+StoreInput decodeInput(std::span<const std::uint8_t> bytes);
+std::vector<std::uint8_t> encodeInput(const StoreInput& input);
+
+// The instants every input is read at: a morning, when the night's results are
+// the current day's, and the evening of the same day, past the night hour,
+// when the cached sleep bank is shown.
+platform::Date morning();
+platform::Date evening();
+
+// Reads both stores from the input the way the store files are read, runs every
+// request, the widget write-backs, the palette and every snippet (the nine
+// intents and an unknown one) on them, at both instants, and returns what is
+// wrong: an escaped exception, a file refused without a reason, a store that
+// does not read back as it was written, garbage such as "nan" in a text, a
+// snippet that did not complete. Empty when all is well.
+std::vector<std::string> checkStoreInput(std::span<const std::uint8_t> bytes);
+
+// Whether the text holds "nan", "inf" or "(null)" in any case, or the sign for infinity.
+bool looksLikeGarbage(std::string_view text);
+
+}  // namespace velmorant::fuzz

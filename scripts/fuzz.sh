@@ -1,0 +1,20 @@
+#!/usr/bin/env bash
+# Builds the store fuzzer (clang, libFuzzer, AddressSanitizer and
+# UndefinedBehaviorSanitizer; preset "fuzz") and runs it for SECONDS (default 60)
+# from the seed stores in fuzz/corpus/. Inputs that reach new code collect in
+# build/fuzz/corpus/ and are kept between runs. An input that crashes, hangs
+# (over 10 s) or breaks a check is written to build/fuzz/artifacts/ and the
+# script fails; once the fault is fixed, add the input to fuzz/regressions/ so
+# the test suite replays it.
+set -euo pipefail
+cd "$(dirname "$0")/.."
+seconds="${1:-60}"
+if ! [[ "$seconds" =~ ^[1-9][0-9]*$ ]]; then
+  echo "usage: scripts/fuzz.sh [SECONDS]" >&2
+  exit 2
+fi
+scripts/setup.sh fuzz
+mkdir -p build/fuzz/corpus build/fuzz/artifacts
+build/fuzz/fuzz/velmorant_store_fuzzer -max_total_time="$seconds" -timeout=10 -rss_limit_mb=2048 \
+  -dict=fuzz/store.dict -artifact_prefix=build/fuzz/artifacts/ -print_final_stats=1 \
+  build/fuzz/corpus fuzz/corpus

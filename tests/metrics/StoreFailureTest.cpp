@@ -1,0 +1,199 @@
+// Stores that cannot be written or cannot be read: the failure is reported
+// with the file and the reason, the file is left exactly as it was, and the
+// snippet path still gets its records.
+#include "TempDir.h"
+
+#include "cli/DemoData.h"
+#include "metrics/GroupMetrics.h"
+#include "platform/FilePreferencesStore.h"
+
+#include <gtest/gtest.h>
+#include <sys/resource.h>
+#include <sys/stat.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <csignal>
+#include <fstream>
+#include <functional>
+#include <iterator>
+#include <string>
+#include <vector>
+
+namespace {
+
+using namespace velmorant;
+using platform::Dictionary;
+using platform::Value;
+using Bytes = std::vector<std::uint8_t>;
+
+// 2024-03-05 07:30 in New York: the demo night is the current one.
+const platform::Date kMorning = platform::Date::fromUnix(1709641800);
+
+Bytes readFile(const std::filesystem::path& file) {
+    std::ifstream in(file, std::ios::binary);
+    return {std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>()};
+}
+
+void writeFile(const std::filesystem::path& file, const Bytes& bytes) {
+    std::ofstream(file, std::ios::binary).write(reinterpret_cast<const char*>(bytes.data()), static_cast<std::streamsize>(bytes.size()));
+}
+
+std::vector<std::string> folderContents(const std::filesystem::path& dir) {
+    std::vector<std::string> names;
+    for (const auto& entry : std::filesystem::directory_iterator(dir)) names.push_back(entry.path().filename());
+    std::sort(names.begin(), names.end());
+    return names;
+}
+
+std::unique_ptr<platform::Platform> platformOn(const std::filesystem::path& dir, platform::Diagnostics::Sink sink) {
+    platform::PlatformOptions options;
+    options.now = kMorning;
+    options.timeZoneId = "America/New_York";
+    options.localeId = "en_US";
+    options.preferencesDir = dir;
+    options.diagnostics = std::move(sink);
+    return std::make_unique<platform::Platform>(std::move(options));
+}
+
+struct WriteFailure {
+    const char* name;
+    // Run in the process that then writes: makes the shared store unwritable.
+    std::function<void(const std::filesystem::path& file)> prevent;
+    const char* reported;  // part of the report
+};
+
+// A write that cannot be made is reported, changes nothing on disk, leaves no
+// stray file, and the request that made it still returns its record. Each case
+// runs in its own process, so a file-size limit stays there.
+TEST(StoreWriteFailure, IsReportedAndLosesNothing) {
+    const WriteFailure cases[] = {
+        {"read-only file", [](const std::filesystem::path& file) { ::chmod(file.c_str(), 0444); }, "read-only"},
+        {"full disk",
+         [](const std::filesystem::path&) {
+             // Writing past the limit fails with EFBIG, as on a full disk, once SIGXFSZ no longer kills.
+             ::signal(SIGXFSZ, SIG_IGN);
+             struct rlimit limit {512, 512};
+             ::setrlimit(RLIMIT_FSIZE, &limit);
+         },
+         "File too large"},
+        {"lock that cannot be opened",
+         [](const std::filesystem::path& file) { std::filesystem::create_directory(file.string() + ".lock"); },
+         "cannot take the lock"},
+    };
+    for (const WriteFailure& c : cases) {
+        SCOPED_TRACE(c.name);
+        TempDir dir;
+        const std::filesystem::path file = dir.path() / "group.brumelkai.Velmorant.plist";
+        cli::installDemoStores(*platformOn(dir.path(), [](std::string_view) {}));
+        const Bytes before = readFile(file);
+        ASSERT_GT(before.size(), 512u);
+        std::filesystem::remove(file.string() + ".lock");
+        const auto filesBefore = folderContents(dir.path());
+
+        int pipeFds[2];
+        ASSERT_EQ(::pipe(pipeFds), 0);
+        pid_t pid = ::fork();
+        ASSERT_GE(pid, 0);
+        if (pid == 0) {
+            ::close(pipeFds[0]);
+            c.prevent(file);
+            std::string reports;
+            auto platform = platformOn(dir.path(), [&](std::string_view m) { reports.append(m).append("\n"); });
+            GroupMetrics metrics(*platform);
+            int failures = 0;
+            if (!metrics.requestSleepBank()) failures |= 1;  // its record, though the cache is not written
+            if (platform->suiteNamed(platform::kAppGroupSuite)->setObject(Value("x"), "Swift-HasData")) failures |= 2;
+            [[maybe_unused]] auto n = ::write(pipeFds[1], reports.data(), reports.size());
+            ::_exit(failures);
+        }
+        ::close(pipeFds[1]);
+        std::string reports;
+        char buffer[4096];
+        for (ssize_t n; (n = ::read(pipeFds[0], buffer, sizeof buffer)) > 0;) reports.append(buffer, static_cast<std::size_t>(n));
+        ::close(pipeFds[0]);
+        int status = 0;
+        ::waitpid(pid, &status, 0);
+        ASSERT_TRUE(WIFEXITED(status));
+        EXPECT_EQ(WEXITSTATUS(status), 0) << "1: no record, 2: the write claimed success";
+
+        EXPECT_NE(reports.find(file.string()), std::string::npos) << reports;
+        EXPECT_NE(reports.find(c.reported), std::string::npos) << reports;
+        EXPECT_EQ(readFile(file), before);
+        auto filesAfter = folderContents(dir.path());
+        std::erase(filesAfter, "group.brumelkai.Velmorant.plist.lock");
+        auto expected = filesBefore;
+        std::erase(expected, "group.brumelkai.Velmorant.plist.lock");
+        EXPECT_EQ(filesAfter, expected);
+    }
+}
+
+Bytes binaryStore(const Dictionary& root) {
+    std::string error;
+    return *platform::serialisePlist(root, platform::PlistFormat::Binary, &error);
+}
+
+// The bytes of `text` inside a serialised store, replaced by `with`.
+Bytes patched(Bytes bytes, std::string_view text, const Bytes& with) {
+    auto at = std::search(bytes.begin(), bytes.end(), text.begin(), text.end(),
+                          [](std::uint8_t b, char c) { return b == static_cast<std::uint8_t>(c); });
+    EXPECT_NE(at, bytes.end()) << text;
+    std::copy(with.begin(), with.end(), at);
+    return bytes;
+}
+
+Bytes xml(std::string_view body) {
+    std::string s = "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<plist version=\"1.0\"><dict>" + std::string(body) +
+                    "</dict></plist>";
+    return Bytes(s.begin(), s.end());
+}
+
+Bytes deeplyNested() {
+    std::string body = "<key>a</key>";
+    for (int i = 0; i < 70; ++i) body.insert(12, "<array>").append("</array>");
+    return xml(body);
+}
+
+
+struct Damage {
+    const char* name;
+    Bytes bytes;
+    const char* reported;
+};
+
+// Files that only damage produces are read as empty, reported once with the
+// reason, and never overwritten; in particular none of them may abort the program.
+TEST(DamagedStoreFile, ReadsEmptyIsReportedAndIsNeverOverwritten) {
+    static constexpr char kRawNul[] = "<key>a</key><string>x\0y</string>";
+    const Bytes utf16 = binaryStore(Dictionary{{"key", Value("\u00E9\u00E9")}});  // non-ASCII: kept as UTF-16
+    const Damage cases[] = {
+        {"NUL in a binary ASCII text", patched(binaryStore(Dictionary{{"key", Value("abc")}}), "abc", {'a', 0, 'c'}), "NUL"},
+        {"NUL in a binary key", patched(binaryStore(Dictionary{{"kez", Value(1)}}), "kez", {'k', 0, 'z'}), "NUL"},
+        {"NUL in a binary UTF-16 text", patched(utf16, std::string_view("\x00\xE9\x00\xE9", 4), {0, 0xE9, 0, 0}), "NUL"},
+        {"NUL in an XML text", xml(std::string_view(kRawNul, sizeof kRawNul - 1)), "NUL"},
+        {"NUL as an XML character reference", xml("<key>a</key><string>x&#x00;y</string>"), "NUL"},
+        {"invalid UTF-8 in a binary text", patched(binaryStore(Dictionary{{"key", Value("abc")}}), "abc", {'a', 0xFF, 'c'}), "UTF-8"},
+        {"invalid UTF-8 in an XML key", xml("<key>a\xC3</key><string>x</string>"), "UTF-8"},
+        {"nested too deeply", deeplyNested(), "too deeply"},
+        {"a date past what the reader holds", xml("<key>rawSynchTime</key><date>4001-01-01T00:00:00Z</date>"), "outside the years"},
+        {"cut short", Bytes(utf16.begin(), utf16.begin() + static_cast<std::ptrdiff_t>(utf16.size() / 2)), "binary property list"},
+    };
+    for (const Damage& c : cases) {
+        SCOPED_TRACE(c.name);
+        TempDir dir;
+        const std::filesystem::path file = dir.path() / "group.brumelkai.Velmorant.plist";
+        writeFile(file, c.bytes);
+        std::vector<std::string> reports;
+        platform::Diagnostics diagnostics([&](std::string_view m) { reports.emplace_back(m); });
+        platform::FilePreferencesStore store(file, diagnostics);
+        EXPECT_TRUE(store.dictionaryRepresentation().empty());
+        EXPECT_TRUE(store.objectForKey("key").isNone());
+        EXPECT_FALSE(store.setObject(Value(1), "cachedSleepBankUpdate"));
+        EXPECT_EQ(readFile(file), c.bytes);
+        ASSERT_EQ(reports.size(), 1u);
+        EXPECT_NE(reports[0].find(file.string()), std::string::npos) << reports[0];
+        EXPECT_NE(reports[0].find(c.reported), std::string::npos) << reports[0];
+    }
+}
+
+}  // namespace
