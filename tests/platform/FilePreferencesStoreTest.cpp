@@ -64,28 +64,6 @@ TEST_F(StoreTest, KeepsFormatAndPermissionsOfAnExistingFile) {
     EXPECT_EQ(store.objectForKey("x").integerValue(), 1);
 }
 
-TEST_F(StoreTest, CorruptFileIsReportedOnceReadsEmptyAndIsNeverOverwritten) {
-    std::ofstream(file()) << "<plist><dict><key>broken";
-    FilePreferencesStore store(file(), diagnostics);
-    EXPECT_TRUE(store.objectForKey("bankDict").isNone());
-    EXPECT_TRUE(store.objectForKey("watchTrackDict").isNone());
-    EXPECT_FALSE(store.setObject(Value(1), "cachedSleepBank"));
-    EXPECT_EQ(fileText(file()), "<plist><dict><key>broken");
-    ASSERT_EQ(reports.size(), 1u);
-    EXPECT_NE(reports[0].find(file().string()), std::string::npos);
-    EXPECT_NE(reports[0].find("not a readable preferences file"), std::string::npos);
-}
-
-TEST_F(StoreTest, ReadOnlyFileIsReportedAndLeftAlone) {
-    FilePreferencesStore store(file(), diagnostics);
-    ASSERT_TRUE(store.setObject(Value(1), "kept"));
-    ::chmod(file().c_str(), 0400);
-    EXPECT_FALSE(store.setObject(Value(2), "kept"));
-    EXPECT_EQ(store.objectForKey("kept").integerValue(), 1);
-    ASSERT_EQ(reports.size(), 1u);
-    EXPECT_NE(reports[0].find("read-only"), std::string::npos);
-}
-
 TEST_F(StoreTest, ConcurrentProcessesWritingDifferentKeysLoseNothing) {
     constexpr int kWriters = 4, kKeysEach = 60;
     std::vector<pid_t> children;
