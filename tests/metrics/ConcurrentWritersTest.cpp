@@ -2,6 +2,7 @@
 // mirrors while the main app rewrites the same store file: under the lock
 // protocol no key anyone wrote is lost, readers never see a torn file, and the
 // file stays a readable store in its own format.
+#include "StoreFileSupport.h"
 #include "TempDir.h"
 
 #include "cli/DemoData.h"
@@ -28,21 +29,11 @@ constexpr int kSnippetProcesses = 3;
 constexpr int kSnippetRounds = 12;
 constexpr int kAppRounds = 40;
 
-// 2024-03-05 07:30 in New York: the demo night is the current one.
-const platform::Date kMorning = platform::Date::fromUnix(1709641800);
+using velmorant::testing::kMorning;
+using velmorant::testing::platformOn;
 
 // Why a child process failed, as its exit status.
 enum Failure { kNoRecord = 1 << 0, kWriteFailed = 1 << 1, kReported = 1 << 2 };
-
-std::unique_ptr<platform::Platform> platformOn(const std::filesystem::path& dir, platform::Diagnostics::Sink sink) {
-    platform::PlatformOptions options;
-    options.now = kMorning;
-    options.timeZoneId = "America/New_York";
-    options.localeId = "en_US";
-    options.preferencesDir = dir;
-    options.diagnostics = std::move(sink);
-    return std::make_unique<platform::Platform>(std::move(options));
-}
 
 // A snippet or widget process: every round reads the records (which must be
 // there: a reader never sees half a file) and writes back what the snippet

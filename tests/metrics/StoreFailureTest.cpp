@@ -1,6 +1,7 @@
 // Stores that cannot be written: the failure is reported with the file and
 // the reason, the file is left exactly as it was, and the snippet path still
 // gets its records.
+#include "StoreFileSupport.h"
 #include "TempDir.h"
 
 #include "cli/DemoData.h"
@@ -27,8 +28,8 @@ using platform::Dictionary;
 using platform::Value;
 using Bytes = std::vector<std::uint8_t>;
 
-// 2024-03-05 07:30 in New York: the demo night is the current one.
-const platform::Date kMorning = platform::Date::fromUnix(1709641800);
+using velmorant::testing::kMorning;
+using velmorant::testing::platformOn;
 
 Bytes readFile(const std::filesystem::path& file) {
     std::ifstream in(file, std::ios::binary);
@@ -40,16 +41,6 @@ std::vector<std::string> folderContents(const std::filesystem::path& dir) {
     for (const auto& entry : std::filesystem::directory_iterator(dir)) names.push_back(entry.path().filename());
     std::sort(names.begin(), names.end());
     return names;
-}
-
-std::unique_ptr<platform::Platform> platformOn(const std::filesystem::path& dir, platform::Diagnostics::Sink sink) {
-    platform::PlatformOptions options;
-    options.now = kMorning;
-    options.timeZoneId = "America/New_York";
-    options.localeId = "en_US";
-    options.preferencesDir = dir;
-    options.diagnostics = std::move(sink);
-    return std::make_unique<platform::Platform>(std::move(options));
 }
 
 struct WriteFailure {
