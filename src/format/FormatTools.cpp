@@ -211,14 +211,20 @@ long FormatTools::nightHour() {
     return static_cast<long>(value.integerValue());
 }
 
-Date FormatTools::dayAt(Date date, long hour, long minute, long second) {
-    std::optional<DateComponents> fields = cal().components(date);
+Date FormatTools::withDayFields(platform::Calendar& calendar, Date date,
+                                const std::function<void(DateComponents&)>& change) {
+    std::optional<DateComponents> fields = calendar.components(date);
     if (!fields) return date;
-    DateComponents c = *fields;
-    c.hour = hour;
-    c.minute = minute;
-    c.second = second;
-    return cal().dateFromComponents(c).value_or(date);
+    change(*fields);
+    return calendar.dateFromComponents(*fields).value_or(date);
+}
+
+Date FormatTools::dayAt(Date date, long hour, long minute, long second) {
+    return withDayFields(cal(), date, [&](DateComponents& c) {
+        c.hour = hour;
+        c.minute = minute;
+        c.second = second;
+    });
 }
 
 // ---- Clock times ----
@@ -394,40 +400,33 @@ double FormatTools::epochIntervalForDate(Date date, long hour, long min) {
 }
 
 Date FormatTools::dateForDate(Date date, long year, long month, long day, long hour, long min) {
-    std::optional<DateComponents> fields = cal().components(date);
-    if (!fields) return date;
-    DateComponents c = *fields;
-    c.year = year;
-    c.month = month;
-    c.day = day;
-    c.minute = min;
-    c.hour = hour;
-    c.second = 0;
-    return cal().dateFromComponents(c).value_or(date);
+    return withDayFields(cal(), date, [&](DateComponents& c) {
+        c.year = year;
+        c.month = month;
+        c.day = day;
+        c.minute = min;
+        c.hour = hour;
+        c.second = 0;
+    });
 }
 
 Date FormatTools::startDateForDaysAgo(long days, Date date) {
-    std::optional<DateComponents> fields = cal().components(date);
-    if (!fields) return date;
-    DateComponents c = *fields;
-    c.day = saturatingMinus(c.day, days);
-    c.hour = 3;
-    c.minute = 0;
-    c.second = 0;
-    return cal().dateFromComponents(c).value_or(date);
+    return withDayFields(cal(), date, [&](DateComponents& c) {
+        c.day = saturatingMinus(c.day, days);
+        c.hour = 3;
+        c.minute = 0;
+        c.second = 0;
+    });
 }
 
 Date FormatTools::startOfMonthMonthsAgo(long months) {
-    const Date now = platform_.now();
-    std::optional<DateComponents> fields = cal().components(now);
-    if (!fields) return now;
-    DateComponents c = *fields;
-    c.day = 1;
-    c.month = saturatingMinus(c.month, months);
-    c.hour = 3;
-    c.minute = 0;
-    c.second = 0;
-    return cal().dateFromComponents(c).value_or(now);
+    return withDayFields(cal(), platform_.now(), [&](DateComponents& c) {
+        c.day = 1;
+        c.month = saturatingMinus(c.month, months);
+        c.hour = 3;
+        c.minute = 0;
+        c.second = 0;
+    });
 }
 
 std::string FormatTools::nameOfMonthMonthsAgo(long months) { return shortMonth(startOfMonthMonthsAgo(months)); }
@@ -478,13 +477,11 @@ Date FormatTools::fromDateForSeed(long seed) {
         base = now.dateByAddingTimeInterval(-kSecondsPerDay);
     }
     platform::Calendar calendar(platform_.timeZone(), platform_.locale());
-    std::optional<DateComponents> fields = calendar.components(base);
-    if (!fields) return base;
-    DateComponents c = *fields;
-    c.hour = nh;
-    c.minute = 0;
-    c.second = 0;
-    return calendar.dateFromComponents(c).value_or(base);
+    return withDayFields(calendar, base, [&](DateComponents& c) {
+        c.hour = nh;
+        c.minute = 0;
+        c.second = 0;
+    });
 }
 
 long FormatTools::isDaylightSavings(Date date) {

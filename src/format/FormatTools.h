@@ -3,6 +3,7 @@
 #include "platform/Date.h"
 #include "platform/Platform.h"
 
+#include <functional>
 #include <memory>
 #include <optional>
 #include <string>
@@ -12,6 +13,7 @@ namespace velmorant::platform {
 class DateFormatter;
 class DateComponentsFormatter;
 class Calendar;
+struct DateComponents;
 class ISO8601DateFormatter;
 }  // namespace velmorant::platform
 
@@ -144,6 +146,10 @@ private:
     long nightHour();
     // The date's day fields with the time of day replaced.
     platform::Date dayAt(platform::Date date, long hour, long minute, long second);
+    // The date's day fields in `calendar`, changed by `change`, as a date again
+    // (out-of-range fields roll over); the date itself when ICU cannot.
+    static platform::Date withDayFields(platform::Calendar& calendar, platform::Date date,
+                                        const std::function<void(platform::DateComponents&)>& change);
 
     platform::Platform& platform_;
     std::unique_ptr<platform::DateFormatter> inputFormatter_;
