@@ -1,6 +1,7 @@
 #include "Image.h"
 
 #include <cmath>
+#include <cstdint>
 
 namespace velmorant::platform {
 
@@ -18,6 +19,19 @@ Image::~Image() { cairo_surface_destroy(surface_); }
 
 int Image::pixelWidth() const { return cairo_image_surface_get_width(surface_); }
 int Image::pixelHeight() const { return cairo_image_surface_get_height(surface_); }
+
+Rgba Image::pixelAt(Point point) const {
+    int x = static_cast<int>(std::floor(point.x * scale_));
+    int y = static_cast<int>(std::floor(point.y * scale_));
+    if (x < 0 || y < 0 || x >= pixelWidth() || y >= pixelHeight()) return {};
+    cairo_surface_flush(surface_);
+    const unsigned char* row = cairo_image_surface_get_data(surface_) + y * cairo_image_surface_get_stride(surface_);
+    std::uint32_t argb = reinterpret_cast<const std::uint32_t*>(row)[x];
+    double a = ((argb >> 24) & 0xff) / 255.0;
+    if (a == 0) return {};
+    auto channel = [&](int shift) { return ((argb >> shift) & 0xff) / 255.0 / a; };
+    return {channel(16), channel(8), channel(0), a};
+}
 
 bool Image::writePng(const std::filesystem::path& path, std::string* error) const {
     cairo_surface_flush(surface_);

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "Colour.h"
 #include "Geometry.h"
 
 #include <cairo.h>
@@ -29,6 +30,9 @@ public:
     int pixelWidth() const;
     int pixelHeight() const;
     cairo_surface_t* surface() const { return surface_; }
+    // The colour of the pixel under `point` (in points), unpremultiplied,
+    // components 0...1; transparent outside the bitmap.
+    Rgba pixelAt(Point point) const;
 
     // The resource name for images looked up by name, none for drawn images.
     const std::optional<std::string>& name() const { return name_; }

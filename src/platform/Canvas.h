@@ -1,0 +1,99 @@
+#pragma once
+
+#include "Colour.h"
+#include "Font.h"
+#include "Geometry.h"
+#include "Value.h"
+
+#include <memory>
+#include <string_view>
+
+namespace velmorant::platform {
+
+class FontSystem;
+class Image;
+
+enum class LineCap { Butt, Round, Square };
+
+// What text is drawn with: the system font of a size and weight, and its colours.
+struct TextAttributes {
+    Font font;
+    Colour foreground = Colour::blackColor();
+    Colour background = Colour::clearColor();
+};
+
+// The phone's bitmap image context and its drawing calls, on Cairo: S x S
+// points at a scale (pixels per point), transparent, origin top left, y down,
+// angles in radians from +x towards +y. Line width, line cap, stroke and fill
+// colours and the shadow form the graphics state; a shadow, while set, falls
+// under every stroke, fill, image and text. One canvas serves one thread.
+class Canvas {
+public:
+    // Restores the graphics state saved by `saveGState` when it goes out of scope.
+    class [[nodiscard]] SavedState {
+    public:
+        explicit SavedState(Canvas& canvas) : canvas_(&canvas) {}
+        ~SavedState();
+        SavedState(const SavedState&) = delete;
+        SavedState& operator=(const SavedState&) = delete;
+
+    private:
+        Canvas* canvas_;
+    };
+
+    // A transparent context of `points` at `scale`. A size that is not finite or
+    // not positive gives an empty image; a side is held to at most kMaxPixels.
+    Canvas(Size points, double scale, const FontSystem& fonts);
+    ~Canvas();
+    Canvas(const Canvas&) = delete;
+    Canvas& operator=(const Canvas&) = delete;
+
+    static constexpr int kMaxPixels = 8192;
+
+    Size size() const;
+    double scale() const;
+
+    // Saves the graphics state until the returned guard is destroyed.
+    SavedState saveGState();
+
+    void setLineWidth(double width);
+    void setLineCap(LineCap cap);
+    void setStrokeColour(const Colour& colour);
+    void setFillColour(const Colour& colour);
+
+    // A shadow of the platform's default colour, black at alpha 1/3.
+    void setShadow(Size offset, double blur);
+    void setShadowWithColour(Size offset, double blur, const Colour& colour);
+    // No shadow (offset 0, blur 0).
+    void setNoShadow();
+
+    // Adds an arc swept from `start` to `end` through increasing angles.
+    void addArc(Point centre, double radius, double startAngle, double endAngle);
+    void moveTo(Point point);
+    void addLineTo(Point point);
+    void closePath();
+    // Strokes, then clears, the current path.
+    void strokePath();
+    // Fills (non-zero winding), then clears, the current path.
+    void fillPath();
+
+    // Draws an image scaled into `rect`; none draws nothing.
+    void drawImage(const ImagePtr& image, Rect rect);
+
+    // The size of a one-line run: its laid-out width and the font's line height.
+    Size sizeWithAttributes(std::string_view text, const TextAttributes& attributes) const;
+    // Draws a one-line run with its top left corner at `point`.
+    void drawAtPoint(std::string_view text, Point point, const TextAttributes& attributes);
+
+    // Ends the context: the bitmap drawn so far. The canvas is left empty.
+    ImagePtr makeImage();
+
+private:
+    friend class SavedState;
+    void restoreGState();
+
+    struct Impl;
+    std::unique_ptr<Impl> impl_;
+};
+
+}  // namespace velmorant::platform

@@ -1,0 +1,52 @@
+#include "snippet_ui/SleepMetricsUI.h"
+
+#include <cmath>
+
+namespace velmorant {
+
+using platform::Colour;
+
+SleepMetricsUI::SleepMetricsUI(platform::Platform& platform) : platform_(platform) {}
+
+SleepMetricsUI::~SleepMetricsUI() = default;
+
+platform::PreferencesStore& SleepMetricsUI::groupPrefs() {
+    if (!groupPrefs_) groupPrefs_ = platform_.suiteNamed(platform::kAppGroupSuite);
+    return *groupPrefs_;
+}
+
+FormatTools& SleepMetricsUI::formatTools() {
+    if (!formatTools_) formatTools_ = std::make_unique<FormatTools>(platform_);
+    return *formatTools_;
+}
+
+Pallet& SleepMetricsUI::pallet() {
+    if (!pallet_) pallet_ = std::make_unique<Pallet>(platform_);
+    return *pallet_;
+}
+
+GroupMetrics& SleepMetricsUI::groupMetrics() {
+    if (!groupMetrics_) groupMetrics_ = std::make_unique<GroupMetrics>(platform_);
+    return *groupMetrics_;
+}
+
+float SleepMetricsUI::getVelmorantConfigValueForKey(std::string_view key) {
+    // Only a store some request has opened is read; before that the setting is 0.
+    if (!groupPrefs_) return 0;
+    platform::Value config = groupPrefs_->objectForKey("velmorantConfig");
+    const platform::Dictionary* dict = config.dictionary();
+    if (!dict) return 0;
+    const platform::Value* value = dict->objectForKey(key);
+    if (!value) return 0;
+    float number = value->floatValue();
+    return std::isfinite(number) ? number : 0;
+}
+
+Colour SleepMetricsUI::gaugeBkg() const { return Colour::colorWithHue(193.0 / 360, 0.92, 0.10, 1); }
+Colour SleepMetricsUI::ringBkg() const { return Colour::colorWithHue(193.0 / 360, 0.92, 0.15, 1); }
+Colour SleepMetricsUI::needleBkg() const { return Colour::colorWithHue(193.0 / 360, 0, 0.60, 1); }
+Colour SleepMetricsUI::textColour() const { return Colour::colorWithHue(55.0 / 360, 0.05, 0.85, 1); }
+Colour SleepMetricsUI::subtleTextColour() const { return Colour::colorWithHue(55.0 / 360, 0.05, 0.67, 1); }
+Colour SleepMetricsUI::verySubtleTextColour() const { return Colour::colorWithHue(55.0 / 360, 0.05, 0.55, 1); }
+
+}  // namespace velmorant

@@ -1,0 +1,121 @@
+#pragma once
+
+#include "format/FormatTools.h"
+#include "metrics/GroupMetrics.h"
+#include "palette/Pallet.h"
+#include "platform/Colour.h"
+#include "platform/Date.h"
+#include "platform/Geometry.h"
+#include "platform/Platform.h"
+#include "platform/PreferencesStore.h"
+#include "platform/Value.h"
+
+#include <cstdint>
+#include <memory>
+#include <optional>
+#include <string>
+#include <string_view>
+
+namespace velmorant {
+
+// Turns the metric records of `GroupMetrics` into what snippets and widgets
+// show: display labels, colour codes, and the gauge and ring pictures drawn in
+// code. Members are made on first use and kept; one object serves one thread.
+class SleepMetricsUI {
+public:
+    // A metric record; none when there is no data for the current day.
+    using Record = std::optional<platform::Dictionary>;
+
+    explicit SleepMetricsUI(platform::Platform& platform);
+    ~SleepMetricsUI();
+    SleepMetricsUI(const SleepMetricsUI&) = delete;
+    SleepMetricsUI& operator=(const SleepMetricsUI&) = delete;
+
+    // Widget flags: set by the widget-facing operations before their request;
+    // they change image sizes and the readiness records' tints.
+    bool widgetMode = false;
+    bool widgetAccessoryMode = false;
+
+    // The product setting under `key` in the shared store's "velmorantConfig";
+    // 0 when the store has not been opened yet, or the dictionary or key is missing.
+    float getVelmorantConfigValueForKey(std::string_view key);
+
+    // Colours shared by the gauges, rings and clock.
+    platform::Colour gaugeBkg() const;
+    platform::Colour ringBkg() const;
+    platform::Colour needleBkg() const;
+    platform::Colour textColour() const;
+    platform::Colour subtleTextColour() const;
+    platform::Colour verySubtleTextColour() const;
+
+    // Gauges.
+    platform::ImagePtr drawSpO2GaugeWithSize(float size, const platform::Dictionary& dict);
+    platform::ImagePtr drawRespRateGaugeWithSize(float size, const platform::Dictionary& dict);
+    platform::ImagePtr drawConsistencyGaugeWithSize(float size, const platform::Dictionary& dict);
+    platform::ImagePtr drawWristTempGaugeWithSize(float size, const platform::Dictionary& dict);
+    // Readiness gauge; the short form has no label and no icon.
+    platform::ImagePtr drawReadiRingsWithSize(float size, float value);
+    platform::ImagePtr drawReadiRingsWithSize(float size, float value, const std::optional<std::string>& label,
+                                              std::int64_t legend);
+
+    // Sleep rings and their helpers.
+    platform::ImagePtr drawSleepRingsWithSize(float size, float sleepPercent, float qualityPercent, float deepPercent,
+                                              float bpmPercent, float rating, bool forStages);
+    // The offset of the shadow a ring's head casts at fraction `percent`.
+    platform::Size getShadowForPercent(float percent) const;
+    double radians(double degrees) const;
+
+    // Recharge rings and bed clock.
+    platform::ImagePtr drawTheRechargeWithSize(float size, float sleepPercent, float bankPercent);
+    platform::ImagePtr drawTheBedClockWithSize(float size, const std::optional<platform::Date>& bedtime,
+                                               const std::optional<platform::Date>& waketime);
+
+    // Wellness requests.
+    Record requestSpO2();
+    Record requestRespRate();
+    Record requestWristTemp();
+    Record requestReadiness();
+    Record requestOctane();
+
+    // Sleep requests; the sleep-bank record is empty, never none, without data.
+    Record requestQuality();
+    platform::Dictionary requestSleepBankRings();
+    Record requestLatestBedtime();
+    Record requestConsistency();
+
+    // Widget mirrors: write the record's fields to the shared store as "Swift-" keys.
+    void requestSpO2ForSwift();
+    void requestRespRateForSwift();
+    void requestReadinessForSwift();
+    void requestOctaneForSwift();
+    void requestLatestBedtimeForSwift();
+    void requestSleepBankForSwift();
+
+    // Widget images: the record's picture, or "WidgetWait" without data.
+    platform::ImagePtr swiftReadinessImage();
+    platform::ImagePtr swiftOctaneImage();
+    platform::ImagePtr swiftSpO2Image();
+    platform::ImagePtr swiftRespRateImage();
+    platform::ImagePtr swiftWristTempImage();
+    platform::ImagePtr swiftSleepRingsImage();
+    platform::ImagePtr swiftSleepRingsAccessoryImage();
+    // These two have no "WidgetWait" fallback: none without data.
+    platform::ImagePtr swiftSleepBankImage();
+    platform::ImagePtr swiftSleepBankAccessoryImage();
+    platform::ImagePtr swiftBedtimeImage();
+
+private:
+    // Members made on first use.
+    platform::PreferencesStore& groupPrefs();
+    FormatTools& formatTools();
+    Pallet& pallet();
+    GroupMetrics& groupMetrics();
+
+    platform::Platform& platform_;
+    std::shared_ptr<platform::PreferencesStore> groupPrefs_;
+    std::unique_ptr<FormatTools> formatTools_;
+    std::unique_ptr<Pallet> pallet_;
+    std::unique_ptr<GroupMetrics> groupMetrics_;
+};
+
+}  // namespace velmorant
