@@ -1,8 +1,8 @@
 #include "FontSystem.h"
 
-#include <fontconfig/fontconfig.h>
 #include <pango/pangofc-fontmap.h>
 
+#include <cmath>
 #include <stdexcept>
 
 namespace velmorant::platform {
@@ -23,43 +23,66 @@ PangoWeight pangoWeight(FontWeight weight) {
     return PANGO_WEIGHT_NORMAL;
 }
 
+// Pango sizes are whole 1/1024ths held in an int; keep them in a range
+// its arithmetic survives.
+constexpr double kMaxFontPixels = 10000;
+
+FontDescriptionPtr describe(const Font& font, double pixelsPerPoint) {
+    double pixels = font.size * pixelsPerPoint;
+    if (!std::isfinite(pixels) || pixels < 0) pixels = 0;
+    pixels = std::min(pixels, kMaxFontPixels);
+    FontDescriptionPtr description(pango_font_description_new());
+    pango_font_description_set_family(description.get(), "Velmorant System");
+    pango_font_description_set_weight(description.get(), pangoWeight(font.weight));
+    pango_font_description_set_absolute_size(description.get(), pixels * PANGO_SCALE);
+    return description;
+}
+
 }  // namespace
 
 FontSystem::FontSystem(const std::filesystem::path& fontsConf) {
-    FcConfig* config = FcConfigCreate();
-    if (!FcConfigParseAndLoad(config, reinterpret_cast<const FcChar8*>(fontsConf.c_str()), FcTrue) ||
-        !FcConfigBuildFonts(config)) {
-        FcConfigDestroy(config);
+    FcConfigPtr config(FcConfigCreate());
+    if (!FcConfigParseAndLoad(config.get(), reinterpret_cast<const FcChar8*>(fontsConf.c_str()), FcTrue) ||
+        !FcConfigBuildFonts(config.get())) {
         throw std::runtime_error("font configuration " + fontsConf.string() + " cannot be loaded");
     }
-    fontMap_ = pango_cairo_font_map_new_for_font_type(CAIRO_FONT_TYPE_FT);
-    pango_fc_font_map_set_config(PANGO_FC_FONT_MAP(fontMap_), config);
-    FcConfigDestroy(config);  // the font map keeps its own reference
+    fontMap_.reset(pango_cairo_font_map_new_for_font_type(CAIRO_FONT_TYPE_FT));
+    pango_fc_font_map_set_config(PANGO_FC_FONT_MAP(fontMap_.get()), config.get());  // takes its own reference
 }
 
-FontSystem::~FontSystem() {
-    if (fontMap_) g_object_unref(fontMap_);
+GObjectPtr<PangoContext> FontSystem::makeContext() const {
+    GObjectPtr<PangoContext> context(pango_font_map_create_context(fontMap_.get()));
+    // Metrics are not hinted to a pixel grid, so a run's size scales with the font.
+    FontOptionsPtr options(cairo_font_options_create());
+    cairo_font_options_set_hint_metrics(options.get(), CAIRO_HINT_METRICS_OFF);
+    cairo_font_options_set_hint_style(options.get(), CAIRO_HINT_STYLE_NONE);
+    cairo_font_options_set_antialias(options.get(), CAIRO_ANTIALIAS_GRAY);
+    pango_cairo_context_set_font_options(context.get(), options.get());
+    return context;
+}
+
+GObjectPtr<PangoLayout> FontSystem::layoutInPixels(const Font& font, double pixelsPerPoint) const {
+    GObjectPtr<PangoContext> context = makeContext();
+    GObjectPtr<PangoLayout> layout(pango_layout_new(context.get()));
+    pango_layout_set_font_description(layout.get(), describe(font, pixelsPerPoint).get());
+    return layout;
 }
 
 PangoLayout* FontSystem::createLayout(cairo_t* cr, const Font& font) const {
-    PangoContext* context = pango_font_map_create_context(fontMap_);
-    // Text is laid out in points; the caller's transform scales to pixels, and
-    // metrics must not be hinted to the pixel grid of a different scale.
-    cairo_font_options_t* options = cairo_font_options_create();
-    cairo_font_options_set_hint_metrics(options, CAIRO_HINT_METRICS_OFF);
-    cairo_font_options_set_hint_style(options, CAIRO_HINT_STYLE_NONE);
-    pango_cairo_context_set_font_options(context, options);
-    cairo_font_options_destroy(options);
-    pango_cairo_update_context(cr, context);
-    PangoLayout* layout = pango_layout_new(context);
-    g_object_unref(context);
-    PangoFontDescription* description = pango_font_description_new();
-    pango_font_description_set_family(description, "Velmorant System");
-    pango_font_description_set_weight(description, pangoWeight(font.weight));
-    pango_font_description_set_absolute_size(description, font.size * PANGO_SCALE);
-    pango_layout_set_font_description(layout, description);
-    pango_font_description_free(description);
-    return layout;
+    GObjectPtr<PangoContext> context = makeContext();
+    pango_cairo_update_context(cr, context.get());
+    GObjectPtr<PangoLayout> layout(pango_layout_new(context.get()));
+    pango_layout_set_font_description(layout.get(), describe(font, 1).get());
+    return layout.release();
+}
+
+double FontSystem::lineHeight(const Font& font) const {
+    GObjectPtr<PangoContext> context = makeContext();
+    FontDescriptionPtr description = describe(font, 1);
+    FontMetricsPtr metrics(pango_context_get_metrics(context.get(), description.get(), nullptr));
+    return static_cast<double>(pango_font_metrics_get_ascent(metrics.get()) +
+                               pango_font_metrics_get_descent(metrics.get())) /
+           PANGO_SCALE;
 }
 
 }  // namespace velmorant::platform

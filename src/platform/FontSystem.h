@@ -1,11 +1,11 @@
 #pragma once
 
+#include "CHandles.h"
 #include "Font.h"
 
 #include <pango/pangocairo.h>
 
 #include <filesystem>
-#include <memory>
 
 namespace velmorant::platform {
 
@@ -15,15 +15,21 @@ class FontSystem {
 public:
     // Throws std::runtime_error when the font configuration cannot be loaded.
     explicit FontSystem(const std::filesystem::path& fontsConf);
-    ~FontSystem();
     FontSystem(const FontSystem&) = delete;
     FontSystem& operator=(const FontSystem&) = delete;
 
-    // A layout for `cr` with the system font at `font`'s size (points) and weight.
+    // A layout in device pixels: the system font at `font`'s size (points) x
+    // `pixelsPerPoint` and its weight, for a context with an identity matrix.
+    GObjectPtr<PangoLayout> layoutInPixels(const Font& font, double pixelsPerPoint) const;
+    // A layout for `cr` with the system font at `font`'s size (points) and
+    // weight; the caller releases it with g_object_unref.
     PangoLayout* createLayout(cairo_t* cr, const Font& font) const;
+    // The system font's line height (ascent + descent) at `font`'s size, in points.
+    double lineHeight(const Font& font) const;
 
 private:
-    PangoFontMap* fontMap_ = nullptr;
+    GObjectPtr<PangoContext> makeContext() const;
+    GObjectPtr<PangoFontMap> fontMap_;
 };
 
 }  // namespace velmorant::platform

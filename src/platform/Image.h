@@ -1,9 +1,8 @@
 #pragma once
 
+#include "CHandles.h"
 #include "Colour.h"
 #include "Geometry.h"
-
-#include <cairo.h>
 
 #include <filesystem>
 #include <memory>
@@ -16,12 +15,15 @@ namespace velmorant::platform {
 // the phone's images are. Pixels are Cairo ARGB32 (premultiplied).
 class Image {
 public:
-    // A transparent bitmap of the given size in points.
+    // A transparent bitmap of the given size in points, ceil(points x scale)
+    // pixels. None when the size or scale is not finite or negative, or when
+    // Cairo cannot make a bitmap that large.
     static std::shared_ptr<Image> create(Size points, double scale);
-    // Takes ownership of an ARGB32 surface whose pixel size is points x scale.
+    // Takes ownership of an ARGB32 surface whose pixel size is points x scale;
+    // none (the surface released) when the surface is in an error state.
     static std::shared_ptr<Image> adopt(cairo_surface_t* surface, Size points, double scale);
+    static std::shared_ptr<Image> adopt(SurfacePtr surface, Size points, double scale);
 
-    ~Image();
     Image(const Image&) = delete;
     Image& operator=(const Image&) = delete;
 
@@ -29,7 +31,7 @@ public:
     double scale() const { return scale_; }
     int pixelWidth() const;
     int pixelHeight() const;
-    cairo_surface_t* surface() const { return surface_; }
+    cairo_surface_t* surface() const { return surface_.get(); }
     // The colour of the pixel under `point` (in points), unpremultiplied,
     // components 0...1; transparent outside the bitmap.
     Rgba pixelAt(Point point) const;
@@ -42,8 +44,9 @@ public:
     bool writePng(const std::filesystem::path& path, std::string* error = nullptr) const;
 
 private:
-    Image(cairo_surface_t* surface, Size points, double scale) : surface_(surface), size_(points), scale_(scale) {}
-    cairo_surface_t* surface_;
+    Image(SurfacePtr surface, Size points, double scale)
+        : surface_(std::move(surface)), size_(points), scale_(scale) {}
+    SurfacePtr surface_;
     Size size_;
     double scale_;
     std::optional<std::string> name_;

@@ -1,10 +1,12 @@
 #include "ImageResources.h"
 
+#include "CHandles.h"
 #include "Image.h"
 
 #include <librsvg/rsvg.h>
 
 #include <cmath>
+#include <string>
 
 namespace velmorant::platform {
 
@@ -17,29 +19,28 @@ ImagePtr loadNamedImage(const std::filesystem::path& imagesDir, std::string_view
     std::error_code ec;
     if (!std::filesystem::is_regular_file(file, ec)) return nullptr;
 
-    GError* error = nullptr;
-    RsvgHandle* handle = rsvg_handle_new_from_file(file.c_str(), &error);
+    GErrorPtr error;
+    GObjectPtr<RsvgHandle> handle(rsvg_handle_new_from_file(file.c_str(), error.out()));
     if (!handle) {
-        diagnostics.report("image " + file.string() + " cannot be read: " + (error ? error->message : "unknown error"));
-        if (error) g_error_free(error);
+        diagnostics.report("image " + file.string() + " cannot be read: " + error.message());
         return nullptr;
     }
     double width = 0, height = 0;
-    if (!rsvg_handle_get_intrinsic_size_in_pixels(handle, &width, &height) || width <= 0 || height <= 0) {
+    if (!rsvg_handle_get_intrinsic_size_in_pixels(handle.get(), &width, &height) || !(width > 0 && height > 0)) {
         diagnostics.report("image " + file.string() + " has no width and height");
-        g_object_unref(handle);
         return nullptr;
     }
     auto image = Image::create({width, height}, scale);
-    cairo_t* cr = cairo_create(image->surface());
-    cairo_scale(cr, scale, scale);
-    RsvgRectangle viewport{0, 0, width, height};
-    if (!rsvg_handle_render_document(handle, cr, &viewport, &error)) {
-        diagnostics.report("image " + file.string() + " cannot be drawn: " + (error ? error->message : "unknown error"));
-        if (error) g_error_free(error);
+    if (!image) {
+        diagnostics.report("image " + file.string() + " is too large to draw at scale " + std::to_string(scale));
+        return nullptr;
     }
-    cairo_destroy(cr);
-    g_object_unref(handle);
+    CairoPtr cr(cairo_create(image->surface()));
+    cairo_scale(cr.get(), scale, scale);
+    RsvgRectangle viewport{0, 0, width, height};
+    if (!rsvg_handle_render_document(handle.get(), cr.get(), &viewport, error.out())) {
+        diagnostics.report("image " + file.string() + " cannot be drawn: " + error.message());
+    }
     std::shared_ptr<Image> named = std::const_pointer_cast<Image>(image);
     named->setName(std::string(name));
     return named;
