@@ -7,8 +7,7 @@
 
 #include <cerrno>
 #include <cstring>
-#include <fstream>
-#include <iterator>
+#include <optional>
 #include <utility>
 
 namespace velmorant::platform {
@@ -30,6 +29,27 @@ private:
 };
 
 std::string systemError() { return std::strerror(errno); }
+
+// The file's bytes, or none (saying why) when it holds more than `limit`:
+// what is read is bounded, whatever its size was said to be.
+std::optional<std::vector<std::uint8_t>> readAtMost(int fd, std::size_t limit, std::string* error) {
+    std::vector<std::uint8_t> bytes;
+    std::uint8_t chunk[64 * 1024];
+    for (;;) {
+        ssize_t n = ::read(fd, chunk, sizeof chunk);
+        if (n < 0) {
+            if (errno == EINTR) continue;
+            *error = "it cannot be read (" + systemError() + ")";
+            return std::nullopt;
+        }
+        if (n == 0) return bytes;
+        if (bytes.size() + static_cast<std::size_t>(n) > limit) {
+            *error = "it is larger than the largest store accepted (" + std::to_string(limit >> 20) + " MiB)";
+            return std::nullopt;
+        }
+        bytes.insert(bytes.end(), chunk, chunk + n);
+    }
+}
 
 bool writeAll(int fd, const std::vector<std::uint8_t>& bytes) {
     std::size_t done = 0;
@@ -54,28 +74,29 @@ std::filesystem::path FilePreferencesStore::lockFile() const { return file_.stri
 void FilePreferencesStore::problem(const std::string& what) { diagnostics_.report(file_.string() + ": " + what); }
 
 const FilePreferencesStore::Loaded& FilePreferencesStore::load() {
+    // One descriptor for looking at the file and reading it: by name, the
+    // file looked at could be replaced before it is read. Opened without
+    // blocking, so a FIFO in the store's place cannot hang the reader.
+    FileDescriptor fd(::open(file_.c_str(), O_RDONLY | O_CLOEXEC | O_NOCTTY | O_NONBLOCK));
     struct stat st {};
-    if (::stat(file_.c_str(), &st) != 0) {
+    if (fd.get() < 0 || ::fstat(fd.get(), &st) != 0) {
         cachedStamp_.reset();
-        bool absent = errno == ENOENT;
+        const bool absent = fd.get() < 0 && errno == ENOENT;
         if (!absent) problem("cannot be read (" + systemError() + "); it is treated as empty");
-        cached_ = Loaded{{}, absent};
+        cached_ = Loaded{{}, absent, std::nullopt};
         return cached_;
     }
     Stamp stamp{st.st_dev, st.st_ino, st.st_size, st.st_mtim.tv_sec * 1000000000LL + st.st_mtim.tv_nsec};
     if (cachedStamp_ && *cachedStamp_ == stamp) return cached_;
 
-    Loaded loaded;
-    std::ifstream in(file_, std::ios::binary);
-    std::vector<std::uint8_t> bytes;
-    if (in && st.st_size <= static_cast<off_t>(kMaxPlistBytes)) {
-        bytes.assign(std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>());
-    }
+    Loaded loaded{{}, true, st};
     std::string error;
     std::optional<PlistDocument> document;
-    if (!in) error = "cannot be opened (" + systemError() + ")";
-    else if (st.st_size > static_cast<off_t>(kMaxPlistBytes)) error = "is larger than the largest store accepted";
-    else document = parsePlist(bytes, &error);
+    if (!S_ISREG(st.st_mode)) {
+        error = "it is not a regular file";
+    } else if (auto bytes = readAtMost(fd.get(), kMaxPlistBytes, &error)) {
+        document = parsePlist(*bytes, &error);
+    }
     if (document) {
         loaded.document = std::move(*document);
     } else {
@@ -120,16 +141,15 @@ bool FilePreferencesStore::modify(const std::function<void(Dictionary&)>& change
     const Loaded& current = load();
     if (!current.readable) return false;  // already reported; never overwrite what we cannot read
 
-    struct stat st {};
-    bool exists = ::stat(file_.c_str(), &st) == 0;
-    if (exists && (st.st_mode & (S_IWUSR | S_IWGRP | S_IWOTH)) == 0) {
+    const std::optional<struct stat>& existing = current.fileStat;
+    if (existing && (existing->st_mode & (S_IWUSR | S_IWGRP | S_IWOTH)) == 0) {
         problem("is read-only; nothing was written");
         return false;
     }
     PlistDocument next = current.document;
     change(next.root);
     if (next.root == current.document.root) return true;
-    return write(next, exists ? &st : nullptr);
+    return write(next, existing ? &*existing : nullptr);
 }
 
 bool FilePreferencesStore::write(const PlistDocument& document, const struct stat* existing) {

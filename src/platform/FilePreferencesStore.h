@@ -49,6 +49,7 @@ private:
     struct Loaded {
         PlistDocument document;
         bool readable = true;
+        std::optional<struct stat> fileStat;  // of the file read; none when there is none
     };
     // The file's contents now; an absent file is an empty binary store.
     // Parsed again only when the file changed.

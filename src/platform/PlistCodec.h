@@ -18,7 +18,8 @@ struct PlistDocument {
 };
 
 // Store files are untrusted: anything larger or deeper than this is refused
-// before the parser sees it (the parser recurses without a depth limit).
+// before the parser sees it (the parser frees, and reads binary files,
+// recursively), and the parsed tree is read with the depth checked again.
 inline constexpr std::size_t kMaxPlistBytes = 32u << 20;
 inline constexpr int kMaxPlistDepth = 64;
 

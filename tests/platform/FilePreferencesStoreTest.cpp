@@ -91,4 +91,25 @@ TEST_F(StoreTest, ConcurrentProcessesWritingDifferentKeysLoseNothing) {
     EXPECT_EQ(store.objectForKey("writer3-59").integerValue(), 59);
 }
 
+// Something other than a file in the store's place (a FIFO would block a
+// reader that opens it by name) is reported and left alone, without waiting.
+TEST_F(StoreTest, SomethingOtherThanAFileIsRefusedWithoutWaiting) {
+    ASSERT_EQ(::mkfifo(file().c_str(), 0644), 0);
+    pid_t pid = ::fork();
+    ASSERT_GE(pid, 0);
+    if (pid == 0) {
+        ::alarm(10);
+        FilePreferencesStore store(file(), diagnostics);
+        const bool refused = store.dictionaryRepresentation().empty() && !store.setObject(Value(1), "a") &&
+                             reports.size() == 1 && reports[0].find("not a regular file") != std::string::npos;
+        ::_exit(refused ? 0 : 1);
+    }
+    int status = 0;
+    ::waitpid(pid, &status, 0);
+    EXPECT_TRUE(WIFEXITED(status) && WEXITSTATUS(status) == 0) << "status " << status;
+    struct stat st {};
+    ASSERT_EQ(::lstat(file().c_str(), &st), 0);
+    EXPECT_TRUE(S_ISFIFO(st.st_mode));
+}
+
 }  // namespace
