@@ -26,50 +26,70 @@ void toBytes(const std::vector<float>& in, AlphaBitmap b) {
     }
 }
 
-// A box of `left + 1 + right` pixels along each row.
-void boxRows(const float* in, float* out, int width, int height, int left, int right) {
-    float scale = 1.f / static_cast<float>(left + 1 + right);
+// One box pass: 2 * radius + 1 pixels at full weight and `edge` (0...1) on
+// the next pixel out each side, so its variance can be any value, not only
+// those of whole-pixel boxes.
+struct Box {
+    int radius = 0;
+    float edge = 0;
+    float scale = 1;
+
+    explicit Box(double variance) {
+        radius = static_cast<int>(std::floor((std::sqrt(1 + 12 * variance) - 1) / 2));
+        double r = radius;
+        edge = static_cast<float>((2 * r + 1) * (variance - r * (r + 1) / 3) / (2 * ((r + 1) * (r + 1) - variance)));
+        scale = 1.f / (2 * radius + 1 + 2 * edge);
+    }
+};
+
+// The box along each row.
+void boxRows(const float* in, float* out, int width, int height, const Box& box) {
+    const int pad = box.radius + 1;
+    std::vector<float> padded(width + 2 * pad, 0.f);
     for (int y = 0; y < height; ++y) {
         const float* src = in + static_cast<size_t>(y) * width;
+        std::copy(src, src + width, padded.begin() + pad);
+        const float* p = padded.data() + pad;  // p[-pad] ... p[width + pad - 1] are valid
         float* dst = out + static_cast<size_t>(y) * width;
         float sum = 0;
-        for (int x = 0; x < std::min(right, width); ++x) sum += src[x];
+        for (int i = -box.radius; i <= box.radius; ++i) sum += p[i];
         for (int x = 0; x < width; ++x) {
-            if (x + right < width) sum += src[x + right];
-            dst[x] = sum * scale;
-            if (x - left >= 0) sum -= src[x - left];
+            dst[x] = (sum + box.edge * (p[x - box.radius - 1] + p[x + box.radius + 1])) * box.scale;
+            sum += p[x + box.radius + 1] - p[x - box.radius];
         }
     }
 }
 
-// A box of `above + 1 + below` pixels down each column, a whole row at a time.
-void boxColumns(const float* in, float* out, int width, int height, int above, int below) {
-    float scale = 1.f / static_cast<float>(above + 1 + below);
+// The box down each column, a whole row at a time so the work runs along memory.
+void boxColumns(const float* in, float* out, int width, int height, const Box& box) {
     std::vector<float> sum(width, 0.f);
-    auto row = [&](int y) { return in + static_cast<size_t>(y) * width; };
-    for (int y = 0; y < std::min(below, height); ++y)
-        for (int x = 0; x < width; ++x) sum[x] += row(y)[x];
+    const std::vector<float> zeros(width, 0.f);
+    auto row = [&](int y) { return y >= 0 && y < height ? in + static_cast<size_t>(y) * width : zeros.data(); };
+    for (int y = -box.radius; y <= box.radius; ++y) {
+        const float* add = row(y);
+        for (int x = 0; x < width; ++x) sum[x] += add[x];
+    }
     for (int y = 0; y < height; ++y) {
+        const float* above = row(y - box.radius - 1);
+        const float* below = row(y + box.radius + 1);
+        const float* leaving = row(y - box.radius);
         float* dst = out + static_cast<size_t>(y) * width;
-        if (y + below < height) {
-            const float* add = row(y + below);
-            for (int x = 0; x < width; ++x) sum[x] += add[x];
-        }
-        for (int x = 0; x < width; ++x) dst[x] = sum[x] * scale;
-        if (y - above >= 0) {
-            const float* sub = row(y - above);
-            for (int x = 0; x < width; ++x) sum[x] -= sub[x];
+        for (int x = 0; x < width; ++x) {
+            dst[x] = (sum[x] + box.edge * (above[x] + below[x])) * box.scale;
+            sum[x] += below[x] - leaving[x];
         }
     }
 }
 
+// Weights of the Gaussian integrated over each pixel, so small sigmas keep
+// their spread rather than collapsing onto the centre sample.
 std::vector<float> gaussianKernel(double sigma) {
     int radius = static_cast<int>(std::ceil(3 * sigma));
+    auto below = [&](double x) { return 0.5 * std::erfc(-x / (sigma * std::sqrt(2.0))); };
     std::vector<float> weights(2 * radius + 1);
-    double total = 0;
-    for (int i = -radius; i <= radius; ++i) total += std::exp(-(i * i) / (2 * sigma * sigma));
+    double total = below(radius + 0.5) - below(-radius - 0.5);
     for (int i = -radius; i <= radius; ++i)
-        weights[i + radius] = static_cast<float>(std::exp(-(i * i) / (2 * sigma * sigma)) / total);
+        weights[i + radius] = static_cast<float>((below(i + 0.5) - below(i - 0.5)) / total);
     return weights;
 }
 
@@ -77,26 +97,15 @@ std::vector<float> gaussianKernel(double sigma) {
 
 void boxBlurAlpha(AlphaBitmap b, double sigma) {
     if (b.width <= 0 || b.height <= 0 || !(sigma > 0)) return;
-    // Three boxes of width d approach a Gaussian of this sigma; an even d is
-    // split into two boxes off centre by half a pixel each way and one of d + 1.
-    int d = static_cast<int>(std::floor(sigma * 3 * std::sqrt(2 * M_PI) / 4 + 0.5));
-    if (d <= 1) return;
-    int lefts[3], rights[3];
-    if (d % 2 == 1) {
-        std::fill(lefts, lefts + 3, d / 2);
-        std::fill(rights, rights + 3, d / 2);
-    } else {
-        lefts[0] = d / 2, rights[0] = d / 2 - 1;
-        lefts[1] = d / 2 - 1, rights[1] = d / 2;
-        lefts[2] = d / 2, rights[2] = d / 2;
-    }
+    // Three passes, each a third of the variance, come close to the Gaussian.
+    const Box box(sigma * sigma / 3);
     std::vector<float> a = toFloats(b), t(a.size());
     for (int i = 0; i < 3; ++i) {
-        boxRows(a.data(), t.data(), b.width, b.height, lefts[i], rights[i]);
+        boxRows(a.data(), t.data(), b.width, b.height, box);
         std::swap(a, t);
     }
     for (int i = 0; i < 3; ++i) {
-        boxColumns(a.data(), t.data(), b.width, b.height, lefts[i], rights[i]);
+        boxColumns(a.data(), t.data(), b.width, b.height, box);
         std::swap(a, t);
     }
     toBytes(a, b);

@@ -56,7 +56,6 @@ GObjectPtr<PangoContext> FontSystem::makeContext() const {
     FontOptionsPtr options(cairo_font_options_create());
     cairo_font_options_set_hint_metrics(options.get(), CAIRO_HINT_METRICS_OFF);
     cairo_font_options_set_hint_style(options.get(), CAIRO_HINT_STYLE_NONE);
-    cairo_font_options_set_antialias(options.get(), CAIRO_ANTIALIAS_GRAY);
     pango_cairo_context_set_font_options(context.get(), options.get());
     return context;
 }

@@ -1,0 +1,390 @@
+#include "platform/Blur.h"
+#include "platform/Canvas.h"
+#include "platform/FontSystem.h"
+#include "platform/Image.h"
+
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <functional>
+#include <limits>
+#include <vector>
+
+using namespace velmorant::platform;
+
+namespace {
+
+constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
+constexpr double kInf = std::numeric_limits<double>::infinity();
+
+const FontSystem& fonts() {
+    static const FontSystem system(std::filesystem::path(VELMORANT_TEST_RESOURCE_DIR) / "fonts" / "fonts.conf");
+    return system;
+}
+
+bool inked(const Image& image, Point p) { return image.pixelAt(p).a > 0.5; }
+
+// The upper tail of the standard normal distribution.
+double normalTail(double z) { return 0.5 * std::erfc(z / std::sqrt(2.0)); }
+
+TEST(Canvas, SizeInPixelsIsHeldToFiniteBounds) {
+    struct Case {
+        Size points;
+        double scale;
+        int width, height;
+    };
+    const Case cases[] = {
+        {{100, 50}, 2, 200, 100},      {{10.2, 10}, 3, 31, 30},       {{kNaN, 10}, 3, 0, 0},
+        {{10, kInf}, 3, 0, 0},         {{-5, 10}, 3, 0, 0},           {{0, 10}, 3, 0, 0},
+        {{10, 10}, 0, 0, 0},           {{10, 10}, kNaN, 0, 0},        {{10, 10}, -2, 0, 0},
+        {{1e12, 1}, 1, Canvas::kMaxPixels, 1},
+    };
+    for (const auto& c : cases) {
+        Canvas canvas(c.points, c.scale, fonts());
+        ImagePtr image = canvas.makeImage();
+        ASSERT_TRUE(image) << c.points.width << " x " << c.points.height << " @" << c.scale;
+        EXPECT_EQ(image->pixelWidth(), c.width) << c.points.width << " @" << c.scale;
+        EXPECT_EQ(image->pixelHeight(), c.height) << c.points.height << " @" << c.scale;
+        // The size in points matches the bitmap, so probes in points stay on it.
+        EXPECT_LE(image->size().width * image->scale(), c.width + 1e-9);
+    }
+}
+
+TEST(Canvas, StartsTransparentAndFillsWithNonZeroWinding) {
+    Canvas canvas({100, 100}, 2, fonts());
+    canvas.setFillColour(Colour::systemRedColor());
+    // Two squares wound the same way: their overlap stays filled.
+    for (double x : {20.0, 40.0}) {
+        canvas.moveTo({x, 20});
+        canvas.addLineTo({x + 40, 20});
+        canvas.addLineTo({x + 40, 60});
+        canvas.addLineTo({x, 60});
+        canvas.closePath();
+    }
+    canvas.fillPath();
+    ImagePtr image = canvas.makeImage();
+    for (Point corner : {Point{0, 0}, Point{99.9, 0}, Point{0, 99.9}, Point{99.9, 99.9}})
+        EXPECT_EQ(image->pixelAt(corner).a, 0) << corner.x << "," << corner.y;
+    Rgba red = Colour::systemRedColor().rgba();
+    for (Point inside : {Point{25, 30}, Point{50, 40}, Point{75, 55}}) {
+        Rgba p = image->pixelAt(inside);
+        EXPECT_NEAR(p.r, red.r, 0.01);
+        EXPECT_NEAR(p.g, red.g, 0.01);
+        EXPECT_EQ(p.a, 1);
+    }
+    EXPECT_EQ(image->pixelAt({50, 65}).a, 0);  // the path was used up by the fill
+}
+
+TEST(Canvas, ArcsSweepThroughIncreasingAngles) {
+    struct Case {
+        const char* what;
+        double start, end;
+        std::vector<double> inkedAt, clearAt;  // angles probed on the arc's radius
+    };
+    const double q = M_PI / 2;
+    const Case cases[] = {
+        {"first quarter, +x towards +y (down)", 0, q, {q / 2}, {-q / 2, 2 * q, 3 * q}},
+        {"end before start wraps forward", 3 * q, 0, {3.5 * q}, {q / 2, 1.5 * q, 2.5 * q}},
+        {"more than a turn is a whole turn", 0, 4 * M_PI + q, {0.5, q / 2, 1.5 * q, 2.5 * q, 3.5 * q}, {}},
+        {"a million turns stay quick", 0.3, 2e6 * M_PI + 0.3, {0.5, 1.5 * q, 2.5 * q, 3.5 * q}, {}},
+        {"far-out angles", 1e9 * M_PI, 1e9 * M_PI + q, {q / 2}, {2.5 * q}},
+        {"equal angles draw nothing", q, q, {}, {q / 2, 1.5 * q, 2.5 * q, 3.5 * q}},
+        {"non-finite end draws nothing", 0, kInf, {}, {q / 2, 2.5 * q}},
+    };
+    const Point centre{50, 50};
+    const double radius = 30;
+    for (const auto& c : cases) {
+        Canvas canvas({100, 100}, 2, fonts());
+        canvas.setLineWidth(4);
+        canvas.addArc(centre, radius, c.start, c.end);
+        canvas.strokePath();
+        ImagePtr image = canvas.makeImage();
+        auto at = [&](double angle, double r) {
+            return Point{centre.x + r * std::cos(angle), centre.y + r * std::sin(angle)};
+        };
+        for (double a : c.inkedAt) {
+            EXPECT_TRUE(inked(*image, at(a, radius))) << c.what << " at " << a;
+            EXPECT_FALSE(inked(*image, at(a, radius + 4))) << c.what << " outside at " << a;
+            EXPECT_FALSE(inked(*image, at(a, radius - 4))) << c.what << " inside at " << a;
+        }
+        for (double a : c.clearAt) EXPECT_FALSE(inked(*image, at(a, radius))) << c.what << " at " << a;
+    }
+}
+
+TEST(Canvas, LineCapsExtendTheEnds) {
+    struct Case {
+        LineCap cap;
+        bool beyondEnd, beyondCorner;
+    };
+    // A 10-point line ending at x = 20: 3 points beyond its end on its axis,
+    // and diagonally 4 points out, where only a square cap reaches.
+    const Case cases[] = {
+        {LineCap::Butt, false, false}, {LineCap::Round, true, false}, {LineCap::Square, true, true}};
+    for (const auto& c : cases) {
+        Canvas canvas({100, 100}, 2, fonts());
+        canvas.setLineWidth(10);
+        canvas.setLineCap(c.cap);
+        canvas.moveTo({20, 50});
+        canvas.addLineTo({80, 50});
+        canvas.strokePath();
+        ImagePtr image = canvas.makeImage();
+        EXPECT_TRUE(inked(*image, {50, 52}));
+        EXPECT_EQ(inked(*image, {17, 50}), c.beyondEnd) << static_cast<int>(c.cap);
+        EXPECT_EQ(inked(*image, {16, 46}), c.beyondCorner) << static_cast<int>(c.cap);
+    }
+}
+
+// A filled 40-point square at (30, 30) with the given shadow.
+ImagePtr squareWithShadow(const std::function<void(Canvas&)>& setShadow, double scale = 2) {
+    Canvas canvas({100, 100}, scale, fonts());
+    setShadow(canvas);
+    canvas.setFillColour(Colour::whiteColor());
+    canvas.moveTo({30, 30});
+    canvas.addLineTo({70, 30});
+    canvas.addLineTo({70, 70});
+    canvas.addLineTo({30, 70});
+    canvas.closePath();
+    canvas.fillPath();
+    return canvas.makeImage();
+}
+
+TEST(Canvas, ShadowFallsBelowForPositiveHeightAsABlurredGaussian) {
+    const double blur = 6, sigma = blur / 2;
+    for (double scale : {1.0, 3.0}) {
+        ImagePtr image = squareWithShadow([&](Canvas& c) { c.setShadow({0, 10}, blur); }, scale);
+        // The shadow's edge lies at y = 80: along x = 50 its alpha follows the
+        // normal tail, reaching 1/3 of it, black, deep under the edge.
+        for (double dy : {-2 * sigma, -sigma, 0.0, sigma, 2 * sigma}) {
+            double centre = dy + 0.5 / scale;  // of the pixel probed
+            Rgba p = image->pixelAt({50, 80 + centre});
+            EXPECT_NEAR(p.a, normalTail(centre / sigma) / 3, 0.01) << "scale " << scale << " dy " << dy;
+            if (p.a > 0.02) EXPECT_LT(p.r, 0.05);
+        }
+        EXPECT_EQ(image->pixelAt({50, 25}).a, 0) << "nothing above the square";
+        EXPECT_EQ(image->pixelAt({50, 50}), (Rgba{1, 1, 1, 1})) << "the shape covers its own shadow";
+    }
+}
+
+TEST(Canvas, ShadowFallsOffSmoothly) {
+    ImagePtr image = squareWithShadow([](Canvas& c) { c.setShadow({0, 0}, 12); }, 3);
+    // Every pixel step out from the edge lowers alpha a little: no bands, no cliff.
+    double previous = image->pixelAt({70.2, 50}).a;
+    int levels = 0;
+    for (double x = 70 + 1 / 3.0 + 0.1; x < 88; x += 1 / 3.0) {
+        double a = image->pixelAt({x, 50}).a;
+        EXPECT_LE(a, previous + 1e-9) << x;
+        EXPECT_LT(previous - a, 0.03) << x;
+        if (a < previous) ++levels;
+        previous = a;
+    }
+    EXPECT_GT(levels, 20);
+}
+
+TEST(Canvas, ShadowsTakeTheirColourAndCanBeSwitchedOff) {
+    struct Case {
+        const char* what;
+        std::function<void(Canvas&)> set;
+        double alpha;  // under the edge at y = 75, 5 points below a 10-point offset
+        bool reddish;
+    };
+    const Case cases[] = {
+        {"plain", [](Canvas& c) { c.setShadow({0, 10}, 0); }, 1.0 / 3, false},
+        {"coloured",
+         [](Canvas& c) { c.setShadowWithColour({0, 10}, 0, Colour::systemRedColor().colorWithAlphaComponent(0.5)); },
+         0.5, true},
+        {"off", [](Canvas& c) { c.setShadow({0, 10}, 4), c.setNoShadow(); }, 0, false},
+        {"clear colour", [](Canvas& c) { c.setShadowWithColour({0, 10}, 4, Colour::clearColor()); }, 0, false},
+        {"non-finite", [](Canvas& c) { c.setShadow({kNaN, 10}, 4); }, 0, false},
+    };
+    for (const auto& c : cases) {
+        Rgba p = squareWithShadow(c.set)->pixelAt({50, 75});
+        EXPECT_NEAR(p.a, c.alpha, 0.01) << c.what;
+        if (c.reddish) EXPECT_GT(p.r, p.g + 0.5) << c.what;
+    }
+}
+
+TEST(Canvas, SavedStateRestoresShadowWidthAndColours) {
+    Canvas canvas({100, 100}, 2, fonts());
+    canvas.setShadow({0, 8}, 0);
+    canvas.setLineWidth(6);
+    canvas.setStrokeColour(Colour::systemRedColor());
+    {
+        auto saved = canvas.saveGState();
+        canvas.setNoShadow();
+        canvas.setLineWidth(1);
+        canvas.setStrokeColour(Colour::systemGreenColor());
+        canvas.moveTo({10, 20});
+        canvas.addLineTo({40, 20});
+        canvas.strokePath();
+    }
+    canvas.moveTo({60, 20});
+    canvas.addLineTo({90, 20});
+    canvas.strokePath();
+    ImagePtr image = canvas.makeImage();
+    EXPECT_EQ(image->pixelAt({25, 28}).a, 0) << "no shadow inside the saved state";
+    EXPECT_FALSE(inked(*image, {25, 22})) << "thin line inside the saved state";
+    EXPECT_GT(image->pixelAt({75, 28}).a, 0.3) << "shadow back after it";
+    EXPECT_TRUE(inked(*image, {75, 22})) << "width back after it";
+    Rgba after = image->pixelAt({75, 20});
+    EXPECT_GT(after.r, after.g + 0.5) << "stroke colour back after it";
+}
+
+TEST(Canvas, TextIsMeasuredAndDrawnFromItsTopLeft) {
+    const TextAttributes attributes{Font::systemFontOfSize(20, FontWeight::Bold), Colour::blackColor()};
+    Canvas canvas({200, 100}, 3, fonts());
+    Size one = canvas.sizeWithAttributes("Sleep", attributes);
+    Size two = canvas.sizeWithAttributes("SleepSleep", attributes);
+    EXPECT_NEAR(two.width, 2 * one.width, 0.5);
+    EXPECT_EQ(one.height, two.height) << "the font's line, not the ink";
+    EXPECT_GT(one.height, 20);
+    EXPECT_LT(one.height, 30);
+    EXPECT_EQ(canvas.sizeWithAttributes("", attributes).width, 0);
+    // The same run measures alike at another scale.
+    Canvas small({200, 100}, 1, fonts());
+    EXPECT_NEAR(small.sizeWithAttributes("Sleep", attributes).width, one.width, 0.5);
+
+    canvas.drawAtPoint("HHHH", {50, 40}, {attributes.font, Colour::blackColor(), Colour::systemGreenColor()});
+    ImagePtr image = canvas.makeImage();
+    Size run = small.sizeWithAttributes("HHHH", attributes);
+    EXPECT_EQ(image->pixelAt({49, 39}).a, 0);
+    EXPECT_EQ(image->pixelAt({50.5, 40.5}).a, 1) << "background fills the run from the point";
+    EXPECT_EQ(image->pixelAt({50 + run.width + 1, 40 + run.height / 2}).a, 0);
+    EXPECT_EQ(image->pixelAt({50, 40 + run.height + 1}).a, 0);
+}
+
+TEST(Canvas, SymbolsAndEmojiHaveGlyphs) {
+    const char* runs[] = {"☾", "★", "♥", "Z", "R", "7", "⑦", "°", "↗", "↘", "⭒", "😴", "💤", "❤️", "O₂ 98%"};
+    for (const char* run : runs) {
+        for (FontWeight weight : {FontWeight::Regular, FontWeight::Heavy}) {
+            auto layout = fonts().layoutInPixels(Font::systemFontOfSize(16, weight), 3);
+            pango_layout_set_text(layout.get(), run, -1);
+            EXPECT_EQ(pango_layout_get_unknown_glyphs_count(layout.get()), 0) << run;
+        }
+        Canvas canvas({60, 30}, 3, fonts());
+        canvas.drawAtPoint(run, {2, 2}, {Font::systemFontOfSize(16), Colour::blackColor()});
+        ImagePtr image = canvas.makeImage();
+        int ink = 0;
+        for (double y = 0; y < 30; y += 1 / 3.0) {
+            for (double x = 0; x < 60; x += 1 / 3.0) ink += image->pixelAt({x, y}).a > 0.5;
+        }
+        EXPECT_GT(ink, 20) << run << " draws something";
+    }
+}
+
+TEST(Canvas, ImagesFillTheirRectangleSharply) {
+    // A 1-pixel checkerboard at scale 3, drawn 1:1, must come out unchanged.
+    Canvas art({10, 10}, 3, fonts());
+    art.setFillColour(Colour::blackColor());
+    for (int y = 0; y < 30; ++y) {
+        for (int x = y % 2; x < 30; x += 2) {
+            double px = x / 3.0, py = y / 3.0, side = 1 / 3.0;
+            art.moveTo({px, py});
+            art.addLineTo({px + side, py});
+            art.addLineTo({px + side, py + side});
+            art.addLineTo({px, py + side});
+            art.closePath();
+        }
+    }
+    art.fillPath();
+    ImagePtr checker = art.makeImage();
+
+    Canvas canvas({40, 40}, 3, fonts());
+    canvas.drawImage(nullptr, {0, 0, 40, 40});
+    canvas.drawImage(checker, {10, 20, 10, 10});
+    canvas.drawImage(checker, {30, 30, kNaN, 5});
+    ImagePtr image = canvas.makeImage();
+    EXPECT_EQ(image->pixelAt({5, 5}).a, 0);
+    EXPECT_EQ(image->pixelAt({35, 35}).a, 0);
+    for (double y = 0.1; y < 10; y += 1 / 3.0) {
+        for (double x = 0.1; x < 10; x += 1 / 3.0) {
+            ASSERT_EQ(image->pixelAt({10 + x, 20 + y}), checker->pixelAt({x, y})) << x << "," << y;
+        }
+    }
+}
+
+TEST(Canvas, HostileNumbersFinishWithAPicture) {
+    struct Case {
+        const char* what;
+        std::function<void(Canvas&)> draw;
+    };
+    const double big = 1e300;
+    const Case cases[] = {
+        {"NaN arc", [](Canvas& c) { c.addArc({kNaN, 5}, 10, 0, 1), c.addArc({5, 5}, kNaN, 0, 1), c.strokePath(); }},
+        {"huge radius", [&](Canvas& c) { c.addArc({50, 50}, big, 0, 6), c.strokePath(); }},
+        {"huge centre", [&](Canvas& c) { c.addArc({big, -big}, 1e8, 0, 6), c.fillPath(); }},
+        {"negative radius", [](Canvas& c) { c.addArc({50, 50}, -10, 0, 6), c.strokePath(); }},
+        {"huge angles", [&](Canvas& c) { c.addArc({50, 50}, 10, -big, big), c.strokePath(); }},
+        {"infinite line", [](Canvas& c) { c.moveTo({0, 0}), c.addLineTo({kInf, 5}), c.addLineTo({50, 50}), c.strokePath(); }},
+        {"huge line", [&](Canvas& c) { c.moveTo({-big, 0}), c.addLineTo({big, 50}), c.addLineTo({0, big}), c.fillPath(); }},
+        {"huge width", [&](Canvas& c) { c.setLineWidth(big), c.setLineCap(LineCap::Round), c.moveTo({1, 1}), c.addLineTo({2, 2}), c.strokePath(); }},
+        {"NaN width", [](Canvas& c) { c.setLineWidth(kNaN), c.setLineWidth(-3), c.moveTo({1, 1}), c.addLineTo({2, 2}), c.strokePath(); }},
+        {"huge shadow", [&](Canvas& c) { c.setShadow({big, -big}, big), c.addArc({50, 50}, 10, 0, 6), c.fillPath(); }},
+        {"huge blur", [&](Canvas& c) { c.setShadow({0, 0}, 1e7), c.addArc({50, 50}, 10, 0, 6), c.fillPath(); }},
+        {"image rectangles", [](Canvas& c) {
+             ImagePtr dot = Canvas({1, 1}, 1, fonts()).makeImage();
+             for (Rect r : {Rect{kNaN, 0, 5, 5}, Rect{0, 0, kInf, 5}, Rect{0, 0, -1e300, 1e300}, Rect{1e300, 0, 1, 1}})
+                 c.drawImage(dot, r);
+         }},
+        {"text", [&](Canvas& c) {
+             c.setShadow({1, 1}, 3);
+             TextAttributes huge{Font::systemFontOfSize(big), Colour::blackColor()};
+             c.drawAtPoint("big", {0, 0}, huge);
+             (void)c.sizeWithAttributes("big", huge);
+             TextAttributes odd{Font::systemFontOfSize(kNaN), Colour::blackColor()};
+             c.drawAtPoint("\xff\xfe bad \0 bytes", {kNaN, 0}, odd);
+             c.drawAtPoint(std::string(1 << 20, 'x'), {-big, big}, {Font::systemFontOfSize(-4)});
+         }},
+        {"unbalanced path ops", [](Canvas& c) { c.closePath(), c.strokePath(), c.fillPath(), c.addLineTo({3, 3}), c.fillPath(); }},
+    };
+    for (const auto& c : cases) {
+        for (double scale : {1.0, 3.0}) {
+            Canvas canvas({100, 100}, scale, fonts());
+            c.draw(canvas);
+            ImagePtr image = canvas.makeImage();
+            ASSERT_TRUE(image) << c.what;
+            EXPECT_EQ(image->pixelWidth(), static_cast<int>(100 * scale)) << c.what;
+        }
+    }
+}
+
+TEST(Image, CreateRefusesSizesItCannotHold) {
+    struct Case {
+        Size points;
+        double scale;
+        bool made;
+    };
+    const Case cases[] = {{{10, 10}, 3, true}, {{0, 0}, 3, true},   {{kNaN, 1}, 1, false},
+                          {{1, 1}, kInf, false}, {{-1, 1}, 1, false}, {{1e6, 1e6}, 1, false}};
+    for (const auto& c : cases) EXPECT_EQ(Image::create(c.points, c.scale) != nullptr, c.made) << c.points.width;
+}
+
+TEST(Blur, BothMethodsApproachTheGaussian) {
+    struct Method {
+        const char* name;
+        void (*blur)(AlphaBitmap, double);
+        double smallestSigma, tolerance;
+    };
+    // Three boxes are used from sigma 2 on and come within 1.5% of the Gaussian.
+    const Method methods[] = {{"boxes", &boxBlurAlpha, 2, 0.015},
+                              {"gaussian", &gaussianBlurAlpha, 0, 0.005},
+                              {"chosen", &blurAlpha, 0, 0.015}};
+    // A half-plane edge blurred: alpha at distance d from it is the normal tail at d / sigma.
+    for (double sigma : {0.8, 2.0, 4.5, 7.5, 20.0}) {
+        for (const Method& method : methods) {
+            if (sigma < method.smallestSigma) continue;
+            int reach = static_cast<int>(std::ceil(3 * sigma));
+            int width = 4 * reach + 2, height = 2 * reach + 1;
+            std::vector<unsigned char> pixels(static_cast<size_t>(width) * height, 0);
+            for (int y = 0; y < height; ++y)
+                for (int x = 0; x < width / 2; ++x) pixels[y * width + x] = 255;
+            method.blur({pixels.data(), width, height, width}, sigma);
+            for (int x = width / 2 - reach; x < width / 2 + reach; ++x) {  // the ends see the missing border
+                double d = x + 0.5 - width / 2.0;
+                EXPECT_NEAR(pixels[reach * width + x] / 255.0, normalTail(d / sigma), method.tolerance)
+                    << method.name << " sigma " << sigma << " x " << x;
+            }
+        }
+    }
+}
+
+}  // namespace
