@@ -1,11 +1,13 @@
 #include "Arguments.h"
 
 #include "IsoDate.h"
+#include "platform/Canvas.h"
 
 #include <nlohmann/json.hpp>
 
 #include <charconv>
 #include <cmath>
+#include <sstream>
 
 namespace velmorant::cli {
 namespace {
@@ -91,6 +93,42 @@ CallArgs readArguments(const Operation& operation, const std::vector<std::string
         values.push_back(readOne(operation.params[i], args[i], platform,
                                  "argument " + std::to_string(i + 1) + " of " + name));
     return CallArgs(std::move(values));
+}
+
+namespace {
+
+std::string shortNumber(double v) {
+    std::ostringstream text;
+    text << v;
+    return text.str();
+}
+
+double numberWithin(const std::string& option, const std::string& text, double min, double max, const char* unit) {
+    double v = 0;
+    auto [end, ec] = std::from_chars(text.data(), text.data() + text.size(), v);
+    if (ec != std::errc() || end != text.data() + text.size() || !(v >= min && v <= max))
+        throw UsageError(option + " must be a number from " + shortNumber(min) + " to " + shortNumber(max) + " (" +
+                         unit + "), not \"" + text + "\"");
+    return v;
+}
+
+}  // namespace
+
+double readWidth(const std::string& text) {
+    return numberWithin("--width", text, PictureBounds::kMinWidth, PictureBounds::kMaxWidth, "points");
+}
+
+double readScale(const std::string& text) {
+    return numberWithin("--scale", text, PictureBounds::kMinScale, PictureBounds::kMaxScale, "pixels per point");
+}
+
+void checkPictureSize(double width, double scale) {
+    constexpr int kMax = platform::Canvas::kMaxPixels;
+    const double pixels = std::ceil(width * scale);
+    if (pixels > kMax)
+        throw UsageError("--width " + shortNumber(width) + " at --scale " + shortNumber(scale) + " makes a card " +
+                         shortNumber(pixels) + " pixels wide; a picture can be at most " + std::to_string(kMax) +
+                         " pixels wide (width x scale), so lower --width or --scale");
 }
 
 }  // namespace velmorant::cli

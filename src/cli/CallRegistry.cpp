@@ -49,13 +49,16 @@ const Operation* CallRegistry::find(std::string_view className, std::string_view
     for (auto it = begin; it != end; ++it)
         if (withoutTrailingColon(it->second.selector) == wanted) return &it->second;
     // The C++ name (the selector's first part) is enough when it is unambiguous.
-    const Operation* only = nullptr;
-    for (auto it = begin; it != end; ++it) {
-        if (firstPart(it->second.selector) != wanted) continue;
-        if (only) return nullptr;
-        only = &it->second;
-    }
-    return only;
+    auto named = candidates(className, selector);
+    return named.size() == 1 ? named.front() : nullptr;
+}
+
+std::vector<const Operation*> CallRegistry::candidates(std::string_view className, std::string_view selector) const {
+    std::vector<const Operation*> out;
+    std::string_view wanted = withoutTrailingColon(selector);
+    for (const Operation* op : operationsOf(className))
+        if (firstPart(op->selector) == wanted) out.push_back(op);
+    return out;
 }
 
 std::vector<const Operation*> CallRegistry::operationsOf(std::string_view className) const {

@@ -66,6 +66,9 @@ public:
     // Finds "Class.selector"; the trailing colon may be left out, and a
     // selector's first part alone is enough when only one operation has it.
     const Operation* find(std::string_view className, std::string_view selector) const;
+    // The operations a selector's first part names, sorted; more than one
+    // means the name is ambiguous and find() gives none.
+    std::vector<const Operation*> candidates(std::string_view className, std::string_view selector) const;
     std::vector<const Operation*> operationsOf(std::string_view className) const;
     std::vector<std::string> classNames() const;
 
@@ -79,5 +82,6 @@ void registerPalletCalls(CallRegistry& registry);
 void registerGroupMetricsCalls(CallRegistry& registry);
 void registerSleepMetricsUICalls(CallRegistry& registry);
 void registerHandleLightsOffCalls(CallRegistry& registry);
+void registerWatchMetricsCalls(CallRegistry& registry);
 
 }  // namespace velmorant::cli

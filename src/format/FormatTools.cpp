@@ -208,7 +208,10 @@ std::string FormatTools::formatTemplate(std::string_view dateTemplate, Date date
 long FormatTools::nightHour() {
     platform::Value value = platform_.standardUserDefaults()->objectForKey("nightHour11");
     if (value.isNone()) return kDefaultNightHour;
-    return static_cast<long>(value.integerValue());
+    const long hour = static_cast<long>(value.integerValue());
+    // 24:00 is the midnight hour 0 names. Read as hour 24 of the day before,
+    // it would start the night a day late at the end of a 25-hour day.
+    return hour == 24 ? 0 : hour;
 }
 
 Date FormatTools::withDayFields(platform::Calendar& calendar, Date date,

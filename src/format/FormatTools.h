@@ -25,7 +25,7 @@ namespace velmorant {
 //
 // Everything takes the locale, time zone and clock of the Platform it was
 // made with; the night hour is the standard preference "nightHour11" (21 when
-// absent).
+// absent; 24 is midnight, read as 0).
 //
 // Where the locale data would not give the texts the app has always shown:
 // - Clock texts have a plain space before AM/PM ("10:10 PM"), never the

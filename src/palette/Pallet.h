@@ -1,7 +1,7 @@
 #pragma once
 
-#include "palette/Controls.h"
 #include "platform/Colour.h"
+#include "platform/Controls.h"
 #include "platform/Platform.h"
 #include "platform/Value.h"
 #include "platform/View.h"
@@ -159,8 +159,8 @@ public:
     void applyTitleBackgroundToView(platform::View& view) const;
     void applyLowerTitleBackgroundToView(platform::View& view) const;
     void applyLowerTitleBackgroundToChildView(platform::View& view) const;
-    void applyTintToSegmentedControl(SegmentedControl& control) const;
-    void applyTintToStepperControl(Stepper& stepper) const;
+    void applyTintToSegmentedControl(platform::SegmentedControl& control) const;
+    void applyTintToStepperControl(platform::Stepper& stepper) const;
     platform::Colour innerShadeForType(float type) const;
 
 private:

@@ -5,6 +5,9 @@
 namespace velmorant {
 
 using platform::Colour;
+using platform::ControlState;
+using platform::SegmentedControl;
+using platform::Stepper;
 
 namespace {
 constexpr const char* kGradientLayerName = "gradient";
@@ -48,7 +51,7 @@ void Pallet::applyLowerTitleBackgroundToChildView(platform::View& view) const {
 }
 
 void Pallet::applyTintToSegmentedControl(SegmentedControl& control) const {
-    const TextAttributes titles{tintColour()};
+    const SegmentedControl::TextAttributes titles{tintColour()};
     control.setTitleTextAttributes(titles, ControlState::Selected);
     control.setTitleTextAttributes(titles, ControlState::Normal);
     control.selectedSegmentTintColor = darkTheme_ ? darkModeSelectedTint() : Colour::whiteColor();

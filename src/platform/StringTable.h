@@ -7,6 +7,7 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <vector>
 
 namespace velmorant::platform {
 
@@ -18,7 +19,8 @@ public:
 
     // Loads the tables of the best language for the locale (de_DE -> de_DE.lproj,
     // then de.lproj); a locale without tables leaves the English keys.
-    // A table file that cannot be read is reported and left out.
+    // A table file that cannot be read is reported and left out; so is each
+    // entry that parse() leaves out, with its file and line.
     static StringTable load(const std::filesystem::path& stringsDir, std::string_view localeId,
                             Diagnostics& diagnostics);
 
@@ -29,9 +31,11 @@ public:
                                       std::string_view table = "") const;
 
     // Parses the contents of one .strings file; on a syntax error returns none
-    // and says where.
-    static std::optional<std::map<std::string, std::string, std::less<>>> parse(std::string_view text,
-                                                                              std::string* error);
+    // and says where. An entry whose text cannot be read exactly (an escape that
+    // is not a character, bytes that are not UTF-8) is left out, so its key shows
+    // the English text, and `problems` gets one "line N: ..." note for it.
+    static std::optional<std::map<std::string, std::string, std::less<>>> parse(
+        std::string_view text, std::string* error, std::vector<std::string>* problems = nullptr);
 
 private:
     std::map<std::string, std::map<std::string, std::string, std::less<>>, std::less<>> tables_;

@@ -4,6 +4,9 @@
 
 #include <unicode/brkiter.h>
 #include <unicode/unistr.h>
+#include <unicode/utf8.h>
+
+#include <cstdint>
 
 #include <memory>
 
@@ -19,6 +22,17 @@ std::string capitalizedString(std::string_view text) {
     icu::UnicodeString s = fromUtf8(text);
     if (U_FAILURE(status)) return toUtf8(s.toTitle(nullptr, icu::Locale::getRoot()));
     return toUtf8(s.toTitle(words.get(), icu::Locale::getRoot()));
+}
+
+bool isValidUtf8(std::string_view text) {
+    const auto* bytes = reinterpret_cast<const std::uint8_t*>(text.data());
+    const auto length = static_cast<std::int32_t>(text.size());
+    for (std::int32_t i = 0; i < length;) {
+        UChar32 c;
+        U8_NEXT(bytes, i, length, c);
+        if (c < 0) return false;
+    }
+    return true;
 }
 
 std::string stringByReplacing(std::string_view text, std::string_view target, std::string_view replacement) {

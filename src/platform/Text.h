@@ -11,6 +11,9 @@ std::string lowercaseString(std::string_view text);
 // Each word's first letter upper-cased, the rest lower-cased: "time until bed" -> "Time Until Bed".
 std::string capitalizedString(std::string_view text);
 
+// True when `text` is well-formed UTF-8 (no stray, overlong or surrogate sequences).
+bool isValidUtf8(std::string_view text);
+
 // Every occurrence of `target` replaced by `replacement`.
 std::string stringByReplacing(std::string_view text, std::string_view target, std::string_view replacement);
 

@@ -65,6 +65,10 @@ public:
     Value(float f) : v_(Real{f, true}) {}
     Value(double d) : v_(Real{d, false}) {}
     Value(const char* s) : v_(std::string(s)) {}
+    // Any other pointer would quietly become a boolean; dereference it instead.
+    template <typename T>
+    Value(const T*) = delete;
+    Value(std::nullptr_t) = delete;
     Value(std::string s) : v_(std::move(s)) {}
     Value(std::string_view s) : v_(std::string(s)) {}
     Value(platform::Date d) : v_(d) {}

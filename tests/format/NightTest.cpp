@@ -88,6 +88,34 @@ TEST(Night, FromDateForSeedGivesTheStartOfThatNight) {
     }
 }
 
+// An hour of 24 is the midnight that ends the day: the night then begins
+// exactly when it does with hour 0, at every time of day and across clock changes.
+TEST(Night, HourTwentyFourIsMidnightLikeHourZero) {
+    const struct { const char* zone; platform::Date now, nowDate, seedZeroStart; } cases[] = {
+        {kNY, localDate(kNY, 2024, 3, 5, 10), localDate(kNY, 2024, 3, 5, 12), localDate(kNY, 2024, 3, 5, 0)},
+        {kNY, localDate(kNY, 2024, 3, 5, 0, 30), localDate(kNY, 2024, 3, 5, 12), localDate(kNY, 2024, 3, 5, 0)},
+        {kNY, localDate(kNY, 2024, 3, 5, 23, 59), localDate(kNY, 2024, 3, 5, 12), localDate(kNY, 2024, 3, 5, 0)},
+        {kNY, localDate(kNY, 2024, 3, 10, 10), localDate(kNY, 2024, 3, 10, 13), localDate(kNY, 2024, 3, 10, 0)},
+        {kNY, localDate(kNY, 2024, 11, 3, 10), localDate(kNY, 2024, 11, 3, 11), localDate(kNY, 2024, 11, 3, 0)},
+        {kLondon, localDate(kLondon, 2024, 3, 31, 0, 30), localDate(kLondon, 2024, 3, 31, 13),
+         localDate(kLondon, 2024, 3, 31, 0)},
+        {kLondon, localDate(kLondon, 2024, 10, 27, 23), localDate(kLondon, 2024, 10, 27, 11),
+         localDate(kLondon, 2024, 10, 27, 0)},
+    };
+    for (const auto& c : cases) {
+        Fixture midnight({.zone = c.zone, .now = c.now, .nightHour = 24});
+        Fixture zero({.zone = c.zone, .now = c.now, .nightHour = 0});
+        FormatTools& t = *midnight.tools;
+        SCOPED_TRACE(std::string(c.zone) + " " + t.CSVDate(c.now));
+        EXPECT_EQ(t.nowDate(), c.nowDate) << t.CSVDate(t.nowDate());
+        EXPECT_EQ(t.fromDateForSeed(0), c.seedZeroStart) << t.CSVDate(t.fromDateForSeed(0));
+        EXPECT_EQ(t.nowDate(), zero.tools->nowDate());
+        for (long seed : {-2L, -1L, 0L, 1L})
+            EXPECT_EQ(t.fromDateForSeed(seed), zero.tools->fromDateForSeed(seed)) << "seed " << seed;
+        EXPECT_EQ(t.seedForDate(c.now), 0);
+    }
+}
+
 TEST(Night, DaylightSavingDays) {
     const struct { const char* zone; platform::Date date; long kind, hour, hourBefore; } cases[] = {
         {kNY, localDate(kNY, 2024, 3, 10, 23), -1, 2, 1},

@@ -9,6 +9,9 @@ using palette_test::expectHsb;
 using palette_test::Hsb;
 using palette_test::makePlatform;
 using platform::Colour;
+using platform::ControlState;
+using platform::SegmentedControl;
+using platform::Stepper;
 using platform::View;
 
 TEST(PalletStyling, GradientIsReplacedNotStacked) {

@@ -4,10 +4,23 @@
 
 #include <cmath>
 #include <limits>
+#include <type_traits>
 
 using namespace velmorant::platform;
 
 namespace {
+
+// Texts build values; other pointers must not compile (they used to turn into `true`).
+static_assert(std::is_constructible_v<Value, const char*>);
+static_assert(std::is_constructible_v<Value, char*>);
+static_assert(std::is_constructible_v<Value, const char (&)[3]>);
+static_assert(!std::is_constructible_v<Value, const std::string*>);
+static_assert(!std::is_constructible_v<Value, std::string*>);
+static_assert(!std::is_constructible_v<Value, const Value*>);
+static_assert(!std::is_constructible_v<Value, const Dictionary*>);
+static_assert(!std::is_constructible_v<Value, const int*>);
+static_assert(!std::is_constructible_v<Value, std::nullptr_t>);
+static_assert(!std::is_convertible_v<const std::string*, Value>);
 
 struct Reading {
     const char* name;

@@ -1,26 +1,26 @@
 #pragma once
 
-#include "platform/Colour.h"
-#include "platform/Value.h"
+#include "Colour.h"
+#include "Value.h"
 
 #include <map>
 #include <optional>
 
-namespace velmorant {
+namespace velmorant::platform {
 
 // The control states that can be styled separately.
 enum class ControlState { Normal, Highlighted, Disabled, Selected };
 
-// A control title's text attributes; the palette only ever sets the colour.
-struct TextAttributes {
-    std::optional<platform::Colour> foregroundColor;
-    bool operator==(const TextAttributes&) const = default;
-};
-
 // The parts of a segmented control that the palette styles.
 struct SegmentedControl {
+    // A title's text attributes; the palette only ever sets the colour.
+    struct TextAttributes {
+        std::optional<Colour> foregroundColor;
+        bool operator==(const TextAttributes&) const = default;
+    };
+
     std::map<ControlState, TextAttributes> titleTextAttributes;
-    std::optional<platform::Colour> selectedSegmentTintColor;
+    std::optional<Colour> selectedSegmentTintColor;
 
     void setTitleTextAttributes(TextAttributes attributes, ControlState state) {
         titleTextAttributes[state] = std::move(attributes);
@@ -37,32 +37,28 @@ struct SegmentedControl {
 // the palette sets the images it finds again.
 struct Stepper {
     struct StateImage {
-        platform::ImagePtr image;
+        ImagePtr image;
         bool tinted = false;
     };
     std::map<ControlState, StateImage> decrementImages;
     std::map<ControlState, StateImage> incrementImages;
-    std::optional<platform::Colour> tintColor;
+    std::optional<Colour> tintColor;
 
-    platform::ImagePtr decrementImageForState(ControlState state) const { return imageIn(decrementImages, state); }
-    platform::ImagePtr incrementImageForState(ControlState state) const { return imageIn(incrementImages, state); }
+    ImagePtr decrementImageForState(ControlState state) const { return imageIn(decrementImages, state); }
+    ImagePtr incrementImageForState(ControlState state) const { return imageIn(incrementImages, state); }
     // Setting none goes back to the control's own artwork.
-    void setDecrementImage(platform::ImagePtr image, ControlState state) {
-        put(decrementImages, std::move(image), state);
-    }
-    void setIncrementImage(platform::ImagePtr image, ControlState state) {
-        put(incrementImages, std::move(image), state);
-    }
+    void setDecrementImage(ImagePtr image, ControlState state) { put(decrementImages, std::move(image), state); }
+    void setIncrementImage(ImagePtr image, ControlState state) { put(incrementImages, std::move(image), state); }
 
 private:
-    static platform::ImagePtr imageIn(const std::map<ControlState, StateImage>& images, ControlState state) {
+    static ImagePtr imageIn(const std::map<ControlState, StateImage>& images, ControlState state) {
         auto it = images.find(state);
         return it == images.end() ? nullptr : it->second.image;
     }
-    static void put(std::map<ControlState, StateImage>& images, platform::ImagePtr image, ControlState state) {
+    static void put(std::map<ControlState, StateImage>& images, ImagePtr image, ControlState state) {
         if (image) images[state] = {std::move(image), true};
         else images.erase(state);
     }
 };
 
-}  // namespace velmorant
+}  // namespace velmorant::platform
