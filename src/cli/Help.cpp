@@ -21,7 +21,7 @@ Options for every command:
   --tz ZONE        IANA time zone, e.g. Europe/London (default: the system's)
   --locale ID      ICU locale id, e.g. en_US, de_DE (default: from LC_ALL/LC_MESSAGES/LANG,
                    else en_US)
-  --scale N        pixels per point of drawn images (default 3)
+  --scale N        pixels per point of drawn images, 1 to 16 (default 3)
   --help           this text; `velmorant-snippet COMMAND --help` for one command
 
 Examples:
@@ -42,7 +42,8 @@ INTENT is one of LightsOffIntent, TimeAsleepIntent, ReadinessIntent, WristTempIn
 SleepFuelIntent, SleepSpO2Intent, RespirationIntent, LatestBedtimeIntent, SleepRingsIntent;
 any other name is an intent this extension does not know (it shows "I am so confused.").
 
-  --width W      the host's maximum snippet width in points (default 390)
+  --width W      the host's maximum snippet width in points, 300 to 600 (default 390);
+                 W x --scale may be at most 8192 pixels (so at most 512 at scale 16)
   --png FILE     also draw the card as a PNG picture
   --images DIR   write every image of the record as DIR/VIEW.png (named in the JSON as "file")
 )";
@@ -51,7 +52,7 @@ constexpr std::string_view kCall = R"(Usage: velmorant-snippet call CLASS.OPERAT
 
 Calls one public operation on a fresh object and prints the result as one JSON value.
 The operation is named by its selector, the trailing colon optional, or by the selector's
-first part when that is unambiguous:
+first part when only one operation has it (otherwise the error lists the candidates):
   velmorant-snippet call FormatTools.dateForDate:withHour:withMin: 2024-03-05T10:00:00 7 30
   velmorant-snippet call Pallet.colourForBatteryChargePercent 0.9999
 

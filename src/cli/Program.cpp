@@ -81,15 +81,6 @@ std::optional<std::string> option(const CommandLine& line, const std::string& na
     return it->second;
 }
 
-double positiveNumber(const std::string& name, const std::string& text, double max) {
-    double v = 0;
-    auto [end, ec] = std::from_chars(text.data(), text.data() + text.size(), v);
-    if (ec != std::errc() || end != text.data() + text.size() || !(v > 0) || v > max)
-        throw UsageError(name + " must be a number above 0 and at most " + std::to_string(static_cast<int>(max)) +
-                         ", not \"" + text + "\"");
-    return v;
-}
-
 // The user's locale from the environment, as the C library names it (de_DE.UTF-8).
 std::string environmentLocale() {
     for (const char* name : {"LC_ALL", "LC_MESSAGES", "LANG"}) {
@@ -114,7 +105,7 @@ platform::PlatformOptions platformOptions(const CommandLine& line, bool createPr
     platform::PlatformOptions options;
     options.timeZoneId = option(line, "--tz").value_or("");
     options.localeId = option(line, "--locale").value_or(environmentLocale());
-    if (auto scale = option(line, "--scale")) options.scale = positiveNumber("--scale", *scale, 16);
+    if (auto scale = option(line, "--scale")) options.scale = readScale(*scale);
     if (auto prefs = option(line, "--prefs")) {
         fs::path dir(*prefs);
         if (createPrefs) {
@@ -183,6 +174,11 @@ int runCall(const CommandLine& line, std::ostream& out) {
     if (dot == std::string::npos) throw UsageError("call needs CLASS.OPERATION, not \"" + target + "\"");
     std::string selector = target.substr(dot + 1);
     const Operation* op = registry.find(className, selector);
+    if (auto named = registry.candidates(className, selector); !op && named.size() > 1) {
+        std::string names;
+        for (const Operation* candidate : named) names += (names.empty() ? "" : ", ") + candidate->selector;
+        throw UsageError("operation \"" + selector + "\" of " + className + " is ambiguous: name one of " + names);
+    }
     if (!op) throw UsageError("unknown operation \"" + selector + "\" of " + className + " (see `call " + className + " --help`)");
     auto platform = makePlatform(line);
     std::vector<std::string> args(line.positional.begin() + 1, line.positional.end());
@@ -195,7 +191,10 @@ int runShow(const CommandLine& line, std::ostream& out) {
     if (line.positional.size() != 1)
         throw UsageError("show needs exactly one INTENT, such as SleepSpO2Intent (see `show --help`)");
     double width = 390;
-    if (auto w = option(line, "--width")) width = positiveNumber("--width", *w, 10000);
+    if (auto w = option(line, "--width")) width = readWidth(*w);
+    // Checked before anything is written, so a picture too large to draw leaves no files behind.
+    auto scale = option(line, "--scale");
+    checkPictureSize(width, scale ? readScale(*scale) : platform::PlatformOptions{}.scale);
     std::optional<fs::path> imagesDir, png;
     if (auto file = option(line, "--png")) png = *file;
     auto platform = makePlatform(line);

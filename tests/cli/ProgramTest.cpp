@@ -1,10 +1,13 @@
+#include "cli/Arguments.h"
 #include "cli/Program.h"
+#include "platform/Canvas.h"
 
 #include <gtest/gtest.h>
 #include <nlohmann/json.hpp>
 
 #include <cstdlib>
 #include <filesystem>
+#include <fstream>
 #include <sstream>
 
 using velmorant::cli::runProgram;
@@ -44,7 +47,16 @@ TEST(Program, BadInputGetsOneLineNamingTheProblem) {
         {{"frobnicate"}, "unknown command \"frobnicate\""},
         {{"show", "SleepSpO2Intent", "--colour", "red"}, "unknown option --colour"},
         {{"show"}, "exactly one INTENT"},
-        {{"show", "SleepSpO2Intent", "--width", "-5"}, "--width must be a number above 0"},
+        {{"show", "SleepSpO2Intent", "--width", "-5"}, "--width must be a number from 300 to 600 (points), not \"-5\""},
+        {{"show", "SleepSpO2Intent", "--width=", "--png", "x.png"}, "--width must be a number from 300 to 600"},
+        {{"show", "SleepSpO2Intent", "--width=320x"}, "not \"320x\""},
+        {{"show", "SleepSpO2Intent", "--scale=0.5"}, "--scale must be a number from 1 to 16"},
+        {{"show", "SleepSpO2Intent", "--colour=red"}, "unknown option --colour"},
+        {{"call", "FormatTools.formattedTimeInterval", "--width=320"}, "--width does not apply to call"},
+        {{"call", "FormatTools.dateForDate", "2024-03-05T10:00:00", "7", "30"},
+         "\"dateForDate\" of FormatTools is ambiguous: name one of dateForDate:withHour:withMin:, "
+         "dateForDate:withYear:withMonth:withDay:withHour:withMin:"},
+        {{"call", "FormatTools.noSuchThing"}, "unknown operation \"noSuchThing\""},
         {{"call", "Nothing.at"}, "unknown class \"Nothing\""},
         {{"show", "SleepSpO2Intent", "--prefs", "/nonexistent/prefs"}, "--prefs /nonexistent/prefs: no such folder"},
         {{"show", "LightsOffIntent", "--locale", "xx_YY"}, "unknown locale \"xx_YY\""},
@@ -105,6 +117,100 @@ TEST(Program, PngAndImagesAreWritten) {
     Outcome r = run({"show", "LightsOffIntent", "--png", (dir / "card.png").string(), "--scale", "2"});
     ASSERT_EQ(r.status, 0) << r.err;
     EXPECT_GT(fs::file_size(dir / "card.png"), 100u);
+    fs::remove_all(dir);
+}
+
+TEST(Program, OptionValuesMayFollowAnEqualsSign) {
+    const std::vector<std::string> forms[] = {
+        {"show", "SleepSpO2Intent", "--width=320", "--tz=Europe/London", "--now=2024-03-05T22:10:00"},
+        {"show", "SleepSpO2Intent", "--width", "320", "--tz", "Europe/London", "--now", "2024-03-05T22:10:00"},
+        {"show", "SleepSpO2Intent", "--width=320", "--locale=en_US=x", "--locale=en_US"},  // split at the first "="; the later option wins
+    };
+    for (const auto& args : forms) {
+        Outcome r = run(args);
+        ASSERT_EQ(r.status, 0) << r.err;
+        EXPECT_EQ(json::parse(r.out)["size"]["width"], 320);
+    }
+}
+
+TEST(Program, PictureSizeBounds) {
+    using velmorant::cli::checkPictureSize;
+    using velmorant::cli::readScale;
+    using velmorant::cli::readWidth;
+    using velmorant::cli::UsageError;
+    const int limit = velmorant::platform::Canvas::kMaxPixels;
+    struct Case {
+        const char* width;
+        const char* scale;
+        bool fits;
+    };
+    const Case cases[] = {
+        {"300", "1", true},   {"600", "3", true},       {"512", "16", true},  {"513", "16", false},
+        {"600", "13.65", true}, {"600", "13.66", false}, {"299.9", "3", false}, {"600.1", "1", false},
+        {"390", "0.99", false}, {"390", "16.01", false}, {"390", "nan", false}, {"inf", "1", false},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(std::string(c.width) + " x " + c.scale);
+        bool fits = true;
+        try {
+            double width = readWidth(c.width), scale = readScale(c.scale);
+            checkPictureSize(width, scale);
+            EXPECT_LE(width * scale, limit);
+        } catch (const UsageError&) {
+            fits = false;
+        }
+        EXPECT_EQ(fits, c.fits);
+    }
+    // The help text states the same bounds.
+    std::string help = run({"show", "--help"}).out;
+    for (const char* bound : {"300 to 600", "8192 pixels", "512 at scale 16"})
+        EXPECT_NE(help.find(bound), std::string::npos) << bound;
+    EXPECT_NE(run({"--help"}).out.find("1 to 16"), std::string::npos);
+    EXPECT_EQ(limit, 8192);
+}
+
+TEST(Program, TooLargeAPictureWritesNothing) {
+    fs::path dir = freshDir("large");
+    const std::vector<std::string> tooLarge[] = {
+        {"--width", "10000", "--scale", "16"},
+        {"--width", "600", "--scale", "16"},
+        {"--width=513", "--scale=16"},
+    };
+    for (const auto& size : tooLarge) {
+        std::vector<std::string> args = {"show", "SleepRingsIntent", "--png", (dir / "card.png").string(), "--images",
+                                         (dir / "images").string()};
+        args.insert(args.end(), size.begin(), size.end());
+        Outcome r = run(args);
+        EXPECT_EQ(r.status, 2) << r.err;
+        EXPECT_TRUE(r.out.empty());
+        EXPECT_FALSE(fs::exists(dir)) << "written before the size was checked";
+    }
+    Outcome r = run({"show", "SleepRingsIntent", "--width", "600", "--scale", "16"});
+    EXPECT_NE(r.err.find("9600 pixels wide; a picture can be at most 8192"), std::string::npos) << r.err;
+}
+
+TEST(Program, ImagesAreWrittenWhereTheRecordSays) {
+    fs::path dir = freshDir("images");
+    std::size_t files = 0;
+    for (const char* intent : {"LightsOffIntent", "SleepRingsIntent"}) {
+        Outcome r = run({"show", intent, "--images", (dir / intent).string(), "--scale", "1"});
+        ASSERT_EQ(r.status, 0) << r.err;
+        const json record = json::parse(r.out);
+        for (const auto& [name, view] : record["views"].items()) {
+            const json::json_pointer where("/image/image/file");
+            if (!view.contains(where)) continue;
+            fs::path file = view[where].get<std::string>();
+            SCOPED_TRACE(file.string());
+            EXPECT_EQ(file.parent_path(), dir / intent);
+            ASSERT_TRUE(fs::exists(file));
+            std::string magic(8, '\0');
+            std::ifstream(file, std::ios::binary).read(magic.data(), 8);
+            EXPECT_EQ(magic, "\x89PNG\r\n\x1a\n");
+            EXPECT_GT(fs::file_size(file), 100u);
+            ++files;
+        }
+    }
+    EXPECT_GE(files, 2u);
     fs::remove_all(dir);
 }
 
