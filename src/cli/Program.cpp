@@ -2,13 +2,15 @@
 
 #include "Arguments.h"
 #include "CallRegistry.h"
-#include "CardRenderer.h"
 #include "DemoData.h"
 #include "Help.h"
 #include "IsoDate.h"
 #include "ValueJson.h"
 #include "intents/IntentViewController.h"
+#include "platform/Accessibility.h"
 #include "platform/Image.h"
+#include "platform/PngWriter.h"
+#include "platform/ViewRenderer.h"
 
 #include <unistd.h>
 
@@ -230,12 +232,17 @@ int runShow(const CommandLine& line, std::ostream& out) {
     json views = json::object();
     for (const std::string& name : IntentViewController::outletNames())
         views[name] = viewToJson(*controller.views().view(name), writer);
+    // The card as a screen reader says it; the picture carries the same words.
+    platform::SpeechLanguage language{[&](std::string_view key) { return platform->localizedString(key); },
+                                      platform->localeId()};
+    std::string spoken = platform::accessibilityText(controller.views(), language);
     if (png) {
-        std::string error;
-        if (!renderCard(controller.views(), size, platform->screenScale(), platform->fonts(), *png, &error))
+        auto card = platform::renderCard(controller.views(), size, platform->screenScale(), platform->fonts());
+        std::string error = "the card cannot be drawn at this size";
+        if (!card || !platform::writePng(*card, *png, {.description = spoken}, &error))
             throw std::runtime_error("cannot write " + png->string() + ": " + error);
     }
-    json result = {{"success", success}, {"size", {{"width", number(size.width, false)}, {"height", number(size.height, false)}}}, {"views", views}};
+    json result = {{"success", success}, {"size", {{"width", number(size.width, false)}, {"height", number(size.height, false)}}}, {"views", views}, {"accessibility", spoken}};
     out << result.dump(1) << '\n';
     return 0;
 }

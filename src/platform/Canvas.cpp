@@ -359,4 +359,110 @@ ImagePtr Canvas::makeImage() {
     return image;
 }
 
+Canvas::ClipScope::~ClipScope() { cairo_restore(canvas_->impl_->cr.get()); }
+
+void Canvas::addRoundedRect(Rect rect, double radius) {
+    if (!finite(rect.x) || !finite(rect.y) || !finite(rect.width) || !finite(rect.height) || !finite(radius)) return;
+    if (rect.width <= 0 || rect.height <= 0) return;
+    Point origin = impl_->clamped({rect.x, rect.y});
+    double limit = impl_->maxCoordinate();
+    double x = origin.x, y = origin.y, w = std::min(rect.width, limit), h = std::min(rect.height, limit);
+    double r = std::clamp(radius, 0.0, std::min(w, h) / 2);
+    cairo_t* cr = impl_->cr.get();
+    cairo_new_sub_path(cr);
+    if (r <= 0) {
+        cairo_rectangle(cr, x, y, w, h);
+        return;
+    }
+    cairo_arc(cr, x + w - r, y + r, r, -M_PI / 2, 0);
+    cairo_arc(cr, x + w - r, y + h - r, r, 0, M_PI / 2);
+    cairo_arc(cr, x + r, y + h - r, r, M_PI / 2, M_PI);
+    cairo_arc(cr, x + r, y + r, r, M_PI, 3 * M_PI / 2);
+    cairo_close_path(cr);
+}
+
+Canvas::ClipScope Canvas::clipToPath() {
+    cairo_t* cr = impl_->cr.get();
+    cairo_save(cr);
+    cairo_set_fill_rule(cr, CAIRO_FILL_RULE_WINDING);
+    cairo_clip(cr);
+    return ClipScope(*this);
+}
+
+void Canvas::drawLinearGradient(const std::vector<Colour>& colours, Point start, Point end) {
+    if (!impl_->drawable() || colours.empty() || !finite(start) || !finite(end)) return;
+    Point a = impl_->clamped(start), b = impl_->clamped(end);
+    PatternPtr pattern(cairo_pattern_create_linear(a.x, a.y, b.x, b.y));
+    for (std::size_t i = 0; i < colours.size(); ++i) {
+        Rgba c = colours[i].rgba();
+        double offset = colours.size() == 1 ? 0 : static_cast<double>(i) / (colours.size() - 1);
+        cairo_pattern_add_color_stop_rgba(pattern.get(), offset, c.r, c.g, c.b, c.a);
+    }
+    cairo_t* cr = impl_->cr.get();
+    CairoSaved saved(cr);
+    cairo_set_source(cr, pattern.get());
+    cairo_paint(cr);
+}
+
+namespace {
+
+// Wider blocks than this are laid out as this wide: Pango widths are ints of 1/1024 pixel.
+constexpr double kMaxBlockPixels = 1 << 20;
+
+// A block wrapped at `width` points in at most `lines` lines (0: any), laid out in device pixels.
+GObjectPtr<PangoLayout> blockLayout(const FontSystem& fonts, double scale, std::string_view text, double width,
+                                    int lines, const TextAttributes& attributes) {
+    GObjectPtr<PangoLayout> layout = fonts.layoutInPixels(attributes.font, scale);
+    pango_layout_set_text(layout.get(), validText(text).get(), -1);
+    double pixels = finite(width) ? std::clamp(width * scale, 0.0, kMaxBlockPixels) : kMaxBlockPixels;
+    pango_layout_set_width(layout.get(), static_cast<int>(pixels * PANGO_SCALE));
+    pango_layout_set_wrap(layout.get(), PANGO_WRAP_WORD_CHAR);
+    if (lines > 0) {
+        pango_layout_set_ellipsize(layout.get(), PANGO_ELLIPSIZE_END);
+        pango_layout_set_height(layout.get(), -lines);
+    }
+    return layout;
+}
+
+}  // namespace
+
+Canvas::TextBlockSize Canvas::sizeOfTextBlock(std::string_view text, double width, int lines,
+                                              const TextAttributes& attributes) const {
+    GObjectPtr<PangoLayout> layout = blockLayout(impl_->fonts, impl_->scale, text, width, lines, attributes);
+    PangoRectangle logical;
+    pango_layout_get_extents(layout.get(), nullptr, &logical);
+    double scale = impl_->scale;
+    return {{static_cast<double>(logical.width) / PANGO_SCALE / scale,
+             static_cast<double>(logical.height) / PANGO_SCALE / scale},
+            pango_layout_is_ellipsized(layout.get()) != 0};
+}
+
+void Canvas::drawTextBlock(std::string_view text, Rect rect, int lines, TextAlignment alignment,
+                           const TextAttributes& attributes) {
+    if (!impl_->drawable() || text.empty() || !finite(rect.x) || !finite(rect.y) || !finite(rect.height)) return;
+    double scale = impl_->scale;
+    GObjectPtr<PangoLayout> layout = blockLayout(impl_->fonts, scale, text, rect.width, lines, attributes);
+    pango_layout_set_alignment(layout.get(), alignment == TextAlignment::Centre  ? PANGO_ALIGN_CENTER
+                                             : alignment == TextAlignment::Right ? PANGO_ALIGN_RIGHT
+                                                                                 : PANGO_ALIGN_LEFT);
+    PangoRectangle ink, logical;
+    pango_layout_get_pixel_extents(layout.get(), &ink, &logical);
+    Point p = impl_->clamped({rect.x, rect.y + (rect.height - logical.height / scale) / 2});
+    Rgba foreground = attributes.foreground.rgba();
+    PixelBox extent{p.x * scale + std::min(ink.x, logical.x), p.y * scale + std::min(ink.y, logical.y),
+                    p.x * scale + std::max(ink.x + ink.width, logical.x + logical.width),
+                    p.y * scale + std::max(ink.y + ink.height, logical.y + logical.height)};
+    impl_->draw(extent, [&](cairo_t* target) {
+        CairoSaved saved(target);
+        // The layout is in canvas pixels.
+        cairo_translate(target, p.x, p.y);
+        cairo_scale(target, 1 / scale, 1 / scale);
+        setSource(target, foreground);
+        cairo_move_to(target, 0, 0);
+        pango_cairo_show_layout(target, layout.get());
+        // The saved state does not cover the path: leave no current point behind.
+        cairo_new_path(target);
+    });
+}
+
 }  // namespace velmorant::platform

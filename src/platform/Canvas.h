@@ -3,10 +3,12 @@
 #include "Colour.h"
 #include "Font.h"
 #include "Geometry.h"
+#include "TextStyle.h"
 #include "Value.h"
 
 #include <memory>
 #include <string_view>
+#include <vector>
 
 namespace velmorant::platform {
 
@@ -87,6 +89,36 @@ public:
 
     // Ends the context: the bitmap drawn so far. The canvas is left empty.
     ImagePtr makeImage();
+
+    // Limits drawing to a region until the guard from `clipToPath` is destroyed.
+    class [[nodiscard]] ClipScope {
+    public:
+        explicit ClipScope(Canvas& canvas) : canvas_(&canvas) {}
+        ~ClipScope();
+        ClipScope(const ClipScope&) = delete;
+        ClipScope& operator=(const ClipScope&) = delete;
+
+    private:
+        Canvas* canvas_;
+    };
+
+    // The laid-out size of a text block and whether it had to be cut short.
+    struct TextBlockSize {
+        Size size;
+        bool truncated = false;
+    };
+
+    // Adds a rectangle with corners rounded to `radius` (held to half the shorter side).
+    void addRoundedRect(Rect rect, double radius);
+    // Intersects the clip with the current path, then clears the path.
+    ClipScope clipToPath();
+    // Paints the clip with a linear gradient of evenly spaced colours from `start` to `end`.
+    void drawLinearGradient(const std::vector<Colour>& colours, Point start, Point end);
+    // A text wrapped to `width` in at most `lines` lines (0: any number), cut with an ellipsis beyond.
+    TextBlockSize sizeOfTextBlock(std::string_view text, double width, int lines, const TextAttributes& attributes) const;
+    // Draws such a block in `rect`: aligned across it, centred down it, cut with an ellipsis when longer.
+    void drawTextBlock(std::string_view text, Rect rect, int lines, TextAlignment alignment,
+                       const TextAttributes& attributes);
 
 private:
     friend class SavedState;

@@ -1,5 +1,7 @@
 #include "Image.h"
 
+#include "PngWriter.h"
+
 #include <cmath>
 #include <cstdint>
 
@@ -50,13 +52,7 @@ Rgba Image::pixelAt(Point point) const {
 }
 
 bool Image::writePng(const std::filesystem::path& path, std::string* error) const {
-    cairo_surface_flush(surface());
-    cairo_status_t status = cairo_surface_write_to_png(surface(), path.c_str());
-    if (status != CAIRO_STATUS_SUCCESS) {
-        if (error) *error = cairo_status_to_string(status);
-        return false;
-    }
-    return true;
+    return platform::writePng(*this, path, {}, error);
 }
 
 }  // namespace velmorant::platform

@@ -3,6 +3,7 @@
 #include "Colour.h"
 #include "Font.h"
 #include "Geometry.h"
+#include "TextStyle.h"
 #include "Value.h"
 
 #include <memory>
@@ -43,7 +44,27 @@ private:
 };
 
 enum class ViewKind { Container, Label, ImageView, Indicator };
-enum class TextAlignment { Left, Centre, Right };
+
+// Which parts of a view's frame take up a change in its parent's size, as the
+// phone's autoresizing mask marks them; unmarked parts keep their length.
+struct Autoresizing {
+    bool flexibleLeftMargin = false;
+    bool flexibleWidth = false;
+    bool flexibleRightMargin = false;
+    bool flexibleTopMargin = false;
+    bool flexibleHeight = false;
+    bool flexibleBottomMargin = false;
+    bool operator==(const Autoresizing&) const = default;
+};
+
+// How a label fits a text that is too long: at most `numberOfLines` lines
+// (0 for any number), one step down to `minimumScaleFactor` of the font size,
+// then cut at the end with an ellipsis.
+struct TextFitting {
+    int numberOfLines = 1;
+    double minimumScaleFactor = 1;
+    bool operator==(const TextFitting&) const = default;
+};
 
 // One view of the snippet. The code sets only hidden, text, font, image,
 // background colour and the layer's corner radius; the rest is fixed by the
@@ -79,6 +100,16 @@ public:
     void setTextColor(std::optional<Colour> colour) { textColor_ = std::move(colour); }
     TextAlignment alignment() const { return alignment_; }
     void setAlignment(TextAlignment alignment) { alignment_ = alignment; }
+    const Autoresizing& autoresizing() const { return autoresizing_; }
+    void setAutoresizing(Autoresizing mask) { autoresizing_ = mask; }
+    const TextFitting& textFitting() const { return textFitting_; }
+    void setTextFitting(TextFitting fitting) { textFitting_ = fitting; }
+    // False for views a screen reader skips (decorative glyphs and pictures).
+    bool isAccessibilityElement() const { return accessibilityElement_; }
+    void setIsAccessibilityElement(bool element) { accessibilityElement_ = element; }
+    // A heading opens a sentence that the values after it complete.
+    bool isHeader() const { return header_; }
+    void setIsHeader(bool header) { header_ = header; }
 
 private:
     std::string name_;
@@ -93,6 +124,10 @@ private:
     std::string parent_;
     std::optional<Colour> textColor_;
     TextAlignment alignment_ = TextAlignment::Left;
+    Autoresizing autoresizing_;
+    TextFitting textFitting_;
+    bool accessibilityElement_ = true;
+    bool header_ = false;
 };
 
 }  // namespace velmorant::platform

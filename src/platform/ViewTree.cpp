@@ -27,6 +27,15 @@ const std::map<std::string, Colour (*)(), std::less<>> kNamedColours = {
     {"lightGray", &Colour::lightGrayColor}, {"systemGreen", &Colour::systemGreenColor},
     {"systemRed", &Colour::systemRedColor}};
 
+// The parts of a frame that an "autoresizing" list may mark flexible.
+const std::map<std::string, bool Autoresizing::*, std::less<>> kFlexibleParts = {
+    {"flexibleLeftMargin", &Autoresizing::flexibleLeftMargin},
+    {"flexibleWidth", &Autoresizing::flexibleWidth},
+    {"flexibleRightMargin", &Autoresizing::flexibleRightMargin},
+    {"flexibleTopMargin", &Autoresizing::flexibleTopMargin},
+    {"flexibleHeight", &Autoresizing::flexibleHeight},
+    {"flexibleBottomMargin", &Autoresizing::flexibleBottomMargin}};
+
 [[noreturn]] void bad(const std::string& view, const std::string& what) {
     throw std::runtime_error("view \"" + view + "\": " + what);
 }
@@ -39,6 +48,27 @@ Colour colourFrom(const json& j, const std::string& view) {
     }
     return Colour::colorWithHue(j.at("h").get<double>(), j.at("s").get<double>(), j.at("b").get<double>(),
                                 j.value("a", 1.0));
+}
+
+Autoresizing autoresizingFrom(const json& j, const std::string& view) {
+    if (!j.is_array()) bad(view, "autoresizing must be a list such as [\"flexibleWidth\"]");
+    Autoresizing mask;
+    for (const json& part : j) {
+        auto it = part.is_string() ? kFlexibleParts.find(part.get<std::string>()) : kFlexibleParts.end();
+        if (it == kFlexibleParts.end()) bad(view, "unknown autoresizing part " + part.dump());
+        mask.*(it->second) = true;
+    }
+    return mask;
+}
+
+TextFitting textFittingFrom(const json& v, const std::string& view) {
+    TextFitting fitting;
+    fitting.numberOfLines = v.value("lines", 1);
+    fitting.minimumScaleFactor = v.value("minimumScaleFactor", 1.0);
+    if (fitting.numberOfLines < 0) bad(view, "lines must be 0 (any number) or more");
+    if (!(fitting.minimumScaleFactor > 0 && fitting.minimumScaleFactor <= 1))
+        bad(view, "minimumScaleFactor must be above 0 and at most 1");
+    return fitting;
 }
 
 }  // namespace
@@ -69,10 +99,24 @@ ViewTree ViewTree::parseInterface(std::string_view text) {
         if (v.contains("textColour")) view->setTextColor(colourFrom(v.at("textColour"), name));
         if (v.contains("backgroundColour")) view->setBackgroundColor(colourFrom(v.at("backgroundColour"), name));
         if (v.contains("cornerRadius")) view->layer().setCornerRadius(v.at("cornerRadius").get<double>());
+        if (v.contains("gradient")) {
+            // A gradient layer at the back, top to bottom, as the styling code adds them.
+            auto gradient = std::make_shared<Layer>("gradient");
+            std::vector<Colour> colours;
+            for (const json& c : v.at("gradient")) colours.push_back(colourFrom(c, name));
+            if (colours.size() < 2) bad(name, "a gradient needs two colours or more");
+            gradient->setColors(std::move(colours));
+            gradient->setFrame(view->bounds());
+            view->layer().insertSublayer(std::move(gradient), 0);
+        }
         std::string align = v.value("alignment", std::string("left"));
         view->setAlignment(align == "centre" ? TextAlignment::Centre
                            : align == "right" ? TextAlignment::Right
                                               : TextAlignment::Left);
+        if (v.contains("autoresizing")) view->setAutoresizing(autoresizingFrom(v.at("autoresizing"), name));
+        view->setTextFitting(textFittingFrom(v, name));
+        view->setIsAccessibilityElement(v.value("accessible", true));
+        view->setIsHeader(v.value("header", false));
         tree.views_.push_back(std::move(view));
     }
     return tree;
@@ -94,6 +138,12 @@ View* ViewTree::view(std::string_view name) {
     for (auto& v : views_)
         if (v->name() == name) return v.get();
     return nullptr;
+}
+
+bool ViewTree::isShown(const View& view) const {
+    for (const View* v = &view; v; v = v->parent().empty() ? nullptr : this->view(v->parent()))
+        if (v->isHidden()) return false;
+    return true;
 }
 
 const View* ViewTree::view(std::string_view name) const {

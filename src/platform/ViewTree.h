@@ -24,6 +24,8 @@ public:
     View* view(std::string_view name);
     const View* view(std::string_view name) const;
     const std::vector<std::unique_ptr<View>>& views() const { return views_; }
+    // True when neither the view nor any of its ancestors is hidden.
+    bool isShown(const View& view) const;
 
 private:
     ViewTree() = default;

@@ -1,0 +1,95 @@
+// The card's cost: drawing the views, and writing the PNG with the chosen
+// encoder settings against the others and against Cairo's own writer (the size
+// each makes is reported as "bytes"). The program's whole-process target
+// (under 45 ms for `show INTENT --png FILE` at scale 3) is measured with
+// hyperfine; these show where that time goes.
+#include "cli/DemoData.h"
+#include "intents/IntentViewController.h"
+#include "platform/Image.h"
+#include "platform/PngWriter.h"
+#include "platform/ViewRenderer.h"
+
+#include <benchmark/benchmark.h>
+
+#include <string>
+
+using namespace velmorant;
+
+namespace {
+
+// One snippet, shown as the program shows it, with the demo data.
+struct Snippet {
+    platform::Platform platform{[] {
+        platform::PlatformOptions options;
+        options.timeZoneId = "UTC";
+        options.now = platform::Date::fromUnix(1709416800);
+        return options;
+    }()};
+    std::unique_ptr<IntentViewController> controller;
+    platform::Size size;
+
+    explicit Snippet(std::string_view intent) {
+        cli::installDemoStores(platform);
+        controller = std::make_unique<IntentViewController>(platform, ExtensionContext{});
+        controller->configureViewForParameters({}, Interaction{makeIntent(intent)}, InteractiveBehavior::None, nullptr,
+                                               [&](bool, const ParameterSet&, platform::Size s) { size = s; });
+    }
+    platform::ImagePtr card() {
+        return platform::renderCard(controller->views(), size, platform.screenScale(), platform.fonts());
+    }
+};
+
+void BM_RenderCard(benchmark::State& state, const char* intent) {
+    Snippet snippet(intent);
+    for (auto _ : state) benchmark::DoNotOptimize(snippet.card());
+}
+BENCHMARK_CAPTURE(BM_RenderCard, SleepSpO2, "SleepSpO2Intent")->Unit(benchmark::kMillisecond);
+BENCHMARK_CAPTURE(BM_RenderCard, SleepRings, "SleepRingsIntent")->Unit(benchmark::kMillisecond);
+BENCHMARK_CAPTURE(BM_RenderCard, LightsOff, "LightsOffIntent")->Unit(benchmark::kMillisecond);
+
+void BM_EncodeCard(benchmark::State& state) {
+    static Snippet snippet("SleepRingsIntent");
+    static platform::ImagePtr card = snippet.card();
+    platform::PngOptions options;
+    options.compressionLevel = static_cast<int>(state.range(0));
+    options.filter = static_cast<platform::PngFilter>(state.range(1));
+    options.strategy = static_cast<platform::PngStrategy>(state.range(2));
+    std::size_t bytes = 0;
+    for (auto _ : state) bytes = platform::encodePng(*card, options).size();
+    state.counters["bytes"] = static_cast<double>(bytes);
+}
+BENCHMARK(BM_EncodeCard)
+    ->ArgsProduct({{1, 3, 6},
+                   {static_cast<int>(platform::PngFilter::None), static_cast<int>(platform::PngFilter::Sub),
+                    static_cast<int>(platform::PngFilter::Up), static_cast<int>(platform::PngFilter::Adaptive)},
+                   {static_cast<int>(platform::PngStrategy::Default), static_cast<int>(platform::PngStrategy::RunLength)}})
+    ->Unit(benchmark::kMillisecond);
+
+void BM_EncodeCardDefaults(benchmark::State& state) {
+    static Snippet snippet("SleepRingsIntent");
+    static platform::ImagePtr card = snippet.card();
+    std::size_t bytes = 0;
+    for (auto _ : state) bytes = platform::encodePng(*card).size();
+    state.counters["bytes"] = static_cast<double>(bytes);
+}
+BENCHMARK(BM_EncodeCardDefaults)->Unit(benchmark::kMillisecond);
+
+cairo_status_t appendTo(void* closure, const unsigned char* data, unsigned int length) {
+    static_cast<std::string*>(closure)->append(reinterpret_cast<const char*>(data), length);
+    return CAIRO_STATUS_SUCCESS;
+}
+
+// Cairo's writer, as the card was written before: libpng's default level and adaptive filters.
+void BM_EncodeCardWithCairo(benchmark::State& state) {
+    static Snippet snippet("SleepRingsIntent");
+    static platform::ImagePtr card = snippet.card();
+    std::string png;
+    for (auto _ : state) {
+        png.clear();
+        cairo_surface_write_to_png_stream(card->surface(), appendTo, &png);
+    }
+    state.counters["bytes"] = static_cast<double>(png.size());
+}
+BENCHMARK(BM_EncodeCardWithCairo)->Unit(benchmark::kMillisecond);
+
+}  // namespace

@@ -1,0 +1,37 @@
+#pragma once
+
+#include <filesystem>
+#include <string>
+#include <string_view>
+
+namespace velmorant::platform {
+
+class Image;
+
+// The row filter each PNG scanline is written with.
+enum class PngFilter { None, Sub, Up, Average, Paeth, Adaptive };
+
+// How zlib looks for repeats: the full search, or only runs of equal bytes
+// (much faster on cards, which are mostly flat colour).
+enum class PngStrategy { Default, Filtered, HuffmanOnly, RunLength };
+
+// How the encoder trades size for speed. The defaults were chosen by
+// measurement (bench/PngWriterBench.cpp): a card writes several times faster
+// than with the usual level 6 and adaptive filters, at a little more size.
+struct PngOptions {
+    int compressionLevel = 1;
+    PngFilter filter = PngFilter::None;
+    PngStrategy strategy = PngStrategy::Default;
+    // Stored as an international text chunk under "Description"; empty for none.
+    std::string description;
+};
+
+// Writes the bitmap as 8-bit PNG: RGB when every pixel is opaque, else RGBA
+// (straight alpha). On failure returns false, says why, and leaves no file.
+bool writePng(const Image& image, const std::filesystem::path& path, const PngOptions& options = {},
+              std::string* error = nullptr);
+
+// The same encoding into memory; empty on failure.
+std::string encodePng(const Image& image, const PngOptions& options = {}, std::string* error = nullptr);
+
+}  // namespace velmorant::platform
