@@ -1,7 +1,13 @@
 #include "cli/CallRegistry.h"
+#include "intents/HandleLightsOff.h"
 
 namespace velmorant::cli {
 
-void registerHandleLightsOffCalls(CallRegistry& registry) {}
+void registerHandleLightsOffCalls(CallRegistry& registry) {
+    registry.add("HandleLightsOff", "turnLightsOff", {}, [](platform::Platform& p, const CallArgs&) -> CallResult {
+        HandleLightsOff handler(p);
+        return CallResult(handler.turnLightsOff());
+    });
+}
 
 }  // namespace velmorant::cli
