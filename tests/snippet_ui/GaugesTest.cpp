@@ -111,17 +111,19 @@ TEST_F(GaugesTest, ScaleBandColoursAtTheirMiddles) {
 
 TEST_F(GaugesTest, NeedlePointsAtTheValue) {
     const double nan = std::numeric_limits<double>::quiet_NaN();
-    const std::vector<std::tuple<Dial, Dictionary, double>> rows = {
-        {Dial::SpO2, {{"averageSpO2", 90}}, 0.5},           {Dial::SpO2, {}, 0.01},
-        {Dial::SpO2, {{"averageSpO2", 102.5}}, 1.125},  // past the end, straight down
-        {Dial::Resp, {{"averageRespRate", 16.25}}, 0.5},    {Dial::Resp, {{"averageRespRate", 40}}, 6.99 / 7},
-        {Dial::Consistency, {{"bedTrend", 0}}, 0.5},        {Dial::Consistency, {{"bedTrend", 900}}, 4.0 / 7},
-        {Dial::Consistency, {{"bedTrend", -900}}, 3.0 / 7}, {Dial::Consistency, {{"bedTrend", -2700}}, 2.0 / 7},
-        {Dial::Consistency, {{"bedTrend", 5400}}, 6.0 / 7}, {Dial::Consistency, {{"bedTrend", 8100}}, 1},
-        {Dial::Consistency, {{"bedTrend", nan}}, 0.5},      {Dial::Wrist, {{"wristTempScore", 3.5}}, 0.5},
-        {Dial::Wrist, {{"wristTempScore", 12}}, 1},         {Dial::Wrist, {{"wristTempScore", -3}}, 0},
-        {Dial::Readiness, {{"value", 1.0}}, 4.2 / 7},       {Dial::Readiness, {}, 0.02 / 7},
+    // Above 100 % the needle turns into the scale's gap; 102.5 % points straight down.
+    std::vector<std::tuple<Dial, Dictionary, double>> rows = {
+        {Dial::SpO2, {{"averageSpO2", 90}}, 0.5},          {Dial::SpO2, {}, 0.01},
+        {Dial::SpO2, {{"averageSpO2", 102.5}}, 1.125},     {Dial::Resp, {{"averageRespRate", 16.25}}, 0.5},
+        {Dial::Resp, {{"averageRespRate", 40}}, 6.99 / 7}, {Dial::Wrist, {{"wristTempScore", 3.5}}, 0.5},
+        {Dial::Wrist, {{"wristTempScore", 12}}, 1},        {Dial::Wrist, {{"wristTempScore", -3}}, 0},
+        {Dial::Readiness, {{"value", 1.0}}, 4.2 / 7},      {Dial::Readiness, {}, 0.02 / 7},
     };
+    // Bedtime drift in seconds and its stars, one row inside each band of the rule.
+    const std::pair<double, double> drifts[] = {{0, 3.5},     {900, 4},     {-900, 3},   {-1800, 2.5},
+                                                {-4050, 1.5}, {-6750, 0.5}, {1800, 4.5}, {4050, 5.5},
+                                                {6750, 6.5},  {8100, 7},    {nan, 3.5}};
+    for (auto [seconds, starCount] : drifts) rows.push_back({Dial::Consistency, {{"bedTrend", seconds}}, starCount / 7});
     for (bool widget : {false, true}) {
         ui->widgetMode = widget;
         const float side = widget ? 220 : 280;
