@@ -1,6 +1,6 @@
 // Speed of the store paths every request takes: a read of an unchanged file
 // (a stat and the cached parse), a fresh parse, and a locked write.
-#include "cli/DemoData.h"
+#include "demo/DemoData.h"
 #include "platform/FilePreferencesStore.h"
 #include "platform/PlistCodec.h"
 
@@ -25,7 +25,7 @@ struct DemoFile {
         platform::PlatformOptions options;
         options.timeZoneId = "UTC";
         platform::Platform p(options);
-        auto stores = cli::makeDemoStores(p);
+        auto stores = demo::makeDemoStores(p);
         platform::FilePreferencesStore store(file, quiet);
         store.modify([&](platform::Dictionary& d) { d = stores.shared; });
     }

@@ -4,7 +4,7 @@
 //   velmorant_fuzz_seeds OUTDIR
 #include "StoreHarness.h"
 
-#include "cli/DemoData.h"
+#include "demo/DemoData.h"
 #include "metrics/GroupMetrics.h"
 #include "platform/PlistCodec.h"
 
@@ -75,7 +75,7 @@ int main(int argc, char** argv) {
     };
 
     auto platform = platformAt(fuzz::morning());
-    const cli::DemoStores demo = cli::makeDemoStores(*platform);
+    const demo::DemoStores demo = demo::makeDemoStores(*platform);
     const Bytes standardBinary = plist(demo.standard, PlistFormat::Binary);
     const Bytes sharedBinary = plist(demo.shared, PlistFormat::Binary);
     const Bytes sharedXml = plist(demo.shared, PlistFormat::Xml);
@@ -86,7 +86,7 @@ int main(int argc, char** argv) {
 
     // After a night of snippets: the sleep-bank cache and the widget mirrors are there too.
     {
-        cli::installDemoStores(*platform);
+        demo::installDemoStores(*platform);
         GroupMetrics m(*platform);
         m.requestSleepBank();
         m.requestQualityForSwift();
@@ -97,7 +97,7 @@ int main(int argc, char** argv) {
 
     // Yesterday's results, still in the store this morning.
     write("stale-day", standardBinary,
-          plist(cli::makeDemoStores(*platformAt(fuzz::morning().dateByAddingTimeInterval(-86400))).shared,
+          plist(demo::makeDemoStores(*platformAt(fuzz::morning().dateByAddingTimeInterval(-86400))).shared,
                 PlistFormat::Binary));
 
     // The user's own palette and night hour.

@@ -6,8 +6,6 @@
 
 #include <algorithm>
 #include <filesystem>
-#include <fstream>
-#include <iterator>
 
 namespace {
 
@@ -22,11 +20,6 @@ std::vector<fs::path> filesIn(const fs::path& dir) {
     return files;
 }
 
-std::vector<std::uint8_t> bytesOf(const fs::path& file) {
-    std::ifstream in(file, std::ios::binary);
-    return {std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>()};
-}
-
 class StoreInputs : public ::testing::TestWithParam<const char*> {};
 
 TEST_P(StoreInputs, PassEveryCheck) {
@@ -34,7 +27,7 @@ TEST_P(StoreInputs, PassEveryCheck) {
     auto files = filesIn(dir);
     ASSERT_TRUE(fs::is_directory(dir)) << dir;
     for (const fs::path& file : files) {
-        for (const std::string& problem : checkStoreInput(bytesOf(file)))
+        for (const std::string& problem : checkStoreInput(velmorant::fuzz::readFileBytes(file)))
             ADD_FAILURE() << file.filename().string() << ": " << problem;
     }
 }

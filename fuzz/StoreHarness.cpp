@@ -1,12 +1,13 @@
 #include "StoreHarness.h"
 
-#include "cli/ValueJson.h"
 #include "intents/IntentViewController.h"
 #include "intents/Intents.h"
 #include "metrics/GroupMetrics.h"
 #include "palette/Pallet.h"
 #include "platform/Platform.h"
 #include "platform/PlistCodec.h"
+
+#include <nlohmann/json.hpp>
 
 #include <algorithm>
 #include <cctype>
@@ -133,23 +134,42 @@ public:
         printable(where, Value(*r));
     }
 
-    // The program prints records and views as JSON; that must never fail.
-    template <typename Make>
-    void printableWith(const std::string& where, Make make) {
+    // The program prints records and views as JSON, which takes valid UTF-8 only.
+    void printable(const std::string& where, const std::string& text) {
         try {
-            (void)make().dump();
+            (void)nlohmann::json(text).dump();
         } catch (const std::exception& e) {
             problem(where + " cannot be printed: " + e.what());
         }
     }
     void printable(const std::string& where, const Value& v) {
-        printableWith(where, [&] { return cli::toJson(v); });
+        if (const std::string* s = v.string()) {
+            printable(where, *s);
+        } else if (const Dictionary* d = v.dictionary()) {
+            for (const auto& [key, item] : *d) printable(where + "." + key, item), printable(where, key);
+        } else if (const platform::Array* a = v.array()) {
+            for (const Value& item : *a) printable(where + "[]", item);
+        }
     }
 
 private:
     std::vector<std::string> problems_;
     std::vector<std::string> inputStrings_;
 };
+
+// How deeply containers nest in a value: 0 for a scalar.
+int nesting(const Value& value) {
+    int deepest = 0;
+    if (const Dictionary* d = value.dictionary()) {
+        for (const auto& [key, item] : *d) deepest = std::max(deepest, nesting(item));
+        return deepest + 1;
+    }
+    if (const platform::Array* a = value.array()) {
+        for (const Value& item : *a) deepest = std::max(deepest, nesting(item));
+        return deepest + 1;
+    }
+    return 0;
+}
 
 // A store file's contents as the file store reads them: absent when there are
 // no bytes, empty (and reported) when they cannot be read.
@@ -161,6 +181,10 @@ std::optional<Dictionary> readStore(const char* name, const std::vector<std::uin
         if (error.empty()) checker.problem(std::string(name) + " is refused without saying why");
         return std::nullopt;
     }
+    // Whatever markup it hides behind, nesting past the limit is refused.
+    if (nesting(Value(document->root)) > platform::kMaxPlistDepth)
+        checker.problem(std::string(name) + " is read although nested deeper than " +
+                        std::to_string(platform::kMaxPlistDepth) + " levels");
     // Every write-back rewrites the whole file: what the main app wrote must
     // survive it, and a second rewrite must change nothing at all.
     std::string writeError;
@@ -257,6 +281,13 @@ void palette(platform::Platform& platform, Checker& checker, const std::string& 
     }
 }
 
+// The widgets' side of the stores: SleepMetricsUI's requests (requestSpO2 to
+// requestSleepBankRings), their "Swift-" mirrors (the ...ForSwift operations)
+// and the widget images (the swift...Image operations) belong here, each
+// record through checker.record and each mirror through checker.value, once
+// SleepMetricsUI carries them out.
+void widgets(platform::Platform& platform, Checker& checker, const std::string& when) {}
+
 void snippets(IntentViewController& controller, Checker& checker, const std::string& when) {
     std::vector<std::string_view> names(std::begin(kIntentTypeNames), std::end(kIntentTypeNames));
     names.push_back(kUnknownIntent);
@@ -278,7 +309,7 @@ void snippets(IntentViewController& controller, Checker& checker, const std::str
         for (const auto& view : controller.views().views()) {
             if (view->isHidden() || !view->text()) continue;
             checker.text(where + " " + view->name(), *view->text());
-            checker.printableWith(where + " " + view->name(), [&] { return nlohmann::json(*view->text()); });
+            checker.printable(where + " " + view->name(), *view->text());
         }
     }
 }
@@ -308,14 +339,6 @@ std::vector<std::uint8_t> encodeInput(const StoreInput& input) {
 Date morning() { return Date::fromUnix(kMorningUnix); }
 Date evening() { return Date::fromUnix(kEveningUnix); }
 
-bool looksLikeGarbage(std::string_view text) {
-    std::string lower(text);
-    std::transform(lower.begin(), lower.end(), lower.begin(), [](unsigned char c) { return std::tolower(c); });
-    // ICU writes an infinite number as the sign.
-    return lower.find("nan") != std::string::npos || lower.find("inf") != std::string::npos ||
-           lower.find("(null)") != std::string::npos || lower.find("\u221E") != std::string::npos;
-}
-
 std::vector<std::string> checkStoreInput(std::span<const std::uint8_t> bytes) {
     Checker checker;
     try {
@@ -335,6 +358,7 @@ std::vector<std::string> checkStoreInput(std::span<const std::uint8_t> bytes) {
         for (auto [when, instant] : {std::pair{"morning", morning()}, std::pair{"evening", evening()}}) {
             platform.setNow(instant);
             palette(platform, checker, when, requests(platform, checker, when));
+            widgets(platform, checker, when);
             snippets(controller, checker, when);
         }
         // What this system wrote back must be writable as a store file. The one

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "StoreChecks.h"
+
 #include "platform/Date.h"
 #include "platform/Value.h"
 
@@ -31,12 +33,10 @@ platform::Date evening();
 // Reads both stores from the input the way the store files are read, runs every
 // request, the widget write-backs, the palette and every snippet (the nine
 // intents and an unknown one) on them, at both instants, and returns what is
-// wrong: an escaped exception, a file refused without a reason, a store that
-// does not read back as it was written, garbage such as "nan" in a text, a
-// snippet that did not complete. Empty when all is well.
+// wrong: an escaped exception, a file refused without a reason, a store read
+// although nested past the limit, a store that does not read back as it was
+// written, garbage such as "nan" in a text, a snippet that did not complete.
+// Empty when all is well.
 std::vector<std::string> checkStoreInput(std::span<const std::uint8_t> bytes);
-
-// Whether the text holds "nan", "inf" or "(null)" in any case, or the sign for infinity.
-bool looksLikeGarbage(std::string_view text);
 
 }  // namespace velmorant::fuzz

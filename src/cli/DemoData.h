@@ -1,19 +1,13 @@
 #pragma once
 
-#include "platform/Platform.h"
+// The demo stores live in their own library (src/demo), shared with the
+// tests, the fuzzer and the benchmarks; the program uses them from here.
+#include "demo/DemoData.h"
 
 namespace velmorant::cli {
 
-// A believable night of results, dated for the current night of `platform`
-// (night hour 21), as the main app would leave them.
-struct DemoStores {
-    platform::Dictionary shared;    // the app-group suite
-    platform::Dictionary standard;  // the extension's own preferences
-};
-
-DemoStores makeDemoStores(const platform::Platform& platform);
-
-// Puts the demo contents into the platform's stores (memory or files).
-void installDemoStores(platform::Platform& platform);
+using demo::DemoStores;
+using demo::installDemoStores;
+using demo::makeDemoStores;
 
 }  // namespace velmorant::cli

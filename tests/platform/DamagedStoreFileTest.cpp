@@ -1,5 +1,6 @@
 // Store files that only damage produces: each is read as empty, reported
 // once with the reason, and never overwritten.
+#include "StoreChecks.h"
 #include "TempDir.h"
 
 #include "platform/FilePreferencesStore.h"
@@ -8,7 +9,6 @@
 
 #include <algorithm>
 #include <fstream>
-#include <iterator>
 #include <string>
 #include <vector>
 
@@ -18,11 +18,6 @@ using namespace velmorant;
 using platform::Dictionary;
 using platform::Value;
 using Bytes = std::vector<std::uint8_t>;
-
-Bytes readFile(const std::filesystem::path& file) {
-    std::ifstream in(file, std::ios::binary);
-    return {std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>()};
-}
 
 void writeFile(const std::filesystem::path& file, const Bytes& bytes) {
     std::ofstream(file, std::ios::binary).write(reinterpret_cast<const char*>(bytes.data()), static_cast<std::streamsize>(bytes.size()));
@@ -89,7 +84,7 @@ TEST(DamagedStoreFile, ReadsEmptyIsReportedAndIsNeverOverwritten) {
         EXPECT_TRUE(store.dictionaryRepresentation().empty());
         EXPECT_TRUE(store.objectForKey("key").isNone());
         EXPECT_FALSE(store.setObject(Value(1), "cachedSleepBankUpdate"));
-        EXPECT_EQ(readFile(file), c.bytes);
+        EXPECT_EQ(fuzz::readFileBytes(file), c.bytes);
         ASSERT_EQ(reports.size(), 1u);
         EXPECT_NE(reports[0].find(file.string()), std::string::npos) << reports[0];
         EXPECT_NE(reports[0].find(c.reported), std::string::npos) << reports[0];

@@ -64,33 +64,6 @@ TEST_F(StoreTest, KeepsFormatAndPermissionsOfAnExistingFile) {
     EXPECT_EQ(store.objectForKey("x").integerValue(), 1);
 }
 
-TEST_F(StoreTest, ConcurrentProcessesWritingDifferentKeysLoseNothing) {
-    constexpr int kWriters = 4, kKeysEach = 60;
-    std::vector<pid_t> children;
-    for (int w = 0; w < kWriters; ++w) {
-        pid_t pid = ::fork();
-        ASSERT_GE(pid, 0);
-        if (pid == 0) {
-            Diagnostics quiet([](std::string_view) {});
-            FilePreferencesStore store(file(), quiet);
-            bool ok = true;
-            for (int k = 0; k < kKeysEach; ++k)
-                ok &= store.setObject(Value(k), "writer" + std::to_string(w) + "-" + std::to_string(k));
-            ::_exit(ok ? 0 : 1);
-        }
-        children.push_back(pid);
-    }
-    for (pid_t pid : children) {
-        int status = 0;
-        ::waitpid(pid, &status, 0);
-        EXPECT_TRUE(WIFEXITED(status) && WEXITSTATUS(status) == 0);
-    }
-    FilePreferencesStore store(file(), diagnostics);
-    Dictionary all = store.dictionaryRepresentation();
-    EXPECT_EQ(all.size(), static_cast<std::size_t>(kWriters * kKeysEach));
-    EXPECT_EQ(store.objectForKey("writer3-59").integerValue(), 59);
-}
-
 // Something other than a file in the store's place (a FIFO would block a
 // reader that opens it by name) is reported and left alone, without waiting.
 TEST_F(StoreTest, SomethingOtherThanAFileIsRefusedWithoutWaiting) {

@@ -1,7 +1,9 @@
-// Every store key the system reads, given values of every wrong kind, on top of
-// the demo stores: no exception, no garbage in any record, mirror or snippet,
-// and a value that cannot be read counts exactly as a missing one.
-#include "cli/DemoData.h"
+// A store key of each way the system reads keys, given values of every wrong
+// kind, on top of the demo stores: no exception, no garbage in any record,
+// mirror or snippet, and a value that cannot be read counts exactly as a
+// missing one. Keys read by the same code as one here would add nothing.
+#include "ReliabilityTest.h"
+
 #include "intents/IntentViewController.h"
 #include "metrics/GroupMetrics.h"
 #include "palette/Pallet.h"
@@ -21,11 +23,8 @@ using namespace velmorant;
 using platform::Date;
 using platform::Dictionary;
 using platform::Value;
-
-// 2024-03-05 07:30 and 22:30 in New York: the night's results are the current
-// day's in the morning; in the evening the cached sleep bank is shown.
-const Date kMorning = Date::fromUnix(1709641800);
-const Date kEvening = Date::fromUnix(1709695800);
+using velmorant::testing::kEvening;
+using velmorant::testing::kMorning;
 
 // How the system reads a key, which says what a value of a wrong kind must give.
 enum class Reads {
@@ -127,26 +126,13 @@ void putInStore(platform::PreferencesStore& store, const std::string& path, cons
     store.setObject(changed ? *changed : Value(), top);
 }
 
-bool isGarbage(const std::string& text) {
-    std::string lower(text);
-    std::transform(lower.begin(), lower.end(), lower.begin(), [](unsigned char c) { return std::tolower(c); });
-    for (const char* bad : {"nan", "inf", "(null)", "\u221E"})
-        if (lower.find(bad) != std::string::npos) return true;
-    return false;
-}
-
 // Everything the system shows or writes back, at both instants, as one dictionary.
 class StoreRun {
 public:
     // The demo stores, with a fixed wake time on every weekday and the watch's stages switch.
     explicit StoreRun(const KeyPath* key = nullptr, std::optional<Value> value = std::nullopt) {
-        platform::PlatformOptions options;
-        options.now = kMorning;
-        options.timeZoneId = "America/New_York";
-        options.localeId = "en_US";
-        options.diagnostics = [](std::string_view) {};
-        platform_ = std::make_unique<platform::Platform>(std::move(options));
-        cli::installDemoStores(*platform_);
+        platform_ = velmorant::testing::platformAt(kMorning, std::nullopt, [](std::string_view) {});
+        demo::installDemoStores(*platform_);
         auto shared = platform_->suiteNamed(platform::kAppGroupSuite);
         for (int n = 0; n < 7; ++n) {
             putInStore(*shared, "velmorantConfig.WakeFixed" + std::to_string(n), Value(true));
@@ -227,28 +213,6 @@ private:
     Dictionary outcome_;
 };
 
-// Names every text with garbage in it and every number that is not finite.
-void findGarbage(const std::string& where, const Value& v, std::vector<std::string>& found) {
-    switch (v.kind()) {
-        case Value::Kind::String:
-            if (isGarbage(*v.string())) found.push_back(where + " = \"" + *v.string() + "\"");
-            break;
-        case Value::Kind::Real:
-            if (!std::isfinite(v.doubleValue())) found.push_back(where + " is not finite");
-            break;
-        case Value::Kind::Date:
-            if (!std::isfinite(v.date()->timeIntervalSince1970())) found.push_back(where + " is not a finite date");
-            break;
-        case Value::Kind::Dictionary:
-            for (const auto& [key, item] : *v.dictionary()) findGarbage(where + "." + key, item, found);
-            break;
-        case Value::Kind::Array:
-            for (const Value& item : *v.array()) findGarbage(where + "[]", item, found);
-            break;
-        default: break;
-    }
-}
-
 // The entries in which two outcomes differ, for the failure message.
 std::string differences(const Dictionary& got, const Dictionary& want) {
     std::string out;
@@ -261,75 +225,44 @@ std::string differences(const Dictionary& got, const Dictionary& want) {
     return out;
 }
 
+// One key for each way keys are read.
 std::vector<KeyPath> keyPaths() {
-    std::vector<KeyPath> paths;
-    auto shared = [&](std::string path, Reads reads) { paths.push_back({false, std::move(path), reads}); };
-    auto standard = [&](std::string path, Reads reads) { paths.push_back({true, std::move(path), reads}); };
-
-    shared("bankDict", Reads::Dictionary);
-    shared("bankDict.nightHour", Reads::Number);
-    for (const char* nested : {"spO2Dict", "respRateDict", "readyDict", "octaneDict"}) {
-        shared(std::string("bankDict.") + nested, Reads::Dictionary);
-        shared(std::string("bankDict.") + nested + ".key", Reads::DayKey);
-    }
-    for (const char* k : {"averageSpO2", "minSpO2", "maxSpO2", "averageSpO27", "minSpO27", "maxSpO27"})
-        shared(std::string("bankDict.spO2Dict.") + k, Reads::Number);
-    for (const char* k : {"averageRespRate", "minRespRate", "maxRespRate", "averageRespRate7", "minRespRate7",
-                          "maxRespRate7"})
-        shared(std::string("bankDict.respRateDict.") + k, Reads::Number);
-    for (const char* nested : {"readyDict", "octaneDict"})
-        for (const char* k : {"hrvAverage", "hrvTodayVal", "bpmAverage", "bpmTodayVal"})
-            shared(std::string("bankDict.") + nested + "." + k, Reads::Number);
-    shared("bankDict.wristTempKey", Reads::DayKey);
-    for (const char* k : {"wristTempScore", "wristTempTodayValue", "wristTempAverage28", "requiredHours", "medianWake",
-                          "averageWake", "averageEfficiency", "averageBedtime", "prevAverageBedtime"})
-        shared(std::string("bankDict.") + k, Reads::Number);
-    shared("bankDict.startDate", Reads::Date);
-    // The nights of the sleep bank, kept under their day keys.
+    // A night of the sleep bank, kept under its day key.
     platform::PlatformOptions options;
     options.now = kMorning;
     options.timeZoneId = "America/New_York";
     platform::Platform p(std::move(options));
-    const cli::DemoStores demo = cli::makeDemoStores(p);
-    for (const auto& [key, value] : *demo.shared.objectForKey("bankDict")->dictionary())
-        if (key.size() == 8 && std::all_of(key.begin(), key.end(), ::isdigit)) shared("bankDict." + key, Reads::Number);
+    const demo::DemoStores stores = demo::makeDemoStores(p);
+    std::string night;
+    for (const auto& [key, value] : *stores.shared.objectForKey("bankDict")->dictionary())
+        if (key.size() == 8 && std::all_of(key.begin(), key.end(), ::isdigit)) night = key;
 
-    shared("watchTrackDict", Reads::Dictionary);
-    shared("watchTrackDict.rawSynchTime", Reads::Date);
-    shared("watchTrackDict.rawRingRating", Reads::Triple);
-    shared("watchTrackDict.rawRingValues", Reads::Triple);
-    shared("watchTrackDict.showStages", Reads::Presence);
-    for (const char* k : {"rawSleepTime", "rawHRVVal", "rawWakingVal"})
-        shared(std::string("watchTrackDict.") + k, Reads::Number);
-
-    shared("velmorantConfig", Reads::Dictionary);
-    for (const char* k : {"nightHour", "requiredHours", "minimumHours", "maximumHours"})
-        shared(std::string("velmorantConfig.") + k, Reads::Number);
-    for (int n = 0; n < 7; ++n) {
-        shared("velmorantConfig.WakeFixed" + std::to_string(n), Reads::Presence);
-        shared("velmorantConfig.WakeTime" + std::to_string(n), Reads::Number);
-    }
-    shared("lastConsistency", Reads::Bool);
-    shared("readyStars", Reads::Bool);
-    shared("cachedSleepBank", Reads::Dictionary);
-    shared("cachedSleepBankUpdate", Reads::Date);
-    for (const char* k : {"bankBalance", "bankForecast", "bankPercent"})
-        shared(std::string("cachedSleepBank.") + k, Reads::Copied);
-    for (const char* k : {"bedTime", "wakeTime"}) shared(std::string("cachedSleepBank.") + k, Reads::Date);
-    for (const char* k : {"latestBedTime", "latestBedLabel", "wakeTimeLabel"})
-        shared(std::string("cachedSleepBank.") + k, Reads::Text);
-    for (int n = 1; n <= 5; ++n) shared("Hue" + std::to_string(n), Reads::Preference);
-
-    standard("darkTheme6", Reads::Bool);
-    standard("miles", Reads::Bool);
-    standard("tempF", Reads::Bool);
-    standard("nightHour11", Reads::Preference);
-    for (int n = 1; n <= 5; ++n) standard("Hue" + std::to_string(n), Reads::Preference);
-    for (const char* k : {"maxHeartRate", "restingElevated", "restingHigh", "restingNormal", "restingLow",
-                          "restingVeryLow", "workoutPercent1", "workoutPercent2", "workoutPercent3", "workoutPercent4",
-                          "workoutPercent5"})
-        standard(k, Reads::Preference);
-    return paths;
+    return {
+        {false, "bankDict", Reads::Dictionary},                        // a dictionary at the top of the store
+        {false, "bankDict.nightHour", Reads::Number},                  // the day key's night hour
+        {false, "bankDict.spO2Dict", Reads::Dictionary},               // a vital's dictionary
+        {false, "bankDict.spO2Dict.key", Reads::DayKey},               // the day a vital belongs to
+        {false, "bankDict.spO2Dict.averageSpO2", Reads::Number},       // a figure in a dictionary
+        {false, "bankDict.readyDict.key", Reads::DayKey},              // readiness falls back to the watch
+        {false, "bankDict.startDate", Reads::Date},                    // consistency's start
+        {false, "bankDict." + night, Reads::Number},                   // a night of the sleep bank
+        {false, "watchTrackDict.rawSynchTime", Reads::Date},           // the watch's last sync
+        {false, "watchTrackDict.rawRingRating", Reads::Triple},        // the rings' "a|b|c" texts
+        {false, "watchTrackDict.showStages", Reads::Presence},         // a switch that is on by being there
+        {false, "watchTrackDict.rawSleepTime", Reads::Number},         // the rings' own reading of sleep time
+        {false, "velmorantConfig.nightHour", Reads::Number},           // a configuration value
+        {false, "velmorantConfig.WakeFixed0", Reads::Presence},        // a configuration switch
+        {false, "lastConsistency", Reads::Bool},                       // a boolean at the top of the store
+        {false, "cachedSleepBankUpdate", Reads::Date},                 // when the cache was written
+        {false, "cachedSleepBank.bankBalance", Reads::Copied},         // a cached figure taken over as it is
+        {false, "cachedSleepBank.bedTime", Reads::Date},               // a cached date
+        {false, "cachedSleepBank.latestBedTime", Reads::Text},         // a cached text
+        {false, "Hue1", Reads::Preference},                            // a palette value in the shared store
+        {true, "darkTheme6", Reads::Bool},                             // a palette switch
+        {true, "nightHour11", Reads::Preference},                      // the palette's night hour
+        {true, "Hue1", Reads::Preference},                             // a rating hue
+        {true, "maxHeartRate", Reads::Preference},                     // a heart-rate threshold
+    };
 }
 
 void PrintTo(const KeyPath& key, std::ostream* out) { *out << (key.standard ? "standard " : "shared ") << key.path; }
@@ -348,8 +281,8 @@ TEST_P(TypeConfusion, WrongKindsReadAsMissingOrAsWhatCanBeReadAndShowNoGarbage) 
         EXPECT_NO_THROW(got = StoreRun(&key, kind.value).outcome());
         if (!got) continue;
         std::vector<std::string> garbage;
-        findGarbage("", Value(*got), garbage);
-        for (const std::string& g : garbage) ADD_FAILURE() << "garbage:" << g;
+        fuzz::findGarbage("", Value(*got), garbage);
+        for (const std::string& g : garbage) ADD_FAILURE() << g;
 
         switch (expectationFor(key.reads, kind)) {
             case Expect::Missing: EXPECT_TRUE(*got == missing) << "differs from missing in" << differences(*got, missing); break;
@@ -391,7 +324,7 @@ TEST(TypeConfusionBase, DemoStoresShowEveryRecord) {
                                 "evening.returnPreviousSleepBank"})
         EXPECT_TRUE(outcome.objectForKey(request) && outcome.objectForKey(request)->dictionary()) << request;
     std::vector<std::string> garbage;
-    findGarbage("", Value(outcome), garbage);
+    fuzz::findGarbage("", Value(outcome), garbage);
     EXPECT_TRUE(garbage.empty()) << garbage.front();
 }
 

@@ -2,10 +2,8 @@
 // mirrors while the main app rewrites the same store file: under the lock
 // protocol no key anyone wrote is lost, readers never see a torn file, and the
 // file stays a readable store in its own format.
-#include "StoreFileSupport.h"
-#include "TempDir.h"
+#include "ReliabilityTest.h"
 
-#include "cli/DemoData.h"
 #include "metrics/GroupMetrics.h"
 #include "platform/FilePreferencesStore.h"
 
@@ -13,8 +11,6 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
-#include <fstream>
-#include <iterator>
 #include <string>
 #include <vector>
 
@@ -30,7 +26,7 @@ constexpr int kSnippetRounds = 12;
 constexpr int kAppRounds = 40;
 
 using velmorant::testing::kMorning;
-using velmorant::testing::platformOn;
+using velmorant::testing::platformAt;
 
 // Why a child process failed, as its exit status.
 enum Failure { kNoRecord = 1 << 0, kWriteFailed = 1 << 1, kReported = 1 << 2 };
@@ -40,7 +36,7 @@ enum Failure { kNoRecord = 1 << 0, kWriteFailed = 1 << 1, kReported = 1 << 2 };
 // path writes, plus a key of its own through the same store.
 int snippetProcess(const std::filesystem::path& dir, int id) {
     int failures = 0;
-    auto platform = platformOn(dir, [&](std::string_view) { failures |= kReported; });
+    auto platform = platformAt(kMorning, dir, [&](std::string_view) { failures |= kReported; });
     auto shared = platform->suiteNamed(platform::kAppGroupSuite);
     for (int round = 0; round < kSnippetRounds; ++round) {
         platform->setNow(kMorning.dateByAddingTimeInterval(id * 100 + round));
@@ -85,14 +81,11 @@ pid_t spawn(Body body) {
     return pid;
 }
 
-TEST(ConcurrentWriters, SnippetWriteBacksAndTheMainAppLoseNothing) {
-    TempDir dir;
-    const std::filesystem::path file = dir.path() / "group.brumelkai.Velmorant.plist";
-    std::vector<std::string> reports;
-    {
-        auto platform = platformOn(dir.path(), [&](std::string_view m) { reports.emplace_back(m); });
-        cli::installDemoStores(*platform);
-    }
+class ConcurrentWriters : public velmorant::testing::ReliabilityTest {};
+
+TEST_F(ConcurrentWriters, SnippetWriteBacksAndTheMainAppLoseNothing) {
+    const std::filesystem::path file = sharedFile();
+    writeDemoStores();
     ASSERT_TRUE(std::filesystem::exists(file));
 
     std::vector<pid_t> children;
@@ -106,10 +99,8 @@ TEST(ConcurrentWriters, SnippetWriteBacksAndTheMainAppLoseNothing) {
         EXPECT_EQ(WEXITSTATUS(status), 0) << "failures (1 no record, 2 write failed, 4 problem reported)";
     }
 
-    std::ifstream in(file, std::ios::binary);
-    const std::vector<std::uint8_t> bytes{std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>()};
     std::string error;
-    auto document = platform::parsePlist(bytes, &error);
+    auto document = platform::parsePlist(fuzz::readFileBytes(file), &error);
     ASSERT_TRUE(document) << error;
     EXPECT_EQ(document->format, platform::PlistFormat::Binary);
     const Dictionary& root = document->root;
@@ -143,10 +134,7 @@ TEST(ConcurrentWriters, SnippetWriteBacksAndTheMainAppLoseNothing) {
     EXPECT_TRUE(reports.empty()) << reports.front();
 
     // Nothing is left behind but the store and its lock.
-    std::vector<std::string> names;
-    for (const auto& entry : std::filesystem::directory_iterator(dir.path())) names.push_back(entry.path().filename());
-    std::sort(names.begin(), names.end());
-    EXPECT_EQ(names, (std::vector<std::string>{"group.brumelkai.Velmorant.plist", "group.brumelkai.Velmorant.plist.lock",
+    EXPECT_EQ(folderContents(), (std::vector<std::string>{"group.brumelkai.Velmorant.plist", "group.brumelkai.Velmorant.plist.lock",
                                                "standard.plist", "standard.plist.lock"}));
 }
 

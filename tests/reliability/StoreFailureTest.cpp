@@ -1,10 +1,8 @@
 // Stores that cannot be written: the failure is reported with the file and
 // the reason, the file is left exactly as it was, and the snippet path still
 // gets its records.
-#include "StoreFileSupport.h"
-#include "TempDir.h"
+#include "ReliabilityTest.h"
 
-#include "cli/DemoData.h"
 #include "metrics/GroupMetrics.h"
 #include "platform/FilePreferencesStore.h"
 
@@ -15,9 +13,7 @@
 #include <unistd.h>
 
 #include <csignal>
-#include <fstream>
 #include <functional>
-#include <iterator>
 #include <string>
 #include <vector>
 
@@ -26,22 +22,9 @@ namespace {
 using namespace velmorant;
 using platform::Dictionary;
 using platform::Value;
-using Bytes = std::vector<std::uint8_t>;
-
+using fuzz::readFileBytes;
 using velmorant::testing::kMorning;
-using velmorant::testing::platformOn;
-
-Bytes readFile(const std::filesystem::path& file) {
-    std::ifstream in(file, std::ios::binary);
-    return {std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>()};
-}
-
-std::vector<std::string> folderContents(const std::filesystem::path& dir) {
-    std::vector<std::string> names;
-    for (const auto& entry : std::filesystem::directory_iterator(dir)) names.push_back(entry.path().filename());
-    std::sort(names.begin(), names.end());
-    return names;
-}
+using velmorant::testing::platformAt;
 
 struct WriteFailure {
     const char* name;
@@ -53,7 +36,9 @@ struct WriteFailure {
 // A write that cannot be made is reported, changes nothing on disk, leaves no
 // stray file, and the request that made it still returns its record. Each case
 // runs in its own process, so a file-size limit stays there.
-TEST(StoreWriteFailure, IsReportedAndLosesNothing) {
+class StoreWriteFailure : public velmorant::testing::ReliabilityTest {};
+
+TEST_F(StoreWriteFailure, IsReportedAndLosesNothing) {
     const WriteFailure cases[] = {
         {"read-only file", [](const std::filesystem::path& file) { ::chmod(file.c_str(), 0444); }, "read-only"},
         {"full disk",
@@ -70,13 +55,14 @@ TEST(StoreWriteFailure, IsReportedAndLosesNothing) {
     };
     for (const WriteFailure& c : cases) {
         SCOPED_TRACE(c.name);
-        TempDir dir;
-        const std::filesystem::path file = dir.path() / "group.brumelkai.Velmorant.plist";
-        cli::installDemoStores(*platformOn(dir.path(), [](std::string_view) {}));
-        const Bytes before = readFile(file);
+        // Each case starts from the demo stores as files, without the lock file.
+        for (const auto& entry : std::filesystem::directory_iterator(dir.path())) std::filesystem::remove_all(entry.path());
+        const std::filesystem::path file = sharedFile();
+        writeDemoStores();
+        const auto before = readFileBytes(file);
         ASSERT_GT(before.size(), 512u);
         std::filesystem::remove(file.string() + ".lock");
-        const auto filesBefore = folderContents(dir.path());
+        const auto filesBefore = folderContents();
 
         int pipeFds[2];
         ASSERT_EQ(::pipe(pipeFds), 0);
@@ -85,29 +71,29 @@ TEST(StoreWriteFailure, IsReportedAndLosesNothing) {
         if (pid == 0) {
             ::close(pipeFds[0]);
             c.prevent(file);
-            std::string reports;
-            auto platform = platformOn(dir.path(), [&](std::string_view m) { reports.append(m).append("\n"); });
+            std::string told;
+            auto platform = platformAt(kMorning, dir.path(), [&](std::string_view m) { told.append(m).append("\n"); });
             GroupMetrics metrics(*platform);
             int failures = 0;
             if (!metrics.requestSleepBank()) failures |= 1;  // its record, though the cache is not written
             if (platform->suiteNamed(platform::kAppGroupSuite)->setObject(Value("x"), "Swift-HasData")) failures |= 2;
-            [[maybe_unused]] auto n = ::write(pipeFds[1], reports.data(), reports.size());
+            [[maybe_unused]] auto n = ::write(pipeFds[1], told.data(), told.size());
             ::_exit(failures);
         }
         ::close(pipeFds[1]);
-        std::string reports;
+        std::string told;
         char buffer[4096];
-        for (ssize_t n; (n = ::read(pipeFds[0], buffer, sizeof buffer)) > 0;) reports.append(buffer, static_cast<std::size_t>(n));
+        for (ssize_t n; (n = ::read(pipeFds[0], buffer, sizeof buffer)) > 0;) told.append(buffer, static_cast<std::size_t>(n));
         ::close(pipeFds[0]);
         int status = 0;
         ::waitpid(pid, &status, 0);
         ASSERT_TRUE(WIFEXITED(status));
         EXPECT_EQ(WEXITSTATUS(status), 0) << "1: no record, 2: the write claimed success";
 
-        EXPECT_NE(reports.find(file.string()), std::string::npos) << reports;
-        EXPECT_NE(reports.find(c.reported), std::string::npos) << reports;
-        EXPECT_EQ(readFile(file), before);
-        auto filesAfter = folderContents(dir.path());
+        EXPECT_NE(told.find(file.string()), std::string::npos) << told;
+        EXPECT_NE(told.find(c.reported), std::string::npos) << told;
+        EXPECT_EQ(readFileBytes(file), before);
+        auto filesAfter = folderContents();
         std::erase(filesAfter, "group.brumelkai.Velmorant.plist.lock");
         auto expected = filesBefore;
         std::erase(expected, "group.brumelkai.Velmorant.plist.lock");

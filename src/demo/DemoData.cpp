@@ -5,7 +5,7 @@
 
 #include <memory>
 
-namespace velmorant::cli {
+namespace velmorant::demo {
 namespace {
 
 using platform::Date;
@@ -149,4 +149,4 @@ void installDemoStores(platform::Platform& platform) {
     for (const auto& [key, value] : stores.standard) standard->setObject(value, key);
 }
 
-}  // namespace velmorant::cli
+}  // namespace velmorant::demo
