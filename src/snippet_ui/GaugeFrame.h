@@ -75,11 +75,6 @@ class GaugeFrame {
 public:
     GaugeFrame(float side, bool widgetMode, platform::Platform& platform);
 
-    float centreOffset() const { return c_; }
-    float discRadius() const { return radius_; }
-    float iconScale() const { return k_; }
-    float rangeBandWidth() const { return rangeWidth_; }
-
     // The dark disc.
     void drawDisc(const platform::Colour& colour);
     // The round track behind the scale.
@@ -93,7 +88,7 @@ public:
     void drawRangeBand(float fromFraction, float toFraction);
     // The seven-day range: a thin translucent band on the track.
     void drawSevenDayRange(float fromFraction, float toFraction);
-    // The seven-day average: a short dark mark on the track between two angles.
+    // The seven-day average: a short dark mark on the track between two fractions.
     void drawSevenDayMarker(double fromFraction, double toFraction);
     // The hub; its soft shadow stays in force for what follows.
     void drawHub(const platform::Colour& colour);
@@ -112,10 +107,10 @@ private:
     platform::Point centre() const { return {c_, c_}; }
 
     platform::Canvas canvas_;
-    float c_;
-    float radius_;
-    float k_;
-    float rangeWidth_;
+    float c_;           // the centre's x and y
+    float radius_;      // the disc's
+    float k_;           // the icon's scale
+    float rangeWidth_;  // the 24-hour band's width
 };
 
 }  // namespace velmorant::gauge

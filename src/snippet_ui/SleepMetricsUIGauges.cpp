@@ -21,6 +21,7 @@ float number(const Dictionary& dict, std::string_view key) {
     return value ? value->floatValue() : 0;
 }
 
+// A record text; none when absent or not a text.
 const std::string* text(const Dictionary& dict, std::string_view key) {
     const platform::Value* value = dict.objectForKey(key);
     return value ? value->string() : nullptr;
@@ -32,13 +33,12 @@ float spO2Fraction(float percent) { return (percent - 80) / 20; }
 // The smallest average the dials show; none or less reads as this.
 constexpr float kLeastAverage = 0.01f;
 
-// A reading of none (0.01 or less) stands in for by `replacement`.
+// A reading of 0.01 or less means none; `replacement` stands in for it.
 float orWhenNone(float value, float replacement) { return value <= 0.01 ? replacement : value; }
 
 // Minutes of bedtime drift as stars: 3 to 4 within a quarter hour either way,
 // then one star per half hour, then per three quarters of an hour.
-float consistencyStars(float minutes) {
-    float t = minutes;
+float consistencyStars(float t) {
     if (std::isnan(t)) return 3.5f;
     if (t >= -15 && t <= 15) return 3 + (t + 15) / 30;
     if (t >= -45 && t < -15) return 2 + (t + 45) / 30;

@@ -123,7 +123,8 @@ TEST_F(GaugesTest, NeedlePointsAtTheValue) {
     const std::pair<double, double> drifts[] = {{0, 3.5},     {900, 4},     {-900, 3},   {-1800, 2.5},
                                                 {-4050, 1.5}, {-6750, 0.5}, {1800, 4.5}, {4050, 5.5},
                                                 {6750, 6.5},  {8100, 7},    {nan, 3.5}};
-    for (auto [seconds, starCount] : drifts) rows.push_back({Dial::Consistency, {{"bedTrend", seconds}}, starCount / 7});
+    for (auto [seconds, starCount] : drifts)
+        rows.push_back({Dial::Consistency, {{"bedTrend", seconds}}, starCount / 7});
     for (bool widget : {false, true}) {
         ui->widgetMode = widget;
         const float side = widget ? 220 : 280;
