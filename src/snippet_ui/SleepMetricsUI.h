@@ -3,6 +3,7 @@
 #include "format/FormatTools.h"
 #include "metrics/GroupMetrics.h"
 #include "palette/Pallet.h"
+#include "platform/Canvas.h"
 #include "platform/Colour.h"
 #include "platform/Date.h"
 #include "platform/Geometry.h"
@@ -11,6 +12,7 @@
 #include "platform/Value.h"
 
 #include <cstdint>
+#include <initializer_list>
 #include <memory>
 #include <optional>
 #include <string>
@@ -105,11 +107,32 @@ public:
     platform::ImagePtr swiftBedtimeImage();
 
 private:
+    // The image side of the wellness requests: 220 in widget mode, else 280.
+    float wellnessImageSide() const;
+    // Copies the keys `from` has, in the order given; absent keys stay absent.
+    static void copyKeys(const platform::Dictionary& from, platform::Dictionary& to,
+                         std::initializer_list<std::string_view> keys);
+    // A figure as a float: NaN reads as 0 and beyond the float range it is held at the largest float.
+    static float held(double value);
+    // The readiness and sleep-fuel record (legend 2 and 1) made from their source.
+    Record scoreRecord(const GroupMetrics::Record& source, std::int64_t legend);
+    // Widget-facing operations say which widget is asking before their request.
+    void setWidgetFlags(bool accessory);
+    // The record's picture, or the "WidgetWait" placeholder.
+    platform::ImagePtr imageOrWait(const Record& record);
+
     // Members made on first use.
     platform::PreferencesStore& groupPrefs();
     FormatTools& formatTools();
     Pallet& pallet();
     GroupMetrics& groupMetrics();
+
+    // Ring and clock geometry: the angle of a fraction of a turn (0 straight up),
+    // a point at a radius and angle from the centre (c, c), and a text centred on a point.
+    static double tipAngle(double fraction);
+    static platform::Point pointAt(double c, double radius, double angle);
+    static void drawTextCentredAt(platform::Canvas& canvas, std::string_view text, platform::Point centre,
+                                  const platform::TextAttributes& attributes);
 
     platform::Platform& platform_;
     std::shared_ptr<platform::PreferencesStore> groupPrefs_;
