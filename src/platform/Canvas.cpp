@@ -1,9 +1,9 @@
 #include "Canvas.h"
 
-#include "Blur.h"
 #include "CHandles.h"
 #include "FontSystem.h"
 #include "Image.h"
+#include "ShadowMask.h"
 
 #include <pango/pangocairo.h>
 
@@ -24,6 +24,7 @@ constexpr double kMaxCoordinatePixels = 1 << 21;
 constexpr double kMaxLineWidthPixels = 1 << 20;
 // A wider shadow is indistinguishable from a faint tint and would only cost time.
 constexpr double kMaxShadowSigmaPixels = 128;
+
 
 struct Shadow {
     Size offset;
@@ -118,39 +119,31 @@ struct Canvas::Impl {
         paint(cr.get());
     }
 
+    // The shadow: the shape's alpha moved by the offset, blurred, painted in
+    // the shadow's colour over the pixels it can reach.
     void drawShadow(const Shadow& shadow, PixelBox extent, const std::function<void(cairo_t*)>& paint) {
         double sigma = std::min(shadow.blur / 2 * scale, kMaxShadowSigmaPixels);
         double reach = std::ceil(3 * sigma);
         double dx = shadow.offset.width * scale, dy = shadow.offset.height * scale;
-        // The canvas pixels the shadow can touch...
         PixelBox touched{std::max(0.0, std::floor(extent.x0 + dx - reach)),
                          std::max(0.0, std::floor(extent.y0 + dy - reach)),
                          std::min<double>(pixelWidth, std::ceil(extent.x1 + dx + reach)),
                          std::min<double>(pixelHeight, std::ceil(extent.y1 + dy + reach))};
         if (touched.empty()) return;
-        // ...and the mask that feeds them: `reach` more on each side.
-        int maskX = static_cast<int>(touched.x0 - reach), maskY = static_cast<int>(touched.y0 - reach);
-        int maskW = static_cast<int>(touched.x1 - touched.x0 + 2 * reach);
-        int maskH = static_cast<int>(touched.y1 - touched.y0 + 2 * reach);
-        SurfacePtr mask(cairo_image_surface_create(CAIRO_FORMAT_A8, maskW, maskH));
-        if (cairo_surface_status(mask.get()) != CAIRO_STATUS_SUCCESS) return;
-        {
-            CairoPtr maskCr(cairo_create(mask.get()));
-            cairo_translate(maskCr.get(), dx - maskX, dy - maskY);
-            cairo_scale(maskCr.get(), scale, scale);
-            paint(maskCr.get());
-        }
-        cairo_surface_flush(mask.get());
-        blurAlpha({cairo_image_surface_get_data(mask.get()), maskW, maskH, cairo_image_surface_get_stride(mask.get())},
-                  sigma);
-        cairo_surface_mark_dirty(mask.get());
-
+        PixelBounds bounds{static_cast<int>(touched.x0), static_cast<int>(touched.y0), static_cast<int>(touched.x1),
+                           static_cast<int>(touched.y1)};
+        std::optional<ShadowMask> mask = makeShadowMask(bounds, sigma, [&](cairo_t* target) {
+            cairo_translate(target, dx, dy);
+            cairo_scale(target, scale, scale);
+            paint(target);
+        });
+        if (!mask) return;
         CairoSaved saved(cr.get());
         cairo_identity_matrix(cr.get());
-        cairo_rectangle(cr.get(), touched.x0, touched.y0, touched.x1 - touched.x0, touched.y1 - touched.y0);
+        cairo_rectangle(cr.get(), bounds.x0, bounds.y0, bounds.width(), bounds.height());
         cairo_clip(cr.get());
         setSource(cr.get(), shadow.colour);
-        cairo_mask_surface(cr.get(), mask.get(), maskX, maskY);
+        cairo_mask_surface(cr.get(), mask->alpha.get(), mask->x, mask->y);
     }
 
     const FontSystem& fonts;
@@ -331,10 +324,9 @@ void Canvas::drawAtPoint(std::string_view text, Point point, const TextAttribute
                     p.y * scale + std::max(ink.y + ink.height, logical.y + logical.height)};
     impl_->draw(extent, [&](cairo_t* target) {
         CairoSaved saved(target);
-        double x = p.x, y = p.y;
-        cairo_user_to_device(target, &x, &y);
-        cairo_identity_matrix(target);
-        cairo_translate(target, x, y);
+        // The layout is in canvas pixels.
+        cairo_translate(target, p.x, p.y);
+        cairo_scale(target, 1 / scale, 1 / scale);
         if (background.a > 0) {
             setSource(target, background);
             cairo_rectangle(target, logical.x, logical.y, logical.width, logical.height);
@@ -343,6 +335,8 @@ void Canvas::drawAtPoint(std::string_view text, Point point, const TextAttribute
         setSource(target, foreground);
         cairo_move_to(target, 0, 0);
         pango_cairo_show_layout(target, layout.get());
+        // The saved state does not cover the path: leave no current point behind.
+        cairo_new_path(target);
     });
 }
 
