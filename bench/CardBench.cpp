@@ -3,7 +3,7 @@
 // each makes is reported as "bytes"). The program's whole-process target
 // (under 45 ms for `show INTENT --png FILE` at scale 3) is measured with
 // hyperfine; these show where that time goes.
-#include "cli/DemoData.h"
+#include "demo/DemoData.h"
 #include "intents/IntentViewController.h"
 #include "platform/Image.h"
 #include "platform/PngWriter.h"
@@ -29,7 +29,7 @@ struct Snippet {
     platform::Size size;
 
     explicit Snippet(std::string_view intent) {
-        cli::installDemoStores(platform);
+        demo::installDemoStores(platform);
         controller = std::make_unique<IntentViewController>(platform, ExtensionContext{});
         controller->configureViewForParameters({}, Interaction{makeIntent(intent)}, InteractiveBehavior::None, nullptr,
                                                [&](bool, const ParameterSet&, platform::Size s) { size = s; });

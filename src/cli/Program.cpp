@@ -9,7 +9,6 @@
 #include "intents/IntentViewController.h"
 #include "platform/Accessibility.h"
 #include "platform/Image.h"
-#include "platform/PngWriter.h"
 #include "platform/ViewRenderer.h"
 
 #include <unistd.h>
@@ -237,9 +236,9 @@ int runShow(const CommandLine& line, std::ostream& out) {
                                       platform->localeId()};
     std::string spoken = platform::accessibilityText(controller.views(), language);
     if (png) {
-        auto card = platform::renderCard(controller.views(), size, platform->screenScale(), platform->fonts());
-        std::string error = "the card cannot be drawn at this size";
-        if (!card || !platform::writePng(*card, *png, {.description = spoken}, &error))
+        std::string error;
+        if (!platform::writeCardPng(controller.views(), size, platform->screenScale(), platform->fonts(), *png, spoken,
+                                    &error))
             throw std::runtime_error("cannot write " + png->string() + ": " + error);
     }
     json result = {{"success", success}, {"size", {{"width", number(size.width, false)}, {"height", number(size.height, false)}}}, {"views", views}, {"accessibility", spoken}};

@@ -6,6 +6,7 @@
 #include <spng.h>
 #include <zlib.h>
 
+#include <algorithm>
 #include <cstdint>
 #include <cstdio>
 #include <cstdlib>
@@ -90,24 +91,21 @@ void convertRow(const std::uint32_t* in, int width, std::uint8_t* out) {
     }
 }
 
-// Sets up the encoder and feeds it the bitmap row by row; 0 or a libspng error.
-int encode(spng_ctx* ctx, const Image& image, const PngOptions& options) {
-    cairo_surface_flush(image.surface());
-    Pixels pixels(image);
-    bool opaque = pixels.opaque();
+// Sets up an encoder for a picture of the given size; 0 or a libspng error.
+// libspng keeps a pointer to the description's bytes until the file is finished.
+int start(spng_ctx* ctx, int width, int height, bool alpha, const PngOptions& options, std::string& description) {
     spng_ihdr ihdr{};
-    ihdr.width = std::uint32_t(image.pixelWidth());
-    ihdr.height = std::uint32_t(image.pixelHeight());
+    ihdr.width = std::uint32_t(width);
+    ihdr.height = std::uint32_t(height);
     ihdr.bit_depth = 8;
-    ihdr.color_type = opaque ? SPNG_COLOR_TYPE_TRUECOLOR : SPNG_COLOR_TYPE_TRUECOLOR_ALPHA;
+    ihdr.color_type = alpha ? SPNG_COLOR_TYPE_TRUECOLOR_ALPHA : SPNG_COLOR_TYPE_TRUECOLOR;
     if (int e = spng_set_ihdr(ctx, &ihdr)) return e;
     if (int e = spng_set_option(ctx, SPNG_IMG_COMPRESSION_LEVEL, options.compressionLevel)) return e;
     if (int e = spng_set_option(ctx, SPNG_FILTER_CHOICE, filterChoice(options.filter))) return e;
     if (int e = spng_set_option(ctx, SPNG_IMG_COMPRESSION_STRATEGY, zlibStrategy(options.strategy))) return e;
-    std::string description = options.description;
-    char empty[1] = "";
-    spng_text text{};
     if (!description.empty()) {
+        char* empty = description.data() + description.size();  // the string's terminating NUL
+        spng_text text{};
         std::snprintf(text.keyword, sizeof text.keyword, "%s", "Description");
         text.type = SPNG_ITXT;
         text.length = description.size();
@@ -116,62 +114,127 @@ int encode(spng_ctx* ctx, const Image& image, const PngOptions& options) {
         text.translated_keyword = empty;
         if (int e = spng_set_text(ctx, &text, 1)) return e;
     }
-    if (int e = spng_encode_image(ctx, nullptr, 0, SPNG_FMT_PNG, SPNG_ENCODE_PROGRESSIVE | SPNG_ENCODE_FINALIZE))
-        return e;
-    std::vector<std::uint8_t> row(std::size_t(pixels.width) * (opaque ? 3 : 4));
-    for (int y = 0; y < pixels.height; ++y) {
-        if (opaque) convertOpaqueRow(pixels.row(y), pixels.width, row.data());
-        else convertRow(pixels.row(y), pixels.width, row.data());
-        int e = spng_encode_row(ctx, row.data(), row.size());
-        if (e == SPNG_EOI) break;
-        if (e) return e;
-    }
-    return 0;
-}
-
-bool hasPixels(const Image& image, std::string* error) {
-    if (image.pixelWidth() > 0 && image.pixelHeight() > 0) return true;
-    if (error) *error = "an image without pixels cannot be written as PNG";
-    return false;
+    return spng_encode_image(ctx, nullptr, 0, SPNG_FMT_PNG, SPNG_ENCODE_PROGRESSIVE | SPNG_ENCODE_FINALIZE);
 }
 
 }  // namespace
 
-bool writePng(const Image& image, const std::filesystem::path& path, const PngOptions& options, std::string* error) {
-    if (!hasPixels(image, error)) return false;
-    File file(std::fopen(path.c_str(), "wb"));
-    if (!file) {
-        if (error) *error = "cannot be opened for writing";
+struct PngEncoder::Impl {
+    std::filesystem::path path;
+    int width = 0, height = 0, rowsWritten = 0;
+    bool alpha = false;
+    File file;
+    SpngContext ctx;
+    std::vector<std::uint8_t> row;
+    std::string description;
+    std::string error;
+    std::string bytes;
+
+    bool fail(std::string why) {
+        if (error.empty()) error = std::move(why);
         return false;
     }
-    SpngContext ctx(spng_ctx_new(SPNG_CTX_ENCODER));
-    int e = ctx ? spng_set_png_file(ctx.get(), file.get()) : SPNG_EMEM;
-    if (!e) e = encode(ctx.get(), image, options);
-    ctx.reset();
-    bool closed = std::fclose(file.release()) == 0;
-    if (e || !closed) {
-        if (error) *error = e ? spng_strerror(e) : "cannot be written completely";
-        std::error_code ignored;
-        std::filesystem::remove(path, ignored);
-        return false;
+    bool check(int e) { return e == 0 || e == SPNG_EOI || fail(spng_strerror(e)); }
+};
+
+PngEncoder::PngEncoder(std::filesystem::path path, int pixelWidth, int pixelHeight, bool alpha,
+                       const PngOptions& options)
+    : impl_(std::make_unique<Impl>()) {
+    Impl& impl = *impl_;
+    impl.path = std::move(path);
+    impl.width = pixelWidth;
+    impl.height = pixelHeight;
+    impl.alpha = alpha;
+    if (pixelWidth <= 0 || pixelHeight <= 0) {
+        impl.fail("an image without pixels cannot be written as PNG");
+        return;
+    }
+    impl.ctx.reset(spng_ctx_new(SPNG_CTX_ENCODER));
+    if (!impl.ctx) {
+        impl.fail(spng_strerror(SPNG_EMEM));
+        return;
+    }
+    if (impl.path.empty()) {
+        if (!impl.check(spng_set_option(impl.ctx.get(), SPNG_ENCODE_TO_BUFFER, 1))) return;
+    } else {
+        impl.file.reset(std::fopen(impl.path.c_str(), "wb"));
+        if (!impl.file) {
+            impl.fail("cannot be opened for writing");
+            return;
+        }
+        if (!impl.check(spng_set_png_file(impl.ctx.get(), impl.file.get()))) return;
+    }
+    impl.description = options.description;
+    if (!impl.check(start(impl.ctx.get(), pixelWidth, pixelHeight, alpha, options, impl.description))) return;
+    impl.row.resize(std::size_t(pixelWidth) * (alpha ? 4 : 3));
+}
+
+PngEncoder::~PngEncoder() {
+    if (impl_->file) finish();  // not finished by its owner: the partial file goes
+}
+
+bool PngEncoder::append(const Image& band, int rows) {
+    Impl& impl = *impl_;
+    if (!impl.error.empty() || !impl.ctx) return false;
+    if (band.pixelWidth() != impl.width) return impl.fail("a band is not as wide as the picture");
+    rows = rows < 0 ? band.pixelHeight() : std::min(rows, band.pixelHeight());
+    if (impl.rowsWritten + rows > impl.height) return impl.fail("more rows than the picture has");
+    cairo_surface_flush(band.surface());
+    Pixels pixels(band);
+    for (int y = 0; y < rows; ++y) {
+        if (impl.alpha) convertRow(pixels.row(y), pixels.width, impl.row.data());
+        else convertOpaqueRow(pixels.row(y), pixels.width, impl.row.data());
+        if (!impl.check(spng_encode_row(impl.ctx.get(), impl.row.data(), impl.row.size()))) return false;
+        ++impl.rowsWritten;
     }
     return true;
 }
 
-std::string encodePng(const Image& image, const PngOptions& options, std::string* error) {
-    if (!hasPixels(image, error)) return {};
-    SpngContext ctx(spng_ctx_new(SPNG_CTX_ENCODER));
-    int e = ctx ? spng_set_option(ctx.get(), SPNG_ENCODE_TO_BUFFER, 1) : SPNG_EMEM;
-    if (!e) e = encode(ctx.get(), image, options);
-    std::size_t length = 0;
-    void* buffer = e ? nullptr : spng_get_png_buffer(ctx.get(), &length, &e);
-    if (e || !buffer) {
-        if (error) *error = spng_strerror(e ? e : SPNG_EMEM);
-        return {};
+bool PngEncoder::finish() {
+    Impl& impl = *impl_;
+    if (impl.error.empty() && impl.rowsWritten != impl.height)
+        impl.fail("only " + std::to_string(impl.rowsWritten) + " of " + std::to_string(impl.height) + " rows were drawn");
+    if (impl.error.empty() && impl.path.empty()) {
+        int e = 0;
+        std::size_t length = 0;
+        void* buffer = spng_get_png_buffer(impl.ctx.get(), &length, &e);
+        if (impl.check(e) && buffer) impl.bytes.assign(static_cast<const char*>(buffer), length);
+        std::free(buffer);
     }
-    std::string png(static_cast<const char*>(buffer), length);
-    std::free(buffer);
-    return png;
+    impl.ctx.reset();
+    if (impl.file) {
+        bool closed = std::fclose(impl.file.release()) == 0;
+        if (!closed) impl.fail("cannot be written completely");
+        if (!impl.error.empty()) {
+            std::error_code ignored;
+            std::filesystem::remove(impl.path, ignored);
+        }
+    }
+    return impl.error.empty();
+}
+
+const std::string& PngEncoder::error() const { return impl_->error; }
+std::string PngEncoder::bytes() const { return impl_->bytes; }
+
+bool isOpaque(const Image& image) {
+    cairo_surface_flush(image.surface());
+    return Pixels(image).opaque();
+}
+
+bool writePng(const Image& image, const std::filesystem::path& path, const PngOptions& options, std::string* error) {
+    PngEncoder encoder(path, image.pixelWidth(), image.pixelHeight(), !isOpaque(image), options);
+    encoder.append(image);
+    if (encoder.finish()) return true;
+    if (error) *error = encoder.error();
+    return false;
+}
+
+std::string encodePng(const Image& image, const PngOptions& options, std::string* error) {
+    PngEncoder encoder({}, image.pixelWidth(), image.pixelHeight(), !isOpaque(image), options);
+    encoder.append(image);
+    if (encoder.finish()) return encoder.bytes();
+    if (error) *error = encoder.error();
+    return {};
 }
 
 }  // namespace velmorant::platform

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <filesystem>
+#include <memory>
 #include <string>
 #include <string_view>
 
@@ -25,6 +26,32 @@ struct PngOptions {
     // Stored as an international text chunk under "Description"; empty for none.
     std::string description;
 };
+
+// A PNG made band by band (rows top to bottom), so a large picture never has
+// to be held whole: into a file, or into memory when no path is given.
+class PngEncoder {
+public:
+    PngEncoder(std::filesystem::path path, int pixelWidth, int pixelHeight, bool alpha, const PngOptions& options = {});
+    ~PngEncoder();
+    PngEncoder(const PngEncoder&) = delete;
+    PngEncoder& operator=(const PngEncoder&) = delete;
+
+    // Appends the first `rows` rows (all when negative) of a band exactly as
+    // wide as the picture; false once anything failed.
+    bool append(const Image& band, int rows = -1);
+    // Ends the picture: false, with the reason in `error()`, unless every row was written (no file is then left).
+    bool finish();
+    const std::string& error() const;
+    // The encoded picture, after a successful `finish` into memory.
+    std::string bytes() const;
+
+private:
+    struct Impl;
+    std::unique_ptr<Impl> impl_;
+};
+
+// True when every pixel of the bitmap is opaque.
+bool isOpaque(const Image& image);
 
 // Writes the bitmap as 8-bit PNG: RGB when every pixel is opaque, else RGBA
 // (straight alpha). On failure returns false, says why, and leaves no file.

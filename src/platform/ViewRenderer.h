@@ -6,6 +6,9 @@
 #include "ViewLayout.h"
 #include "ViewTree.h"
 
+#include <filesystem>
+#include <string>
+
 namespace velmorant::platform {
 
 // Draws the shown views of a tree as the phone's view system does: each view
@@ -16,10 +19,14 @@ class ViewRenderer {
 public:
     ViewRenderer(const ViewTree& views, const ViewLayout& layout) : views_(views), layout_(layout) {}
 
-    // Draws every shown view onto the canvas, in card points.
-    void draw(Canvas& canvas) const;
+    // Draws every shown view onto a canvas whose top left corner is `origin`
+    // on the card (a band of it, or all of it at the origin), in card points.
+    void draw(Canvas& canvas, Point origin = {}) const;
+    // True when the shown views paint every point of the card opaquely.
+    bool coversCard() const;
 
 private:
+    void drawView(Canvas& canvas, const View& view, Rect frame) const;
     void drawBackground(Canvas& canvas, const View& view, Rect frame) const;
     void drawImage(Canvas& canvas, const View& view, Rect frame) const;
     void drawText(Canvas& canvas, const View& view, Rect frame) const;
@@ -30,5 +37,11 @@ private:
 
 // The snippet card: the tree laid out for `size` points and drawn at `scale`.
 ImagePtr renderCard(const ViewTree& views, Size size, double scale, const FontSystem& fonts);
+
+// The same card written as PNG, drawn and encoded a band of rows at a time so
+// the whole bitmap is never held; `description` goes into the file with it.
+// On failure returns false, says why and leaves no file.
+bool writeCardPng(const ViewTree& views, Size size, double scale, const FontSystem& fonts,
+                  const std::filesystem::path& path, const std::string& description, std::string* error = nullptr);
 
 }  // namespace velmorant::platform

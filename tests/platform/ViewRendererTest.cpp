@@ -1,3 +1,4 @@
+#include "platform/CHandles.h"
 #include "platform/Canvas.h"
 #include "platform/FontSystem.h"
 #include "platform/Image.h"
@@ -6,8 +7,14 @@
 #include "platform/ViewTree.h"
 
 #include <gtest/gtest.h>
+#include <spng.h>
+#include <unistd.h>
 
 #include <cmath>
+#include <cstdint>
+#include <fstream>
+#include <sstream>
+#include <vector>
 #include <string>
 
 using namespace velmorant::platform;
@@ -174,6 +181,55 @@ TEST(ViewRenderer, FitsALongTextAStepSmallerThenCutsItWithAnEllipsis) {
     for (double y = frame.y; y < frame.y + frame.height; y += 1.0 / 3)
         rows += whitePixels(*card, {frame.x, y, 20, 1.0 / 3}) > 0;
     EXPECT_NEAR(rows / 3.0, 13, 1.5);
+}
+
+// The RGBA bytes of a PNG file, row by row.
+std::vector<std::uint8_t> decodedPixels(const std::filesystem::path& file, std::uint32_t* width) {
+    std::ifstream in(file, std::ios::binary);
+    std::stringstream bytes;
+    bytes << in.rdbuf();
+    std::string png = bytes.str();
+    std::unique_ptr<spng_ctx, CRelease<spng_ctx_free>> ctx(spng_ctx_new(0));
+    spng_set_png_buffer(ctx.get(), png.data(), png.size());
+    spng_ihdr ihdr{};
+    if (spng_get_ihdr(ctx.get(), &ihdr) != 0) return {};
+    *width = ihdr.width;
+    std::size_t size = 0;
+    spng_decoded_image_size(ctx.get(), SPNG_FMT_RGBA8, &size);
+    std::vector<std::uint8_t> out(size);
+    spng_decode_image(ctx.get(), out.data(), size, SPNG_FMT_RGBA8, 0);
+    return out;
+}
+
+TEST(ViewRenderer, TheCardWrittenBandByBandIsTheCardDrawnWhole) {
+    auto file = std::filesystem::temp_directory_path() / ("velmorant-bands-" + std::to_string(::getpid()) + ".png");
+    for (double width : {300.0, 391.5}) {
+        Rendered r(width);
+        ViewTree& tree = r.tree;
+        // Tall enough for several bands, with views across their edges.
+        ImagePtr whole = renderCard(tree, {width, 180}, 3, fonts());
+        std::string error;
+        ASSERT_TRUE(writeCardPng(tree, {width, 180}, 3, fonts(), file, "said", &error)) << error;
+        std::uint32_t pngWidth = 0;
+        std::vector<std::uint8_t> rgba = decodedPixels(file, &pngWidth);
+        ASSERT_EQ(pngWidth, static_cast<std::uint32_t>(whole->pixelWidth()));
+        ASSERT_EQ(rgba.size(), std::size_t(whole->pixelWidth()) * whole->pixelHeight() * 4);
+        int differing = 0;
+        const unsigned char* data = cairo_image_surface_get_data(whole->surface());
+        int stride = cairo_image_surface_get_stride(whole->surface());
+        for (int y = 0; y < whole->pixelHeight(); ++y)
+            for (int x = 0; x < whole->pixelWidth(); ++x) {
+                std::uint32_t p = reinterpret_cast<const std::uint32_t*>(data + y * stride)[x];
+                const std::uint8_t* q = &rgba[(std::size_t(y) * whole->pixelWidth() + x) * 4];
+                differing += q[0] != ((p >> 16) & 0xff) || q[1] != ((p >> 8) & 0xff) || q[2] != (p & 0xff) || q[3] != 0xff;
+            }
+        EXPECT_EQ(differing, 0) << width;
+    }
+    std::filesystem::remove(file);
+    std::string error;
+    EXPECT_FALSE(writeCardPng(ViewTree::parseInterface(kCard), {0, 180}, 3, fonts(), file, "", &error));
+    EXPECT_FALSE(error.empty());
+    EXPECT_FALSE(std::filesystem::exists(file));
 }
 
 TEST(InterfaceDescription, RefusesMarksItDoesNotKnow) {
