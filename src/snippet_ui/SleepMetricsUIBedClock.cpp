@@ -1,0 +1,153 @@
+#include "snippet_ui/SleepMetricsUI.h"
+
+#include <numbers>
+#include <string>
+
+// The bed clock: a 24-hour dial with the planned sleep span, a wedge from now
+// round to bedtime, a bedtime hand and a hand for the current time.
+
+namespace velmorant {
+
+using platform::Canvas;
+using platform::Colour;
+using platform::Font;
+using platform::FontWeight;
+using platform::LineCap;
+using platform::Point;
+using Text = platform::TextAttributes;
+
+namespace {
+
+constexpr double kPi = std::numbers::pi;
+
+}  // namespace
+
+platform::ImagePtr SleepMetricsUI::drawTheBedClockWithSize(float size, const std::optional<platform::Date>& bedtime,
+                                                           const std::optional<platform::Date>& waketime) {
+    Pallet& palette = pallet();
+    const float S = size;
+    const float c = S * 0.5f;
+    const Point centre{c, c};
+
+    // Midnight straight up, turning clockwise once a day.
+    auto clock = [&](long hour, long minute) {
+        const float h = static_cast<float>(hour);
+        const float m = static_cast<float>(minute);
+        return static_cast<float>(radians(((m / 60 + h) / 24 - 0.25) * 360));
+    };
+    auto clockOf = [&](platform::Date date) {
+        return clock(formatTools().currentHour(date), formatTools().currentMin(date));
+    };
+
+    const platform::Date now = platform_.now();
+    const long nh = formatTools().currentHour(now);
+    const long nm = formatTools().currentMin(now);
+
+    Canvas canvas({S, S}, platform_.screenScale(), platform_.fonts());
+
+    // Face: a line this wide round a tiny circle fills the dial.
+    canvas.setLineCap(LineCap::Round);
+    canvas.setLineWidth(S - 5);
+    canvas.setStrokeColour(Colour::blackColor());
+    canvas.addArc(centre, 2, -kPi / 2, 2 * kPi);
+    canvas.strokePath();
+
+    // Track and rim.
+    canvas.setLineCap(LineCap::Round);
+    canvas.setLineWidth(16);
+    canvas.setStrokeColour(ringBkg());
+    canvas.addArc(centre, c - 12, -kPi / 2, 2 * kPi);
+    canvas.strokePath();
+
+    canvas.setLineCap(LineCap::Round);
+    canvas.setLineWidth(1);
+    canvas.setStrokeColour(gaugeBkg());
+    canvas.addArc(centre, c - 1, -kPi / 2, 2 * kPi);
+    canvas.strokePath();
+
+    float bedAngle = 0;
+    if (bedtime && waketime) {
+        bedAngle = clockOf(*bedtime);
+        const float wakeAngle = clockOf(*waketime);
+        const float nowAngle = clock(nh, nm);
+
+        // Wedge from now round to bedtime.
+        canvas.setLineCap(LineCap::Butt);
+        canvas.setLineWidth(widgetMode ? 40 : 70);
+        canvas.setStrokeColour(palette.lightRatingColour(80).colorWithAlphaComponent(1));
+        canvas.addArc(centre, widgetMode ? 20 : 40, nowAngle, bedAngle);
+        canvas.strokePath();
+
+        // The planned sleep span on the track.
+        canvas.setLineCap(LineCap::Round);
+        canvas.setLineWidth(12);
+        canvas.setStrokeColour(palette.lightRatingColour(110));
+        canvas.addArc(centre, (c - 12) + 1, bedAngle, wakeAngle);
+        canvas.strokePath();
+    }
+
+    // Hour ticks, with a finer tick on each half hour.
+    canvas.setLineCap(LineCap::Round);
+    double theta = radians(-90);
+    for (int hour = 0; hour < 24; ++hour) {
+        const bool even = hour % 2 == 0;
+        const float angle = static_cast<float>(theta);
+        canvas.setLineWidth(even ? 4 : 2);
+        canvas.setStrokeColour(even ? textColour() : subtleTextColour());
+        canvas.moveTo(pointAt(c, c - 26, angle));
+        canvas.addLineTo(pointAt(c, c - 22, angle));
+        canvas.strokePath();
+        theta += radians(7.5);
+
+        const float halfAngle = static_cast<float>(theta);
+        canvas.setLineWidth(1);
+        canvas.setStrokeColour(verySubtleTextColour());
+        canvas.moveTo(pointAt(c, c - 25, halfAngle));
+        canvas.addLineTo(pointAt(c, c - 22, halfAngle));
+        canvas.strokePath();
+        theta += radians(7.5);
+    }
+
+    // Hour numbers; the quarters of the day stand out.
+    theta = radians(-90);
+    for (int hour = 0; hour < 24; ++hour) {
+        const bool quarter = hour % 6 == 0;
+        const Text attributes =
+            quarter ? Text{Font::systemFontOfSize(12, FontWeight::Heavy), textColour()}
+                    : Text{Font::boldSystemFontOfSize(10), verySubtleTextColour()};
+        drawTextCentredAt(canvas, std::to_string(hour), pointAt(c, c - 36, theta), attributes);
+        theta += radians(15);
+    }
+
+    // Hub.
+    canvas.setShadow({0, 0}, 2);
+    canvas.setFillColour(needleBkg());
+    canvas.addArc(centre, 8, 0, 2 * kPi);
+    canvas.addLineTo(centre);
+    canvas.closePath();
+    canvas.fillPath();
+    canvas.setLineCap(LineCap::Round);
+
+    canvas.setShadowWithColour({0, 0}, 5, Colour::blackColor());
+
+    // A bedtime from midnight to six lies at an angle of 0 or less and has no hand.
+    if (bedAngle > 0) {
+        canvas.setLineWidth(2);
+        canvas.setStrokeColour(palette.lightRatingColour(40).colorWithAlphaComponent(1));
+        canvas.moveTo(centre);
+        canvas.addLineTo(pointAt(c, (c - 36) - 55, bedAngle));
+        canvas.strokePath();
+    }
+
+    // Current-time hand.
+    canvas.setShadowWithColour({0, 0}, 15, Colour::blackColor());
+    canvas.setLineWidth(6);
+    canvas.setStrokeColour(Colour::whiteColor().colorWithAlphaComponent(1));
+    canvas.moveTo(centre);
+    canvas.addLineTo(pointAt(c, (c - 36) - 30, clock(nh, nm)));
+    canvas.strokePath();
+
+    return canvas.makeImage();
+}
+
+}  // namespace velmorant
