@@ -210,9 +210,13 @@ private:
     std::optional<std::string> problem_;
 };
 
-std::string pathText(const std::string& at, std::string_view key) { return at.empty() ? std::string(key) : at + "." + std::string(key); }
-
-PlistPtr toPlist(const Value& value, const std::string& path, std::string* error) {
+// A value as a parser node; none when something in it has no property-list
+// form or a date the format cannot hold (said in `error`, with where it is).
+PlistPtr toPlist(const Value& value, TreePath& path, std::string* error) {
+    auto fail = [&](const std::string& what) {
+        if (error) *error = what;
+        return nullptr;
+    };
     switch (value.kind()) {
         case Value::Kind::Boolean: return PlistPtr(plist_new_bool(value.boolValue()));
         case Value::Kind::Integer: return PlistPtr(plist_new_uint(static_cast<std::uint64_t>(value.integerValue())));
@@ -223,10 +227,8 @@ PlistPtr toPlist(const Value& value, const std::string& path, std::string* error
             const double t = value.date()->timeIntervalSinceReferenceDate();
             const double micros = std::round(t * 1e6);
             // Whole seconds toward zero must fit the parser's 32 bits.
-            if (!(std::fabs(micros) < 2147483648e6)) {
-                if (error) *error = "the date under \"" + path + "\" is outside the years a store file can hold";
-                return nullptr;
-            }
+            if (!(std::fabs(micros) < 2147483648e6))
+                return fail("the date under \"" + path.text() + "\" is outside the years a store file can hold");
             return newDate(static_cast<long long>(micros));
         }
         case Value::Kind::Data: {
@@ -237,7 +239,9 @@ PlistPtr toPlist(const Value& value, const std::string& path, std::string* error
             PlistPtr a(plist_new_array());
             std::size_t i = 0;
             for (const Value& item : *value.array()) {
-                PlistPtr child = toPlist(item, path + "[" + std::to_string(i++) + "]", error);
+                path.enterIndex(i++);
+                PlistPtr child = toPlist(item, path, error);
+                path.leave();
                 if (!child) return nullptr;
                 plist_array_append_item(a.get(), child.release());
             }
@@ -246,15 +250,15 @@ PlistPtr toPlist(const Value& value, const std::string& path, std::string* error
         case Value::Kind::Dictionary: {
             PlistPtr d(plist_new_dict());
             for (const auto& [key, item] : *value.dictionary()) {
-                PlistPtr child = toPlist(item, pathText(path, key), error);
+                path.enterKey(key);
+                PlistPtr child = toPlist(item, path, error);
+                path.leave();
                 if (!child) return nullptr;
                 plist_dict_set_item(d.get(), key.c_str(), child.release());
             }
             return d;
         }
-        default:
-            if (error) *error = "the value under \"" + path + "\" has no property-list form";
-            return nullptr;
+        default: return fail("the value under \"" + path.text() + "\" has no property-list form");
     }
 }
 
@@ -298,7 +302,8 @@ std::optional<PlistDocument> parsePlist(std::span<const std::uint8_t> bytes, std
 
 std::optional<std::vector<std::uint8_t>> serialisePlist(const Dictionary& root, PlistFormat format,
                                                         std::string* error) {
-    PlistPtr node = toPlist(Value(root), "", error);
+    TreePath path;
+    PlistPtr node = toPlist(Value(root), path, error);
     if (!node) return std::nullopt;
     std::uint32_t length = 0;
     auto bytesOf = [&](const char* out) {
