@@ -48,7 +48,7 @@ any other name is an intent this extension does not know (it shows "I am so conf
   --images DIR   write every image of the record as DIR/VIEW.png (named in the JSON as "file")
 )";
 
-constexpr std::string_view kCall = R"(Usage: velmorant-snippet call CLASS.OPERATION [ARG...] [OPTIONS]
+constexpr std::string_view kCall = R"(Usage: velmorant-snippet call CLASS.OPERATION [ARG...] [--images DIR] [OPTIONS]
 
 Calls one public operation on a fresh object and prints the result as one JSON value.
 The operation is named by its selector, the trailing colon optional, or by the selector's
@@ -63,6 +63,14 @@ is a date), and nil for none. Run `call CLASS --help` to list a class's operatio
 Results: a record is a JSON object; numbers print as the shortest text that reads back as the
 same float or double; dates as {"date":"...Z"} (UTC); colours as {"colour":{"h","s","b","a"}};
 images as {"image":{"width","height","scale"}}; none as null.
+
+  --images DIR   write every image of the result as a PNG in DIR (a record's as KEY.png, an
+                 image result as OPERATION.png) and name it in the JSON as "file"
+  velmorant-snippet call SleepMetricsUI.drawSpO2GaugeWithSize:withDict: 280 \
+      '{"averageSpO2":95.4,"minSpO2":90,"maxSpO2":99}' --images gauges --scale 3
+
+SleepMetricsUI's widget operations (swift...Image, ...ForSwift) draw at widget sizes; the
+plain requests draw as the snippet does.
 )";
 
 constexpr std::string_view kDemo = R"(Usage: velmorant-snippet demo --prefs DIR [--now ISO8601] [--tz ZONE]

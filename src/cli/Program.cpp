@@ -37,7 +37,7 @@ const std::map<std::string, std::vector<std::string>> kOptions = {
     {"--prefs", {"show", "call", "demo"}}, {"--now", {"show", "call", "demo"}},
     {"--tz", {"show", "call", "demo"}},    {"--locale", {"show", "call", "demo"}},
     {"--scale", {"show", "call", "demo"}}, {"--width", {"show"}},
-    {"--png", {"show"}},                   {"--images", {"show"}},
+    {"--png", {"show"}},                   {"--images", {"show", "call"}},
 };
 
 CommandLine parse(const std::vector<std::string>& args) {
@@ -145,6 +145,7 @@ CallRegistry makeRegistry() {
     registerGroupMetricsCalls(registry);
     registerSleepMetricsUICalls(registry);
     registerHandleLightsOffCalls(registry);
+    registerWatchMetricsCalls(registry);
     return registry;
 }
 
@@ -184,7 +185,23 @@ int runCall(const CommandLine& line, std::ostream& out) {
     auto platform = makePlatform(line);
     std::vector<std::string> args(line.positional.begin() + 1, line.positional.end());
     CallArgs callArgs = readArguments(*op, args, *platform);
-    out << toJson(op->invoke(*platform, callArgs)).dump() << '\n';
+    // Every image of the result goes to DIR/NAME.png: a record's by its key,
+    // an image result by the operation's name. The folder is made for the
+    // first image, so a call refused for bad input leaves nothing behind.
+    ImageWriter writer;
+    if (auto dir = option(line, "--images")) {
+        writer = [dir = fs::path(*dir)](const platform::Image& image, const std::string& hint) -> std::optional<std::string> {
+            std::error_code ec;
+            fs::create_directories(dir, ec);
+            if (ec || !fs::is_directory(dir)) throw UsageError("--images " + dir.string() + ": cannot be created");
+            fs::path file = dir / (hint + ".png");
+            std::string error;
+            if (!image.writePng(file, &error)) throw std::runtime_error("cannot write " + file.string() + ": " + error);
+            return file.string();
+        };
+    }
+    std::string resultName = op->selector.substr(0, op->selector.find(':'));
+    out << toJson(op->invoke(*platform, callArgs), writer, resultName).dump() << '\n';
     return 0;
 }
 

@@ -1,0 +1,196 @@
+#include "demo/DemoData.h"
+#include "platform/Image.h"
+#include "snippet_ui/SleepMetricsUI.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cmath>
+#include <functional>
+#include <limits>
+#include <set>
+
+namespace velmorant {
+namespace {
+
+using platform::Date;
+using platform::Dictionary;
+using platform::Value;
+
+const Date kMorning = Date::fromUnix(1709641800);  // 2024-03-05 07:30 in New York
+const Date kAfterNightHour = Date::fromUnix(1709690520);  // 21:02 the same day
+
+// The demo night in memory (or an empty store), every diagnostic line kept.
+class RequestsTest : public ::testing::Test {
+protected:
+    void SetUp() override { start(kMorning); }
+    void start(Date now, bool demo = true) {
+        ui.reset();
+        reported.clear();
+        platform::PlatformOptions options{.now = now, .timeZoneId = "America/New_York", .localeId = "en_US", .scale = 2};
+        options.resourceDir = VELMORANT_TEST_RESOURCE_DIR;
+        options.diagnostics = [this](std::string_view line) { reported.emplace_back(line); };
+        platform_ = std::make_unique<platform::Platform>(std::move(options));
+        if (demo) demo::installDemoStores(*platform_);
+        ui = std::make_unique<SleepMetricsUI>(*platform_);
+    }
+    void put(std::string_view key, Value value) { platform_->suiteNamed(platform::kAppGroupSuite)->setObject(value, key); }
+    static std::string text(const Dictionary& record, std::string_view key) {
+        const Value* value = record.objectForKey(key);
+        return value && value->string() ? *value->string() : "<absent>";
+    }
+
+    std::vector<std::string> reported;
+    std::unique_ptr<platform::Platform> platform_;
+    std::unique_ptr<SleepMetricsUI> ui;
+};
+
+struct RecordCase {
+    const char* name;
+    std::function<SleepMetricsUI::Record(SleepMetricsUI&)> request;
+    std::set<std::string> keys, widgetOnlyKeys;
+    double plainSide, widgetSide, accessorySide;
+};
+
+template <SleepMetricsUI::Record (SleepMetricsUI::*request)()>
+SleepMetricsUI::Record run(SleepMetricsUI& ui) { return (ui.*request)(); }
+
+const std::vector<RecordCase> kRecords = {
+    {"spO2", run<&SleepMetricsUI::requestSpO2>,
+     {"averageSpO2Label", "averageSpO2Label7", "minSpO2Label", "maxSpO2Label", "averageSpO2RangeLabel",
+      "averageSpO2RangeLabel7", "difLabel", "difColour", "pasteItem", "ringsImage"}, {}, 280, 220, 220},
+    {"respRate", run<&SleepMetricsUI::requestRespRate>,
+     {"averageRespRate", "averageRespRateLabel", "averageRespRateWidgetLabel", "averageRespRateLabel7",
+      "minRespRateLabel", "maxRespRateLabel", "averageRespRateRangeLabel", "averageRespRateRangeLabel7", "difLabel",
+      "difColour", "pasteItem", "ringsImage"}, {}, 280, 220, 220},
+    {"wristTemp", run<&SleepMetricsUI::requestWristTemp>,
+     {"wristTempTodayLabel", "wristTempAverage28Label", "wristTempDifLabel", "wristTempScore", "pasteItem",
+      "ratingColour", "ringsImage"}, {}, 280, 220, 220},
+    {"readiness", run<&SleepMetricsUI::requestReadiness>,
+     {"pasteItem", "ringsImage", "hrvIndicatorColour", "wakingIndicatorColour", "hrvDifLabel", "hrvLabel",
+      "wakingDifLabel", "wakingLabel", "starsLabel"}, {"wakingTint", "hrvTint"}, 280, 220, 220},
+    {"octane", run<&SleepMetricsUI::requestOctane>,
+     {"pasteItem", "ringsImage", "hrvIndicatorColour", "wakingIndicatorColour", "hrvDifLabel", "hrvLabel",
+      "wakingDifLabel", "wakingLabel", "starsLabel"}, {"wakingTint", "hrvTint"}, 280, 220, 220},
+    {"quality", run<&SleepMetricsUI::requestQuality>,
+     {"ringsImage", "ringSleepLabel", "ringQualityLabel", "ringDeepLabel", "ringBPMLabel", "ringSleepColour",
+      "ringQualityColour", "ringDeepColour", "ringBPMColour", "pasteItem"}, {}, 280, 280, 260},
+    {"sleepBank", [](SleepMetricsUI& ui) -> SleepMetricsUI::Record { return ui.requestSleepBankRings(); },
+     {"ringsImage", "sleepTimeLabel", "sleepGoalLabel", "bankTimeLabel", "shortBankTimeLabel", "bankBalanceLabel",
+      "sleepIndicatorColour", "bankIndicatorColour", "bankPercentage", "pasteItem"}, {}, 280, 220, 200},
+    {"latestBedtime", run<&SleepMetricsUI::requestLatestBedtime>,
+     {"ringsImage", "latestBedTime", "wakeTimeLabel", "timeUntilBedLabel", "timeUntilWakeLabel", "pasteItem"},
+     {"bedTime"}, 280, 220, 220},
+    {"consistency", run<&SleepMetricsUI::requestConsistency>,
+     {"ringsImage", "avgBedtimeDateString", "trendString", "starsLabel"}, {}, 280, 220, 220},
+};
+
+TEST_F(RequestsTest, EachRecordHasItsKeysAndImageSideForTheWidgetFlags) {
+    for (auto [widget, accessory] : {std::pair{false, false}, {true, false}, {true, true}}) {
+        for (const RecordCase& c : kRecords) {
+            SCOPED_TRACE(::testing::Message() << c.name << " widget " << widget << " accessory " << accessory);
+            start(kMorning);
+            ui->widgetMode = widget;
+            ui->widgetAccessoryMode = accessory;
+            SleepMetricsUI::Record record = c.request(*ui);
+            ASSERT_TRUE(record);
+            std::set<std::string> keys, expected = c.keys;
+            for (const auto& [key, value] : *record) keys.insert(key);
+            if (widget) expected.insert(c.widgetOnlyKeys.begin(), c.widgetOnlyKeys.end());
+            EXPECT_EQ(keys, expected);
+            // The bitmap itself, not only its stated size, has the side asked for.
+            const double side = accessory ? c.accessorySide : widget ? c.widgetSide : c.plainSide;
+            EXPECT_EQ(record->objectForKey("ringsImage")->image()->pixelWidth(), side * 2);
+        }
+    }
+}
+
+TEST_F(RequestsTest, CopiedFieldsAreTheSourceRecordsOwn) {
+    GroupMetrics metrics(*platform_);
+    const std::pair<GroupMetrics::Record, SleepMetricsUI::Record> cases[] = {
+        {metrics.requestSpO2(), ui->requestSpO2()},           {metrics.requestRespRate(), ui->requestRespRate()},
+        {metrics.requestWristTemp(), ui->requestWristTemp()}, {metrics.requestReadiness(), ui->requestReadiness()},
+        {metrics.requestOctane(), ui->requestOctane()},       {metrics.requestQuality(), ui->requestQuality()},
+        {metrics.requestSleepBank(), ui->requestLatestBedtime()},
+        {metrics.requestConsistencyDict(), ui->requestConsistency()},
+    };
+    for (const auto& [source, record] : cases) {
+        ASSERT_TRUE(source && record);
+        // The readiness copyable text among them: the source's, not the stars figure written first.
+        for (const auto& [key, value] : *record)
+            if (const Value* original = source->objectForKey(key)) EXPECT_EQ(value, *original) << key;
+    }
+    EXPECT_EQ(text(*ui->requestReadiness(), "starsLabel"), text(*metrics.requestReadiness(), "rating"));
+}
+
+TEST_F(RequestsTest, WithoutDataThereIsNoRecordAndWidgetsGetThePlaceholder) {
+    start(kMorning, false);
+    for (const RecordCase& c : kRecords) {
+        SleepMetricsUI::Record record = c.request(*ui);
+        // The sleep bank alone answers an empty record rather than none.
+        EXPECT_EQ(record.has_value(), c.name == std::string("sleepBank")) << c.name;
+        EXPECT_TRUE(!record || record->empty());
+    }
+    for (auto image : {&SleepMetricsUI::swiftReadinessImage, &SleepMetricsUI::swiftOctaneImage,
+                       &SleepMetricsUI::swiftSpO2Image, &SleepMetricsUI::swiftRespRateImage,
+                       &SleepMetricsUI::swiftWristTempImage, &SleepMetricsUI::swiftSleepRingsImage,
+                       &SleepMetricsUI::swiftSleepRingsAccessoryImage, &SleepMetricsUI::swiftBedtimeImage})
+        EXPECT_EQ(((*ui).*image)()->name().value_or(""), "WidgetWait");
+    EXPECT_FALSE(ui->swiftSleepBankImage() || ui->swiftSleepBankAccessoryImage());
+}
+
+TEST_F(RequestsTest, SleepBankBalanceAgainstAnEightHourGoal) {
+    const struct {
+        double bankOfGoal;
+        const char* balance;
+    } cases[] = {{1.0, "0.0% Credit"},  {0.5, "50.0% debt"},   {0.0, "100% debt"},
+                 {1.995, "99.5% Credit"}, {2.0, "100% Credit"}, {0.999, "0.1% debt"}};
+    for (const auto& c : cases) {
+        put("watchTrackDict", Dictionary{{"rawSleepTime", 14400.0}, {"rawSleepBankTime", c.bankOfGoal * 28800}});
+        Dictionary record = ui->requestSleepBankRings();
+        EXPECT_EQ(text(record, "bankBalanceLabel"), c.balance);
+        EXPECT_EQ(text(record, "sleepGoalLabel"), "50% of goal");
+        EXPECT_FLOAT_EQ(record.objectForKey("bankPercentage")->floatValue(), static_cast<float>(c.bankOfGoal));
+    }
+}
+
+TEST_F(RequestsTest, SleepBankShowsNoGarbageForAnyGoalOrFigure) {
+    const double nan = std::numeric_limits<double>::quiet_NaN(), inf = std::numeric_limits<double>::infinity();
+    for (const Value& goal : {Value(0.0), Value(-2.0), Value("eight"), Value(1e-30), Value(8.0)}) {
+        for (const Value& figure : {Value(nan), Value(-inf), Value(1e39), Value(-5.0), Value("1e999"), Value(27000.0)}) {
+            put("velmorantConfig", Dictionary{{"requiredHours", goal}});
+            put("watchTrackDict", Dictionary{{"rawSleepTime", figure}, {"rawSleepBankTime", figure}});
+            Dictionary record = ui->requestSleepBankRings();
+            ASSERT_TRUE(record.contains("ringsImage"));
+            for (const auto& [key, value] : record) {
+                for (const char* bad : {"nan", "inf", "\u221E", "(null)"})
+                    EXPECT_EQ(value.string() ? value.string()->find(bad) : std::string::npos, std::string::npos) << key;
+                EXPECT_FALSE(value.isNumber() && !std::isfinite(value.doubleValue())) << key;
+            }
+        }
+    }
+}
+
+TEST_F(RequestsTest, WidgetBedtimeIsTheNextOneAndIsLoggedOnEachRequest) {
+    // In the morning last night's bedtime has passed; just after the night hour tonight's is ahead.
+    for (auto [now, past] : {std::pair{kMorning, true}, {kAfterNightHour, false}}) {
+        start(now);
+        const Date bedTime = *GroupMetrics(*platform_).requestSleepBank()->objectForKey("bedTime")->date();
+        ASSERT_EQ(bedTime < now, past) << "the demo night no longer covers this case";
+        const std::string hourMin = FormatTools(*platform_).hourMin(bedTime);
+        auto logged = [&] {
+            return std::count_if(reported.begin(), reported.end(),
+                                 [&](const std::string& line) { return line.find(hourMin) != std::string::npos; });
+        };
+        EXPECT_FALSE(ui->requestLatestBedtime()->contains("bedTime"));
+        EXPECT_EQ(logged(), 0);
+        ui->widgetMode = true;
+        SleepMetricsUI::Record record = ui->requestLatestBedtime();
+        EXPECT_EQ(record->objectForKey("bedTime")->date()->timeIntervalSinceDate(bedTime), past ? 86400 : 0);
+        ui->requestLatestBedtime();
+        EXPECT_EQ(logged(), 2);
+    }
+}
+
+}  // namespace
+}  // namespace velmorant
