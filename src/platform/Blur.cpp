@@ -79,11 +79,23 @@ void transpose(const Plane& in, Plane& out) {
     out.clearPadding();
 }
 
+// Rounded back to bytes; a whole lane at a time while it fits the row.
 void toBytes(const Plane& in, AlphaBitmap b) {
+    using IntLanes = int __attribute__((vector_size(32)));
+    using ByteLanes = unsigned char __attribute__((vector_size(8)));
+    const Lanes low = Lanes{} + 0.5f, high = Lanes{} + 255.5f;
     for (int y = 0; y < b.height; ++y) {
         const float* src = in.row(y);
         unsigned char* dst = b.data + static_cast<size_t>(y) * b.stride;
-        for (int x = 0; x < b.width; ++x) dst[x] = static_cast<unsigned char>(std::clamp(src[x] + 0.5f, 0.f, 255.f));
+        int x = 0;
+        for (; x + kLaneCount <= b.width; x += kLaneCount) {
+            Lanes v = load(src + x) + 0.5f;
+            v = v < low ? low : v;
+            v = v > high ? high : v;
+            ByteLanes bytes = __builtin_convertvector(__builtin_convertvector(v, IntLanes), ByteLanes);
+            std::memcpy(dst + x, &bytes, sizeof bytes);
+        }
+        for (; x < b.width; ++x) dst[x] = static_cast<unsigned char>(std::clamp(src[x] + 0.5f, 0.f, 255.f));
     }
 }
 

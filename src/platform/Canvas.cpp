@@ -137,10 +137,12 @@ struct Canvas::Impl {
             cairo_scale(target, scale, scale);
             paint(target);
         });
-        if (!mask) return;
+        if (!mask || mask->parts.empty()) return;
         CairoSaved saved(cr.get());
         cairo_identity_matrix(cr.get());
         cairo_rectangle(cr.get(), bounds.x0, bounds.y0, bounds.width(), bounds.height());
+        cairo_clip(cr.get());
+        for (const PixelBounds& part : mask->parts) cairo_rectangle(cr.get(), part.x0, part.y0, part.width(), part.height());
         cairo_clip(cr.get());
         setSource(cr.get(), shadow.colour);
         cairo_mask_surface(cr.get(), mask->alpha.get(), mask->x, mask->y);

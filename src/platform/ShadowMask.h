@@ -4,6 +4,7 @@
 
 #include <functional>
 #include <optional>
+#include <vector>
 
 namespace velmorant::platform {
 
@@ -16,10 +17,12 @@ struct PixelBounds {
 };
 
 // The alpha of a shadow: an A8 surface, one byte per canvas pixel, with its
-// top left corner at canvas pixel (x, y). It covers at least the bounds asked for.
+// top left corner at canvas pixel (x, y). It covers at least the bounds asked
+// for; only `parts` (in canvas pixels) hold alpha, elsewhere it is transparent.
 struct ShadowMask {
     SurfacePtr alpha;
     int x = 0, y = 0;
+    std::vector<PixelBounds> parts;
 };
 
 // Draws a shape's alpha through `paint` (given a context whose matrix maps
