@@ -20,7 +20,8 @@ bool isKind(const Interaction& interaction) {
 IntentViewController::IntentViewController(platform::Platform& platform, ExtensionContext context)
     : platform_(platform),
       extensionContext_(context),
-      views_(platform::ViewTree::loadInterface(platform.resourceDir() / "interface" / "IntentViewController.json")) {
+      views_(platform::ViewTree::loadInterface(platform.resourceDir() / "interface" / "IntentViewController.json",
+                                               [&platform](std::string_view name) { return platform.imageNamed(name); })) {
     lightsOffContainer = outlet("lightsOffContainer");
     lamp = outlet("lamp");
     lightsOffLabel = outlet("lightsOffLabel");

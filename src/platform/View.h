@@ -104,6 +104,9 @@ public:
     void setAutoresizing(Autoresizing mask) { autoresizing_ = mask; }
     const TextFitting& textFitting() const { return textFitting_; }
     void setTextFitting(TextFitting fitting) { textFitting_ = fitting; }
+    // The artwork an image view shows while the code has set no image.
+    const std::string& imageName() const { return imageName_; }
+    void setImageName(std::string name) { imageName_ = std::move(name); }
     // False for views a screen reader skips (decorative glyphs and pictures).
     bool isAccessibilityElement() const { return accessibilityElement_; }
     void setIsAccessibilityElement(bool element) { accessibilityElement_ = element; }
@@ -126,6 +129,7 @@ private:
     TextAlignment alignment_ = TextAlignment::Left;
     Autoresizing autoresizing_;
     TextFitting textFitting_;
+    std::string imageName_;
     bool accessibilityElement_ = true;
     bool header_ = false;
 };

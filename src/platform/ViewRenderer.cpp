@@ -76,7 +76,9 @@ void ViewRenderer::draw(Canvas& canvas, Point origin) const {
 
 void ViewRenderer::drawView(Canvas& canvas, const View& view, Rect frame) const {
     drawBackground(canvas, view, frame);
-    if (view.image()) drawImage(canvas, view, frame);
+    if (view.kind() == ViewKind::ImageView) {
+        if (ImagePtr image = views_.shownImage(view)) drawImage(canvas, view, image, frame);
+    }
     if (view.text() && !view.text()->empty()) drawText(canvas, view, frame);
 }
 
@@ -108,9 +110,8 @@ void ViewRenderer::drawBackground(Canvas& canvas, const View& view, Rect frame) 
     }
 }
 
-void ViewRenderer::drawImage(Canvas& canvas, const View& view, Rect frame) const {
-    const Image& image = *view.image();
-    Size natural = image.size();
+void ViewRenderer::drawImage(Canvas& canvas, const View& view, const ImagePtr& image, Rect frame) const {
+    Size natural = image->size();
     if (!(natural.width > 0 && natural.height > 0)) return;
     // Fitted inside the frame, never enlarged, centred.
     double fit = std::min({1.0, frame.width / natural.width, frame.height / natural.height});
@@ -118,7 +119,7 @@ void ViewRenderer::drawImage(Canvas& canvas, const View& view, Rect frame) const
     Rect r = onPixelGrid({frame.x + (frame.width - w) / 2, frame.y + (frame.height - h) / 2, w, h}, canvas.scale());
     canvas.addRoundedRect(frame, view.layer().cornerRadius());
     auto clip = canvas.clipToPath();
-    canvas.drawImage(view.image(), r);
+    canvas.drawImage(image, r);
 }
 
 void ViewRenderer::drawText(Canvas& canvas, const View& view, Rect frame) const {

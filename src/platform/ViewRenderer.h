@@ -28,7 +28,7 @@ public:
 private:
     void drawView(Canvas& canvas, const View& view, Rect frame) const;
     void drawBackground(Canvas& canvas, const View& view, Rect frame) const;
-    void drawImage(Canvas& canvas, const View& view, Rect frame) const;
+    void drawImage(Canvas& canvas, const View& view, const ImagePtr& image, Rect frame) const;
     void drawText(Canvas& canvas, const View& view, Rect frame) const;
 
     const ViewTree& views_;

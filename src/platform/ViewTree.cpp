@@ -73,9 +73,10 @@ TextFitting textFittingFrom(const json& v, const std::string& view) {
 
 }  // namespace
 
-ViewTree ViewTree::parseInterface(std::string_view text) {
+ViewTree ViewTree::parseInterface(std::string_view text, const ImageLookup& images) {
     json doc = json::parse(text.begin(), text.end());
     ViewTree tree;
+    tree.images_ = images;
     for (const json& v : doc.at("views")) {
         std::string name = v.at("name").get<std::string>();
         if (tree.view(name)) bad(name, "is described twice");
@@ -117,18 +118,19 @@ ViewTree ViewTree::parseInterface(std::string_view text) {
         view->setTextFitting(textFittingFrom(v, name));
         view->setIsAccessibilityElement(v.value("accessible", true));
         view->setIsHeader(v.value("header", false));
+        if (v.contains("image")) view->setImageName(v.at("image").get<std::string>());
         tree.views_.push_back(std::move(view));
     }
     return tree;
 }
 
-ViewTree ViewTree::loadInterface(const std::filesystem::path& file) {
+ViewTree ViewTree::loadInterface(const std::filesystem::path& file, const ImageLookup& images) {
     std::ifstream in(file);
     if (!in) throw std::runtime_error("interface description " + file.string() + " cannot be opened");
     std::stringstream text;
     text << in.rdbuf();
     try {
-        return parseInterface(text.str());
+        return parseInterface(text.str(), images);
     } catch (const std::exception& e) {
         throw std::runtime_error("interface description " + file.string() + ": " + e.what());
     }
@@ -138,6 +140,11 @@ View* ViewTree::view(std::string_view name) {
     for (auto& v : views_)
         if (v->name() == name) return v.get();
     return nullptr;
+}
+
+ImagePtr ViewTree::shownImage(const View& view) const {
+    if (view.image() || view.imageName().empty() || !images_) return view.image();
+    return images_(view.imageName());
 }
 
 bool ViewTree::isShown(const View& view) const {

@@ -3,6 +3,7 @@
 #include "View.h"
 
 #include <filesystem>
+#include <functional>
 #include <memory>
 #include <string_view>
 #include <vector>
@@ -13,10 +14,14 @@ namespace velmorant::platform {
 // Views are kept in description order, each parent before its children.
 class ViewTree {
 public:
+    // Finds the artwork an image view shows as first loaded, by name.
+    using ImageLookup = std::function<ImagePtr(std::string_view name)>;
+
     // Reads an interface description (JSON); throws std::runtime_error naming
-    // the file and what is wrong in it.
-    static ViewTree loadInterface(const std::filesystem::path& file);
-    static ViewTree parseInterface(std::string_view json);
+    // the file and what is wrong in it. The lookup finds an image view's own
+    // artwork when it is first drawn; without one, image views show only what is set.
+    static ViewTree loadInterface(const std::filesystem::path& file, const ImageLookup& images = {});
+    static ViewTree parseInterface(std::string_view json, const ImageLookup& images = {});
 
     ViewTree(ViewTree&&) = default;
     ViewTree& operator=(ViewTree&&) = default;
@@ -26,10 +31,13 @@ public:
     const std::vector<std::unique_ptr<View>>& views() const { return views_; }
     // True when neither the view nor any of its ancestors is hidden.
     bool isShown(const View& view) const;
+    // What an image view shows: the image set on it, else its own artwork.
+    ImagePtr shownImage(const View& view) const;
 
 private:
     ViewTree() = default;
     std::vector<std::unique_ptr<View>> views_;
+    ImageLookup images_;
 };
 
 }  // namespace velmorant::platform

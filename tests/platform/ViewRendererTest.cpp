@@ -232,6 +232,24 @@ TEST(ViewRenderer, TheCardWrittenBandByBandIsTheCardDrawnWhole) {
     EXPECT_FALSE(std::filesystem::exists(file));
 }
 
+TEST(ViewRenderer, AnImageViewShowsItsOwnArtworkUntilAnImageIsSet) {
+    Rgba grey = Colour::colorWithHue(0, 0, 0.5, 1).rgba(), yellow = Colour::colorWithHue(0.15, 1, 1, 1).rgba();
+    std::string json = kCard;
+    json.replace(json.find(R"("name": "picture", "kind": "imageView")"), 0, R"("image": "Waiting", )");
+    int lookups = 0;
+    ViewTree tree = ViewTree::parseInterface(json, [&](std::string_view name) {
+        ++lookups;
+        return name == "Waiting" ? swatch(40, Colour::colorWithHue(0, 0, 0.5, 1)) : nullptr;
+    });
+    EXPECT_FALSE(tree.view("picture")->image());  // the record holds only what the code sets
+    EXPECT_EQ(lookups, 0);                         // artwork is made when it is drawn
+    ViewLayout layout(tree, {390, 180});
+    Rect pic = layout.frameOf("picture");
+    EXPECT_TRUE(near(renderCard(tree, {390, 180}, 3, fonts())->pixelAt({pic.x + 50, pic.y + 25}), grey));
+    tree.view("picture")->setImage(swatch(40, Colour::colorWithHue(0.15, 1, 1, 1)));
+    EXPECT_TRUE(near(renderCard(tree, {390, 180}, 3, fonts())->pixelAt({pic.x + 50, pic.y + 25}), yellow));
+}
+
 TEST(InterfaceDescription, RefusesMarksItDoesNotKnow) {
     struct Case {
         const char* view;
