@@ -67,14 +67,6 @@ GObjectPtr<PangoLayout> FontSystem::layoutInPixels(const Font& font, double pixe
     return layout;
 }
 
-PangoLayout* FontSystem::createLayout(cairo_t* cr, const Font& font) const {
-    GObjectPtr<PangoContext> context = makeContext();
-    pango_cairo_update_context(cr, context.get());
-    GObjectPtr<PangoLayout> layout(pango_layout_new(context.get()));
-    pango_layout_set_font_description(layout.get(), describe(font, 1).get());
-    return layout.release();
-}
-
 double FontSystem::lineHeight(const Font& font) const {
     GObjectPtr<PangoContext> context = makeContext();
     FontDescriptionPtr description = describe(font, 1);

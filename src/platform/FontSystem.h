@@ -21,9 +21,6 @@ public:
     // A layout in device pixels: the system font at `font`'s size (points) x
     // `pixelsPerPoint` and its weight, for a context with an identity matrix.
     GObjectPtr<PangoLayout> layoutInPixels(const Font& font, double pixelsPerPoint) const;
-    // A layout for `cr` with the system font at `font`'s size (points) and
-    // weight; the caller releases it with g_object_unref.
-    PangoLayout* createLayout(cairo_t* cr, const Font& font) const;
     // The system font's line height (ascent + descent) at `font`'s size, in points.
     double lineHeight(const Font& font) const;
 

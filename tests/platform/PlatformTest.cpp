@@ -72,19 +72,13 @@ TEST(Platform, NamedImagesAreDrawnAtTheScreenScale) {
 
 TEST(Platform, PinnedFontsLayOutText) {
     Platform platform(options());
-    auto image = Image::create({100, 40}, 1);
-    cairo_t* cr = cairo_create(image->surface());
-    PangoLayout* layout = platform.fonts().createLayout(cr, Font::boldSystemFontOfSize(20));
-    pango_layout_set_text(layout, "O₂ ⑦ ⭤ 💤", -1);
-    EXPECT_EQ(pango_layout_get_unknown_glyphs_count(layout), 0);
-    PangoFontDescription* used = pango_font_describe(
-        pango_layout_get_line_readonly(layout, 0)->runs->data
-            ? static_cast<PangoGlyphItem*>(pango_layout_get_line_readonly(layout, 0)->runs->data)->item->analysis.font
-            : nullptr);
-    EXPECT_STREQ(pango_font_description_get_family(used), "Inter");
-    pango_font_description_free(used);
-    g_object_unref(layout);
-    cairo_destroy(cr);
+    GObjectPtr<PangoLayout> layout = platform.fonts().layoutInPixels(Font::boldSystemFontOfSize(20), 1);
+    pango_layout_set_text(layout.get(), "O₂ ⑦ ⭤ 💤", -1);
+    EXPECT_EQ(pango_layout_get_unknown_glyphs_count(layout.get()), 0);
+    auto* first = static_cast<PangoGlyphItem*>(pango_layout_get_line_readonly(layout.get(), 0)->runs->data);
+    ASSERT_NE(first, nullptr);
+    FontDescriptionPtr used(pango_font_describe(first->item->analysis.font));
+    EXPECT_STREQ(pango_font_description_get_family(used.get()), "Inter");
 }
 
 }  // namespace
