@@ -7,9 +7,11 @@
 #include <zlib.h>
 
 #include <algorithm>
+#include <bit>
 #include <cstdint>
 #include <cstdio>
 #include <cstdlib>
+#include <cstring>
 #include <memory>
 #include <vector>
 
@@ -64,13 +66,14 @@ struct Pixels {
     }
 };
 
-// PNG wants bytes in R, G, B order.
+// PNG wants bytes in R, G, B order. Each pixel is stored as a whole word and
+// the next overwrites its fourth byte, so `out` needs one byte to spare.
 void convertOpaqueRow(const std::uint32_t* in, int width, std::uint8_t* out) {
+    static_assert(std::endian::native == std::endian::little, "rows are converted for little-endian words");
     for (int x = 0; x < width; ++x, out += 3) {
-        std::uint32_t p = in[x];
-        out[0] = std::uint8_t(p >> 16);
-        out[1] = std::uint8_t(p >> 8);
-        out[2] = std::uint8_t(p);
+        // 0xAARRGGBB swapped is 0xBBGGRRAA; shifted, its bytes in memory read R, G, B, 0.
+        std::uint32_t rgb = __builtin_bswap32(in[x]) >> 8;
+        std::memcpy(out, &rgb, sizeof rgb);
     }
 }
 
@@ -166,7 +169,7 @@ PngEncoder::PngEncoder(std::filesystem::path path, int pixelWidth, int pixelHeig
     }
     impl.description = options.description;
     if (!impl.check(start(impl.ctx.get(), pixelWidth, pixelHeight, alpha, options, impl.description))) return;
-    impl.row.resize(std::size_t(pixelWidth) * (alpha ? 4 : 3));
+    impl.row.resize(std::size_t(pixelWidth) * (alpha ? 4 : 3) + 1);
 }
 
 PngEncoder::~PngEncoder() {
@@ -184,7 +187,7 @@ bool PngEncoder::append(const Image& band, int rows) {
     for (int y = 0; y < rows; ++y) {
         if (impl.alpha) convertRow(pixels.row(y), pixels.width, impl.row.data());
         else convertOpaqueRow(pixels.row(y), pixels.width, impl.row.data());
-        if (!impl.check(spng_encode_row(impl.ctx.get(), impl.row.data(), impl.row.size()))) return false;
+        if (!impl.check(spng_encode_row(impl.ctx.get(), impl.row.data(), impl.row.size() - 1))) return false;
         ++impl.rowsWritten;
     }
     return true;
