@@ -14,6 +14,8 @@
 #define VELMORANT_WIDE_LOOPS
 #endif
 
+#pragma GCC diagnostic ignored "-Wpsabi"
+
 namespace velmorant::platform {
 namespace {
 
@@ -21,13 +23,15 @@ namespace {
 using Lanes = float __attribute__((vector_size(32)));
 constexpr int kLaneCount = sizeof(Lanes) / sizeof(float);
 
-Lanes load(const float* p) {
+// Always inlined: a call would pass the vector differently in the AVX2 and
+// the plain builds of the passes (GCC's ABI note, silenced for this file).
+[[gnu::always_inline]] inline Lanes load(const float* p) {
     Lanes v;
     std::memcpy(&v, p, sizeof v);
     return v;
 }
 
-void store(float* p, Lanes v) { std::memcpy(p, &v, sizeof v); }
+[[gnu::always_inline]] inline void store(float* p, Lanes v) { std::memcpy(p, &v, sizeof v); }
 
 // A float copy of the bitmap, so successive passes do not round each time.
 // Passes only ever run down columns (a whole row at a time, which the

@@ -158,7 +158,9 @@ TEST(Canvas, ShadowFallsBelowForPositiveHeightAsABlurredGaussian) {
             double centre = dy + 0.5 / scale;  // of the pixel probed
             Rgba p = image->pixelAt({50, 80 + centre});
             EXPECT_NEAR(p.a, normalTail(centre / sigma) / 3, 0.01) << "scale " << scale << " dy " << dy;
-            if (p.a > 0.02) EXPECT_LT(p.r, 0.05);
+            if (p.a > 0.02) {
+                EXPECT_LT(p.r, 0.05);
+            }
         }
         EXPECT_EQ(image->pixelAt({50, 25}).a, 0) << "nothing above the square";
         EXPECT_EQ(image->pixelAt({50, 50}), (Rgba{1, 1, 1, 1})) << "the shape covers its own shadow";
@@ -199,7 +201,9 @@ TEST(Canvas, ShadowsTakeTheirColourAndCanBeSwitchedOff) {
     for (const auto& c : cases) {
         Rgba p = squareWithShadow(c.set)->pixelAt({50, 75});
         EXPECT_NEAR(p.a, c.alpha, 0.01) << c.what;
-        if (c.reddish) EXPECT_GT(p.r, p.g + 0.5) << c.what;
+        if (c.reddish) {
+            EXPECT_GT(p.r, p.g + 0.5) << c.what;
+        }
     }
 }
 
