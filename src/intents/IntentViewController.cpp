@@ -1,6 +1,8 @@
 #include "IntentViewController.h"
 
 #include "format/FormatTools.h"
+#include "platform/Text.h"
+#include "snippet_ui/SleepMetricsUI.h"
 
 #include <stdexcept>
 
@@ -136,25 +138,28 @@ void IntentViewController::configureViewForParameters(const ParameterSet& parame
     if (completion) completion(true, parameters, {maximum.width, height});
 }
 
-// Each rings snippet shows its own panel; the records that fill the panels
-// are added snippet by snippet.
-void IntentViewController::showTextPanel() {
-    ringTextContainer->setHidden(false);
-    ringTextContainer->layer().setCornerRadius(12);
+SleepMetricsUI& IntentViewController::sleepMetricsUI() {
+    if (!sleepMetricsUI_) sleepMetricsUI_ = std::make_unique<SleepMetricsUI>(platform_);
+    return *sleepMetricsUI_;
 }
 
-void IntentViewController::populateLightsOff() {}
-void IntentViewController::populateSleepBankRings() { showTextPanel(); }
-void IntentViewController::populateReadiness() { showTextPanel(); }
-void IntentViewController::populateWristTemp() { showTextPanel(); }
-void IntentViewController::populateOctane() { showTextPanel(); }
-void IntentViewController::populateSleepSpO2() { showTextPanel(); }
-void IntentViewController::populateRespRate() { showTextPanel(); }
-void IntentViewController::populateLatestBedtime() { showTextPanel(); }
+FormatTools& IntentViewController::formatTools() {
+    if (!formatTools_) formatTools_ = std::make_unique<FormatTools>(platform_);
+    return *formatTools_;
+}
 
-void IntentViewController::populateSleepRings() {
-    ringStatsContainer->setHidden(false);
-    ringStatsContainer->layer().setCornerRadius(12);
+std::string IntentViewController::heading(std::string_view key) const {
+    return platform::uppercaseString(platform_.localizedString(key, "", ""));
+}
+
+void IntentViewController::showTextPanel(std::string_view upperHeading, std::string_view lowerHeading) {
+    ringTextContainer->setHidden(false);
+    ringTextContainer->layer().setCornerRadius(12);
+    sleepHeadingLabel->setText(heading(upperHeading));
+    starsLabel->setText("");
+    bankHeadingLabel->setText(heading(lowerHeading));
+    sleepIndicator->layer().setCornerRadius(10);
+    bankIndicator->layer().setCornerRadius(10);
 }
 
 }  // namespace velmorant

@@ -9,10 +9,12 @@
 #include <memory>
 #include <set>
 #include <string>
+#include <string_view>
 
 namespace velmorant {
 
 class FormatTools;
+class SleepMetricsUI;
 
 // The extension context the host gives the snippet: how large it may be.
 struct ExtensionContext {
@@ -43,14 +45,23 @@ public:
                                     InteractiveBehavior behavior, const ExtensionContext* context,
                                     const Completion& completion);
 
+    // Lights-off group: the switch moment from the shared store, or the invitation.
     void populateLightsOff();
+    // Rings group, two-row panel: today's sleep and the sleep bank.
     void populateSleepBankRings();
+    // Rings group, two-row panel: heart-rate variability and waking heart rate.
     void populateReadiness();
+    // Rings group, two-row panel: change against the baseline, today and the baseline.
     void populateWristTemp();
+    // Rings group, two-row panel: as readiness, from the sleep-fuel record.
     void populateOctane();
+    // Rings group, two-row panel: blood-oxygen averages and ranges.
     void populateSleepSpO2();
+    // Rings group, two-row panel: respiration-rate averages and ranges.
     void populateRespRate();
+    // Rings group, two-row panel: time until bed and wake time.
     void populateLatestBedtime();
+    // Rings group, four-row panel: the sleep rings' results and colours.
     void populateSleepRings();
 
     const platform::ViewTree& views() const { return views_; }
@@ -100,11 +111,18 @@ public:
 
 private:
     platform::View* outlet(const char* name);
-    void showTextPanel();
+    // Collaborators, made on first use and kept for the controller's life.
+    SleepMetricsUI& sleepMetricsUI();
+    FormatTools& formatTools();
+    // A heading as shown: the localised text, upper-cased.
+    std::string heading(std::string_view key) const;
+    // The frame every two-row snippet starts with: panel, headings, stars, corner radii.
+    void showTextPanel(std::string_view upperHeading, std::string_view lowerHeading);
 
     platform::Platform& platform_;
     ExtensionContext extensionContext_;
     platform::ViewTree views_;
+    std::unique_ptr<SleepMetricsUI> sleepMetricsUI_;
     std::unique_ptr<FormatTools> formatTools_;
     std::shared_ptr<platform::PreferencesStore> groupPrefs_;
 };

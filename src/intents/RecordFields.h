@@ -1,0 +1,32 @@
+#pragma once
+
+#include "platform/Colour.h"
+#include "platform/Value.h"
+#include "platform/View.h"
+
+#include <optional>
+#include <string>
+#include <string_view>
+
+namespace velmorant::intents_detail {
+
+// A record's text under `key`; none (which clears a label) when it is absent or not a text.
+inline std::optional<std::string> recordText(const platform::Dictionary& record, std::string_view key) {
+    const platform::Value* value = record.objectForKey(key);
+    if (!value || !value->string()) return std::nullopt;
+    return *value->string();
+}
+
+// A record's colour under `key`; none (no background) when it is absent or not a colour.
+inline std::optional<platform::Colour> recordColour(const platform::Dictionary& record, std::string_view key) {
+    const platform::Value* value = record.objectForKey(key);
+    return value ? value->colour() : std::nullopt;
+}
+
+// Shows the record's picture; without one the view keeps what it showed.
+inline void setImageFrom(platform::View& imageView, const platform::Dictionary& record) {
+    const platform::Value* value = record.objectForKey("ringsImage");
+    if (value && value->image()) imageView.setImage(value->image());
+}
+
+}  // namespace velmorant::intents_detail
