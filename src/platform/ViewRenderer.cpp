@@ -18,15 +18,15 @@ constexpr double kHeightTolerance = 0.5;
 // scale 3 takes a little over a megabyte instead of six for the whole card.
 constexpr int kBandRows = 256;
 
+// Halvings of the width range when balancing lines: to a fraction of a point.
+constexpr int kBalancingSteps = 8;
+
 // Pixels along one side of a canvas of `points` at `scale`, as the canvas counts them.
 int canvasPixels(double points, double scale) {
     double pixels = std::ceil(points * scale);
     if (!std::isfinite(pixels) || pixels <= 0) return 0;
     return static_cast<int>(std::min(pixels, static_cast<double>(Canvas::kMaxPixels)));
 }
-
-// Halvings of the width range when balancing lines: to a fraction of a point.
-constexpr int kBalancingSteps = 8;
 
 // Labels without a colour of their own draw in the dark theme's label colour.
 Colour defaultTextColour() { return Colour::whiteColor(); }
@@ -141,7 +141,7 @@ void ViewRenderer::drawText(Canvas& canvas, const View& view, Rect frame) const 
         }
         if (!block.truncated) break;
     }
-    Rect block = balanced(canvas, text, frame, lines, view.alignment(), attributes);
+    Rect block = lines == 1 ? frame : balanced(canvas, text, frame, lines, view.alignment(), attributes);
     canvas.addRoundedRect(frame, 0);
     auto clip = canvas.clipToPath();
     canvas.drawTextBlock(text, block, lines, view.alignment(), attributes);
