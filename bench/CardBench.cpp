@@ -11,6 +11,7 @@
 
 #include <benchmark/benchmark.h>
 
+#include <filesystem>
 #include <string>
 
 using namespace velmorant;
@@ -46,6 +47,18 @@ void BM_RenderCard(benchmark::State& state, const char* intent) {
 BENCHMARK_CAPTURE(BM_RenderCard, SleepSpO2, "SleepSpO2Intent")->Unit(benchmark::kMillisecond);
 BENCHMARK_CAPTURE(BM_RenderCard, SleepRings, "SleepRingsIntent")->Unit(benchmark::kMillisecond);
 BENCHMARK_CAPTURE(BM_RenderCard, LightsOff, "LightsOffIntent")->Unit(benchmark::kMillisecond);
+
+// What `show --png` spends on the card: drawn and written band by band.
+void BM_WriteCardPng(benchmark::State& state, const char* intent) {
+    Snippet snippet(intent);
+    auto file = std::filesystem::temp_directory_path() / "velmorant-bench-card.png";
+    for (auto _ : state)
+        platform::writeCardPng(snippet.controller->views(), snippet.size, 3, snippet.platform.fonts(), file, "");
+    state.counters["bytes"] = static_cast<double>(std::filesystem::file_size(file));
+    std::filesystem::remove(file);
+}
+BENCHMARK_CAPTURE(BM_WriteCardPng, SleepSpO2, "SleepSpO2Intent")->Unit(benchmark::kMillisecond);
+BENCHMARK_CAPTURE(BM_WriteCardPng, LightsOff, "LightsOffIntent")->Unit(benchmark::kMillisecond);
 
 void BM_EncodeCard(benchmark::State& state) {
     static Snippet snippet("SleepRingsIntent");
