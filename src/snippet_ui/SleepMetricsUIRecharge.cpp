@@ -21,11 +21,12 @@ constexpr double kPi = std::numbers::pi;
 constexpr double kRingStart = (0.01 - 0.25) * 2 * kPi;
 // The accessory widget: white rings, a large moon, no backdrop.
 constexpr float kAccessorySide = 200;
-// Marks shorter than this many device pixels along the ring can no longer be
-// told apart, nor can more marks than a ring has pixels round it; past either
-// limit the alternating marks read as an even half-tone.
-constexpr double kMinMarkPixels = 2;
-constexpr double kMaxMarkedHours = 16384;
+// A mark shorter than a device pixel along the ring can no longer be told
+// from its neighbours, and no canvas (at most 8192 pixels a side) has room
+// round a ring for more hours than this; past either limit the alternating
+// marks read as an even half-tone.
+constexpr double kMinMarkPixels = 1;
+constexpr double kMaxMarkedHours = 32768;
 
 }  // namespace
 

@@ -1,47 +1,28 @@
 // Pixel probes of the recharge rings and the bed clock at places their
-// geometry fixes.
+// geometry fixes, and pictures from hostile numbers.
 #include "SnippetUiTestSupport.h"
-
-#include <unicode/gregocal.h>
 
 #include <limits>
 #include <numbers>
 #include <optional>
+#include <vector>
 
 namespace velmorant::testing {
 namespace {
 
-constexpr double kPi = std::numbers::pi;
 constexpr float kNaN = std::numeric_limits<float>::quiet_NaN();
 constexpr float kInf = std::numeric_limits<float>::infinity();
 const Rgba kWhite{1, 1, 1, 1};
 const Rgba kBlack{0, 0, 0, 1};
 const Rgba kClear{0, 0, 0, 0};
 
-// The angle of a fraction of a turn, 0 straight up.
-double tip(double fraction) { return (fraction - 0.25) * 2 * kPi; }
-// The bed clock's angle of a time of day: midnight up, once round a day.
+// The angle of a fraction of a turn, 0 straight up; the clock's of an hour of the day.
+double tip(double fraction) { return (fraction - 0.25) * 2 * std::numbers::pi; }
 double clockAngle(double hour) { return tip(hour / 24); }
+// New York wall-clock time on the evening of kMorning's day; 24 and more is the next day.
+platform::Date evening(double hour) { return kMorning.dateByAddingTimeInterval((hour - 7.5) * 3600); }
 
-// An instant given by its wall-clock time in New York.
-platform::Date newYork(int day, int hour, int minute) {
-    UErrorCode status = U_ZERO_ERROR;
-    icu::GregorianCalendar calendar(icu::TimeZone::createTimeZone("America/New_York"), status);
-    calendar.clear();
-    calendar.set(2024, 2, day, hour, minute, 0);
-    return platform::Date::fromIcuMillis(calendar.getTime(status));
-}
-
-class PictureTest : public SnippetUiTest {
-protected:
-    static void expectCornersClear(const platform::Image& image, double side) {
-        for (Point corner :
-             {Point{0.5, 0.5}, Point{side - 0.5, 0.5}, Point{0.5, side - 0.5}, Point{side - 0.5, side - 0.5}})
-            EXPECT_TRUE(pixelIs(image, corner, kClear, 0)) << side;
-    }
-};
-
-class RechargeTest : public PictureTest {
+class RechargeTest : public SnippetUiTest {
 protected:
     // The palette as the drawing leaves it: switched to dark.
     Pallet darkPallet() {
@@ -56,86 +37,62 @@ protected:
     }
 };
 
-// Sleep 0.8 outside, bank 0.6 inside: each ring's colour short of its tip, its
-// track past it; white rings at the accessory side of 200.
+// Sleep 0.8 outside, bank 0.6 inside: each ring's colour short of its tip, the
+// inner track past the bank's; white rings at the accessory side of 200.
 TEST_F(RechargeTest, RingsEndAtTheirFractionsOnTheirTracks) {
     Pallet palette = darkPallet();
-    const Rgba track = rgb(palette.innerShadeForType(2));
     struct Row {
         float side;
         double outer, inner, width;
     } rows[] = {{280, 116, 89, 25}, {220, 86, 59, 25}, {200, 76, 49, 25}, {100, 46, 39, 5}};
     for (const Row& row : rows) {
         const platform::ImagePtr image = ui->drawTheRechargeWithSize(row.side, 0.8f, 0.6f);
-        const double c = row.side / 2;
-        const Point centre{c, c};
+        const Point centre{row.side / 2.0, row.side / 2.0};
         const bool white = row.side == 200;
-        struct Ring {
-            const char* name;
-            double radius;
-            float fraction;
-            Rgba colour;
-        } rings[] = {
-            {"sleep", row.outer, 0.8f, white ? kWhite : rgb(palette.colourForBatteryChargePercent(0.8f))},
-            {"bank", row.inner, 0.6f, white ? kWhite : rgb(palette.colourForBatteryChargePercent(0.6f))},
-        };
-        for (const Ring& ring : rings) {
-            const double back = 0.4 * row.width, out = 0.28 * row.width;
-            EXPECT_TRUE(pixelIs(*image, polar(centre, ring.radius + out, tip(ring.fraction) - back / ring.radius),
-                                ring.colour))
-                << ring.name << " at " << row.side;
+        for (auto [radius, fraction] : {std::pair{row.outer, 0.8f}, std::pair{row.inner, 0.6f}}) {
+            const Rgba colour = white ? kWhite : rgb(palette.colourForBatteryChargePercent(fraction));
+            const Point shortOfTip = polar(centre, radius + 0.28 * row.width, tip(fraction) - 0.4 * row.width / radius);
+            EXPECT_TRUE(pixelIs(*image, shortOfTip, colour)) << radius << " at " << row.side;
         }
-        // The inner track past the bank's tip, beyond its cap and head shadow.
-        EXPECT_TRUE(pixelIs(*image, polar(centre, row.inner, tip(0.6) + (row.width + 10) / row.inner), track))
-            << row.side;
-        expectCornersClear(*image, row.side);
+        const Point pastBank = polar(centre, row.inner, tip(0.6) + (row.width + 10) / row.inner);
+        EXPECT_TRUE(pixelIs(*image, pastBank, rgb(palette.innerShadeForType(2)))) << row.side;
+        for (Point corner : {Point{0.5, 0.5}, Point{row.side - 0.5, row.side - 0.5}})
+            EXPECT_TRUE(pixelIs(*image, corner, kClear, 0)) << row.side;
     }
 }
 
-// Every other hour of the goal is marked on the outer track; a fractional
-// last hour is not, and a goal under four hours counts as eight.
+// Every other hour of the goal is marked on the outer track; a fractional last
+// hour is not, a goal under four hours counts as eight, and countless hours
+// shade the track evenly, apart from both shades.
 TEST_F(RechargeTest, HourMarksFollowTheGoal) {
     Pallet palette = darkPallet();
-    const Rgba marked = rgb(palette.innerShadeForType(0));
-    const Rgba unmarked = rgb(palette.innerShadeForType(2));
+    const Rgba marked = rgb(palette.innerShadeForType(0)), unmarked = rgb(palette.innerShadeForType(2));
+    const double turns[] = {0.6, 0.7, 0.78, 0.9, 0.97};
     struct Row {
         std::optional<double> hours;
-        // Marked at 0.6, 0.7, 0.78, 0.9 and 0.97 of a turn?
-        bool marks[5];
-    } rows[] = {
-        {std::nullopt, {true, false, true, false, false}},
-        {3.9, {true, false, true, false, false}},
-        {7.5, {true, false, false, true, false}},
-        {12, {false, true, false, true, false}},
-    };
-    const double turns[] = {0.6, 0.7, 0.78, 0.9, 0.97};
+        // Marked at each of the turns above; none: an even shade.
+        std::optional<std::vector<bool>> marks;
+    } rows[] = {{std::nullopt, {{true, false, true, false, false}}}, {3.9, {{true, false, true, false, false}}},
+                {7.5, {{true, false, false, true, false}}},          {12, {{false, true, false, true, false}}},
+                {1e6, std::nullopt},                                 {3e38, std::nullopt}};
     for (const Row& row : rows) {
         start();
         setGoal(row.hours);
         for (float side : {280.0f, 100.0f}) {
             const platform::ImagePtr image = ui->drawTheRechargeWithSize(side, 0.5f, 0.3f);
-            const double c = side / 2;
-            const double outer = side == 280 ? 116 : 46;
-            for (int i = 0; i < 5; ++i)
-                EXPECT_TRUE(pixelIs(*image, polar({c, c}, outer, tip(turns[i])), row.marks[i] ? marked : unmarked))
-                    << row.hours.value_or(0) << " hours at " << turns[i] << " turn, side " << side;
+            auto at = [&](double turn) { return polar({side / 2.0, side / 2.0}, side == 280 ? 116 : 46, tip(turn)); };
+            const Rgba even = image->pixelAt(at(turns[0]));
+            for (int i = 0; i < 5; ++i) {
+                if (row.marks)
+                    EXPECT_TRUE(pixelIs(*image, at(turns[i]), (*row.marks)[i] ? marked : unmarked))
+                        << row.hours.value_or(0) << " hours at " << turns[i] << " turn, side " << side;
+                else
+                    EXPECT_TRUE(pixelIs(*image, at(turns[i]), even, 0.005)) << row.hours.value_or(0) << " hours";
+            }
+            // The two shades lie close together: tell them apart finely.
+            if (!row.marks)
+                for (Rgba shade : {marked, unmarked}) EXPECT_FALSE(pixelIs(*image, at(turns[0]), shade, 0.01));
         }
-    }
-}
-
-// Marks finer than the ring can show read as one even shade, in bounded time.
-TEST_F(RechargeTest, CountlessHoursShadeTheTrackEvenly) {
-    Pallet palette = darkPallet();
-    for (double hours : {1e6, 3e38}) {
-        start();
-        setGoal(hours);
-        const platform::ImagePtr image = ui->drawTheRechargeWithSize(280, 0.5f, 0.3f);
-        const Rgba first = image->pixelAt(polar({140, 140}, 116, tip(0.7)));
-        for (double turn : {0.78, 0.9, 0.97})
-            EXPECT_TRUE(pixelIs(*image, polar({140, 140}, 116, tip(turn)), first, 0.005));
-        // The two shades lie close together: tell them apart finely.
-        for (float type : {0.0f, 2.0f})
-            EXPECT_FALSE(pixelIs(*image, polar({140, 140}, 116, tip(0.7)), rgb(palette.innerShadeForType(type)), 0.01));
     }
 }
 
@@ -148,35 +105,20 @@ TEST_F(RechargeTest, BackdropOnlyOnFullSizes) {
     } rows[] = {{280, {140, 140}, true}, {220, {110, 110}, true}, {200, {100, 125}, false}, {100, {50, 50}, false}};
     for (const Row& row : rows) {
         const double alpha = ui->drawTheRechargeWithSize(row.side, 0.5f, 0.5f)->pixelAt(row.probe).a;
-        if (row.backdrop) EXPECT_GT(alpha, 0.5) << row.side;
-        else EXPECT_LT(alpha, 0.15) << row.side;
+        EXPECT_EQ(alpha > 0.5, row.backdrop) << row.side << ": alpha " << alpha;
+        EXPECT_TRUE(alpha > 0.5 || alpha < 0.15) << row.side << ": alpha " << alpha;
     }
 }
 
-TEST_F(RechargeTest, AnyInputGivesAPicture) {
-    setGoal(1e30);
-    const float values[] = {kNaN, kInf, -kInf, 3e38f, -3e38f, 1e7f, -1, 0, 12.5f};
-    for (float value : values) {
-        for (float side : {280.0f, 200.0f, 100.0f})
-            EXPECT_EQ(ui->drawTheRechargeWithSize(side, value, value)->size(), (platform::Size{side, side})) << value;
-    }
-    for (float side : {kNaN, kInf, -1.0f, 0.0f, 1.0f}) EXPECT_NE(ui->drawTheRechargeWithSize(side, 0.5f, 0.5f), nullptr);
-}
-
-class BedClockTest : public PictureTest {
-protected:
-    void SetUp() override { start(2, "en_US", newYork(5, 19, 0)); }
-};
+using BedClockTest = SnippetUiTest;
 
 // At 19:00, bedtime 23:00 and waketime 07:00: the wedge runs from now to
 // bedtime, the sleep span from bedtime over the top to waketime.
 TEST_F(BedClockTest, FaceTrackWedgeSpanAndHands) {
+    start(2, "en_US", evening(19));
     Pallet palette = pallet();
-    const Rgba wedge = rgb(palette.lightRatingColour(80));
-    const Rgba span = rgb(palette.lightRatingColour(110));
-    const Rgba bedHand = rgb(palette.lightRatingColour(40));
-    const Rgba track = rgb(ui->ringBkg());
-    const std::optional<platform::Date> none;
+    const Rgba wedge = rgb(palette.lightRatingColour(80)), span = rgb(palette.lightRatingColour(110));
+    const Rgba bedHand = rgb(palette.lightRatingColour(40)), track = rgb(ui->ringBkg());
     struct Probe {
         double radius, hour;
         Rgba colour;
@@ -188,50 +130,44 @@ TEST_F(BedClockTest, FaceTrackWedgeSpanAndHands) {
         std::optional<platform::Date> bedtime, waketime;
         std::vector<Probe> probes;
     } rows[] = {
-        {"23:00 to 07:00",
-         false,
-         newYork(5, 23, 0),
-         newYork(6, 7, 0),
-         {{90, 3, kBlack},
-          {128, 15, track},
-          {139, 15, rgb(ui->gaugeBkg())},
-          {129, 3, span},
-          {129, 9, track},
-          {60, 22, wedge},
-          {30, 22, wedge},
-          {60, 9, kBlack},
-          {30, 23, bedHand},
-          {40, 19, kWhite}}},
-        {"widget wedge", true, newYork(5, 23, 0), newYork(6, 7, 0), {{30, 22, wedge}, {50, 22, kBlack}}},
+        {"23:00 to 07:00", false, evening(23), evening(31),
+         {{90, 3, kBlack}, {128, 15, track}, {139, 15, rgb(ui->gaugeBkg())}, {129, 3, span}, {129, 9, track},
+          {60, 22, wedge}, {30, 22, wedge}, {60, 9, kBlack}, {30, 23, bedHand}, {40, 19, kWhite}}},
+        {"widget wedge", true, evening(23), evening(31), {{30, 22, wedge}, {50, 22, kBlack}}},
         // A bedtime after midnight has no hand of its own.
-        {"00:30 to 07:00",
-         false,
-         newYork(6, 0, 30),
-         newYork(6, 7, 0),
-         {{60, 0.2, wedge}, {129, 3, span}, {30, 0.5, bedHand, false}}},
-        {"no waketime", false, newYork(5, 23, 0), none, {{60, 22, kBlack}, {30, 23, kBlack}, {129, 3, track}}},
-        {"no dates", false, none, none, {{60, 22, kBlack}, {129, 3, track}, {40, 19, kWhite}}},
+        {"00:30 to 07:00", false, evening(24.5), evening(31), {{60, 0.2, wedge}, {129, 3, span}, {30, 0.5, bedHand, false}}},
+        {"no waketime", false, evening(23), std::nullopt, {{60, 22, kBlack}, {30, 23, kBlack}, {129, 3, track}}},
+        {"no dates", false, std::nullopt, std::nullopt, {{60, 22, kBlack}, {129, 3, track}, {40, 19, kWhite}}},
     };
     for (const Row& row : rows) {
         ui->widgetMode = row.widget;
         const platform::ImagePtr image = ui->drawTheBedClockWithSize(280, row.bedtime, row.waketime);
         for (const Probe& probe : row.probes)
-            EXPECT_EQ(pixelIs(*image, polar({140, 140}, probe.radius, clockAngle(probe.hour)), probe.colour),
-                      probe.shown)
+            EXPECT_EQ(pixelIs(*image, polar({140, 140}, probe.radius, clockAngle(probe.hour)), probe.colour), probe.shown)
                 << row.name << ": radius " << probe.radius << " at " << probe.hour << " h";
-        expectCornersClear(*image, 280);
+        for (Point corner : {Point{0.5, 0.5}, Point{279.5, 279.5}}) EXPECT_TRUE(pixelIs(*image, corner, kClear, 0));
     }
 }
 
-TEST_F(BedClockTest, AnyInputGivesAPicture) {
-    const double nan = std::numeric_limits<double>::quiet_NaN();
-    for (double seconds : {nan, 1e300, -1e300, 0.0}) {
-        const platform::Date date = platform::Date::fromUnix(seconds);
+// Whatever the numbers, each drawing gives a picture of the asked size.
+TEST_F(RechargeTest, AnyInputGivesAPicture) {
+    setGoal(1e30);
+    for (float value : {kNaN, kInf, -kInf, 3e38f, -3e38f, 1e7f, -1.0f, 12.5f}) {
+        for (float side : {280.0f, 100.0f}) {
+            const platform::Size size{side, side};
+            EXPECT_EQ(ui->drawTheRechargeWithSize(side, value, value)->size(), size) << value;
+            EXPECT_EQ(ui->drawSleepRingsWithSize(side, value, value, value, value, value, true)->size(), size) << value;
+        }
+        const platform::Date date = platform::Date::fromUnix(value);
         platform_->setNow(date);
-        EXPECT_EQ(ui->drawTheBedClockWithSize(280, date, date)->size(), (platform::Size{280, 280})) << seconds;
+        EXPECT_EQ(ui->drawTheBedClockWithSize(280, date, date)->size(), (platform::Size{280, 280})) << value;
     }
-    for (float side : {kNaN, kInf, -1.0f, 0.0f, 1.0f})
-        EXPECT_NE(ui->drawTheBedClockWithSize(side, newYork(5, 23, 0), newYork(6, 7, 0)), nullptr);
+    platform_->setNow(kMorning);
+    for (float side : {kNaN, kInf, -1.0f, 0.0f, 1.0f}) {
+        EXPECT_NE(ui->drawTheRechargeWithSize(side, 0.5f, 0.5f), nullptr);
+        EXPECT_NE(ui->drawSleepRingsWithSize(side, 0.5f, 0.5f, 0.5f, 0.5f, 0.5f, false), nullptr);
+        EXPECT_NE(ui->drawTheBedClockWithSize(side, evening(23), evening(31)), nullptr);
+    }
 }
 
 }  // namespace
