@@ -1,10 +1,13 @@
 #include "ViewRenderer.h"
 
+#include "IcuStrings.h"
 #include "Image.h"
 #include "PngWriter.h"
 
 #include <algorithm>
 #include <cmath>
+
+#include <unicode/uchar.h>
 
 namespace velmorant::platform {
 namespace {
@@ -35,6 +38,23 @@ Colour defaultTextColour() { return Colour::whiteColor(); }
 Rect onPixelGrid(Rect r, double scale) {
     double x0 = std::round(r.x * scale) / scale, y0 = std::round(r.y * scale) / scale;
     return {x0, y0, std::round(r.width * scale) / scale, std::round(r.height * scale) / scale};
+}
+
+// The text as the phone shows it: its fonts carry no plain glyphs for the
+// pictographs beyond the basic plane (🛏), so those always appear in colour.
+// Ours do, so such a pictograph is asked for in its emoji presentation.
+std::string withColourPictographs(std::string_view text) {
+    icu::UnicodeString in = fromUtf8(text), out;
+    for (int32_t i = 0; i < in.length();) {
+        UChar32 c = in.char32At(i);
+        i += U16_LENGTH(c);
+        out.append(c);
+        bool textByDefault = c > 0xFFFF && u_hasBinaryProperty(c, UCHAR_EXTENDED_PICTOGRAPHIC) &&
+                             !u_hasBinaryProperty(c, UCHAR_EMOJI_PRESENTATION);
+        UChar32 next = i < in.length() ? in.char32At(i) : 0;
+        if (textByDefault && next != 0xFE0E && next != 0xFE0F) out.append(static_cast<UChar32>(0xFE0F));
+    }
+    return toUtf8(out);
 }
 
 // The narrowest part of `frame` that holds a wrapped text in as many lines as
@@ -123,7 +143,7 @@ void ViewRenderer::drawImage(Canvas& canvas, const View& view, const ImagePtr& i
 }
 
 void ViewRenderer::drawText(Canvas& canvas, const View& view, Rect frame) const {
-    const std::string& text = *view.text();
+    const std::string text = withColourPictographs(*view.text());
     const TextFitting& fitting = view.textFitting();
     TextAttributes attributes{view.font().value_or(Font::systemFontOfSize(17)),
                               view.textColor().value_or(defaultTextColour())};

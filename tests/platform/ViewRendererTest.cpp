@@ -250,6 +250,28 @@ TEST(ViewRenderer, AnImageViewShowsItsOwnArtworkUntilAnImageIsSet) {
     EXPECT_TRUE(near(renderCard(tree, {390, 180}, 3, fonts())->pixelAt({pic.x + 50, pic.y + 25}), yellow));
 }
 
+TEST(ViewRenderer, PictographsBeyondTheBasicPlaneShowInColourAsOnThePhone) {
+    struct Case {
+        const char* text;
+        bool coloured;
+    };
+    const Case cases[] = {{"\U0001F6CF", true}, {"\U0001F6CF\uFE0E", false}, {"\u2665", false}, {"\u2605", false}};
+    for (const auto& c : cases) {
+        ViewTree tree = ViewTree::parseInterface(kCard);
+        tree.view("title")->setText(std::string(c.text));
+        ImagePtr card = renderCard(tree, {390, 180}, 3, fonts());
+        Rect frame = ViewLayout(tree, {390, 180}).frameOf("title");
+        int coloured = 0;
+        for (double y = frame.y; y < frame.y + frame.height; y += 1.0 / 3)
+            for (double x = frame.x; x < frame.x + 30; x += 1.0 / 3) {
+                Rgba p = card->pixelAt({x, y});
+                // Not the white text, not the red panel: some other hue.
+                coloured += p.b > p.r + 0.2 || p.g > p.r + 0.2;
+            }
+        EXPECT_EQ(coloured > 10, c.coloured) << c.text << " " << coloured;
+    }
+}
+
 TEST(InterfaceDescription, RefusesMarksItDoesNotKnow) {
     struct Case {
         const char* view;
