@@ -11,6 +11,8 @@ Commands:
   show INTENT              fill the snippet of an intent and print its view record as JSON
   call CLASS.OPERATION ..  call one public operation and print its result as JSON
   demo --prefs DIR         write the built-in demo stores (dated tonight) into DIR
+  gallery DIR              draw every snippet, its empty state and every widget picture into
+                           DIR, with DIR/index.html showing them side by side
 
 Options for every command:
   --prefs DIR      folder of the store files: DIR/group.brumelkai.Velmorant.plist (shared
@@ -73,6 +75,28 @@ SleepMetricsUI's widget operations (swift...Image, ...ForSwift) draw at widget s
 plain requests draw as the snippet does.
 )";
 
+constexpr std::string_view kGallery = R"(Usage: velmorant-snippet gallery DIR [--width W] [OPTIONS]
+
+Draws, in one run, from the built-in demo data (dated for the current night) or the stores
+named by --prefs (only read, never changed):
+  DIR/snippets/INTENT.png, .json  the nine snippets and the fallback: card and view record
+  DIR/empty/INTENT.png, .json     the nine with an empty shared store
+  DIR/widgets/OPERATION.png       every widget picture (swift...Image) at its widget or
+                                  accessory size
+  DIR/mirrors.json                the "Swift-" keys after every widget mirror (...ForSwift)
+                                  ran, with the night's results and with an empty store
+  DIR/index.html                  all of it side by side, readable without a network
+and prints the path of index.html. One line per section goes to standard error.
+
+DIR must be missing, empty, or a gallery this program made (it holds .velmorant-gallery);
+anything else is refused. The gallery is drawn into a folder beside DIR that takes its place
+only when complete, so DIR is never left half written.
+
+  --width W      the host's maximum snippet width in points, 300 to 600 (default 390)
+  --locale ID    the language of the snippets, e.g. de_DE for a German gallery
+  --now, --tz, --scale, --prefs as for every command.
+)";
+
 constexpr std::string_view kDemo = R"(Usage: velmorant-snippet demo --prefs DIR [--now ISO8601] [--tz ZONE]
 
 Writes the built-in demo stores into DIR (created when missing): a night of results dated for
@@ -88,6 +112,7 @@ std::string_view helpText(std::string_view command) {
     if (command == "show") return kShow;
     if (command == "call") return kCall;
     if (command == "demo") return kDemo;
+    if (command == "gallery") return kGallery;
     return {};
 }
 

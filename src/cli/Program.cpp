@@ -3,6 +3,7 @@
 #include "Arguments.h"
 #include "CallRegistry.h"
 #include "DemoData.h"
+#include "Gallery.h"
 #include "Help.h"
 #include "IsoDate.h"
 #include "ValueJson.h"
@@ -34,9 +35,9 @@ struct CommandLine {
 
 // Options that take a value, and the commands that accept each.
 const std::map<std::string, std::vector<std::string>> kOptions = {
-    {"--prefs", {"show", "call", "demo"}}, {"--now", {"show", "call", "demo"}},
-    {"--tz", {"show", "call", "demo"}},    {"--locale", {"show", "call", "demo"}},
-    {"--scale", {"show", "call", "demo"}}, {"--width", {"show"}},
+    {"--prefs", {"show", "call", "demo", "gallery"}}, {"--now", {"show", "call", "demo", "gallery"}},
+    {"--tz", {"show", "call", "demo", "gallery"}},    {"--locale", {"show", "call", "demo", "gallery"}},
+    {"--scale", {"show", "call", "demo", "gallery"}}, {"--width", {"show", "gallery"}},
     {"--png", {"show"}},                   {"--images", {"show", "call"}},
 };
 
@@ -122,10 +123,13 @@ platform::PlatformOptions platformOptions(const CommandLine& line, bool createPr
 }
 
 // Makes the platform; --now is read in the time zone in force.
-std::unique_ptr<platform::Platform> makePlatform(const CommandLine& line, bool createPrefs = false) {
+std::unique_ptr<platform::Platform> makePlatform(const CommandLine& line, bool createPrefs = false,
+                                                 platform::Diagnostics::Sink diagnostics = {}) {
     std::unique_ptr<platform::Platform> platform;
     try {
-        platform = std::make_unique<platform::Platform>(platformOptions(line, createPrefs));
+        platform::PlatformOptions options = platformOptions(line, createPrefs);
+        options.diagnostics = std::move(diagnostics);
+        platform = std::make_unique<platform::Platform>(std::move(options));
     } catch (const std::invalid_argument& e) {
         throw UsageError(e.what());
     }
@@ -133,6 +137,9 @@ std::unique_ptr<platform::Platform> makePlatform(const CommandLine& line, bool c
         auto date = parseIsoDate(*now, platform->timeZone());
         if (!date) throw UsageError("--now must be an ISO 8601 date such as 2024-03-05T22:10:00, not \"" + *now + "\"");
         platform->setNow(*date);
+    } else {
+        // One instant for the whole run, so the demo night and every snippet agree on the day.
+        platform->setNow(platform->now());
     }
     if (!option(line, "--prefs")) installDemoStores(*platform);
     return platform;
@@ -273,6 +280,30 @@ int runDemo(const CommandLine& line, std::ostream& out) {
     return 0;
 }
 
+int runGallery(const CommandLine& line, std::ostream& out, std::ostream& err) {
+    if (line.positional.size() != 1)
+        throw UsageError("gallery needs exactly one DIR, the folder to write the gallery into (see `gallery --help`)");
+    GalleryOptions gallery;
+    gallery.dir = line.positional[0];
+    if (auto w = option(line, "--width")) gallery.width = readWidth(*w);
+    auto scale = option(line, "--scale");
+    checkPictureSize(gallery.width, scale ? readScale(*scale) : platform::PlatformOptions{}.scale);
+    checkGalleryFolder(gallery.dir);
+    // Drawn from stores in memory: the widget mirrors and the empty state
+    // change them, and the files named by --prefs are only read.
+    CommandLine inMemory = line;
+    inMemory.options.erase("--prefs");
+    // With no files to report on, all it could say is the widget bedtime
+    // request's log line, which would break up the progress lines.
+    auto platform = makePlatform(inMemory, false, [](std::string_view) {});
+    if (auto prefs = option(line, "--prefs")) {
+        copyStores(*makePlatform(line), *platform);
+        gallery.source = "the stores in " + *prefs;
+    }
+    out << writeGallery(*platform, gallery, err).string() << '\n';
+    return 0;
+}
+
 }  // namespace
 
 int runProgram(const std::vector<std::string>& args, std::ostream& out, std::ostream& err) {
@@ -283,16 +314,17 @@ int runProgram(const std::vector<std::string>& args, std::ostream& out, std::ost
                 out << helpText("");
                 return 0;
             }
-            throw UsageError("no command given (commands: show, call, demo; see --help)");
+            throw UsageError("no command given (commands: show, call, demo, gallery; see --help)");
         }
         if (helpText(line.command).empty())
-            throw UsageError("unknown command \"" + line.command + "\" (commands: show, call, demo; see --help)");
+            throw UsageError("unknown command \"" + line.command + "\" (commands: show, call, demo, gallery; see --help)");
         if (line.help && !(line.command == "call" && !line.positional.empty())) {
             out << helpText(line.command);
             return 0;
         }
         if (line.command == "show") return runShow(line, out);
         if (line.command == "call") return runCall(line, out);
+        if (line.command == "gallery") return runGallery(line, out, err);
         return runDemo(line, out);
     } catch (const UsageError& e) {
         err << "velmorant-snippet: " << e.what() << '\n';

@@ -3,6 +3,7 @@
 #include <unicode/gregocal.h>
 #include <unicode/smpdtfmt.h>
 
+#include <algorithm>
 #include <memory>
 
 namespace velmorant::demo {
@@ -135,8 +136,10 @@ DemoStores makeDemoStores(const platform::Platform& platform) {
         {"lastConsistency", false},
         {"readyStars", false},
     };
-    Date lightsOff = start.dateByAddingTimeInterval(1.75 * 3600);
-    if (lightsOff <= now) stores.shared.setObject(lightsOff, "activeLightSwitch");
+    // Lights went off at 22:45, or just now early in the evening, so the
+    // switch is set whenever the demo runs and never lies in the future.
+    Date lightsOff = std::min(now, start.dateByAddingTimeInterval(1.75 * 3600));
+    stores.shared.setObject(lightsOff, "activeLightSwitch");
     stores.standard = Dictionary{{"darkTheme6", true}, {"nightHour11", Value(kNightHour)}};
     return stores;
 }

@@ -1,0 +1,381 @@
+#include "Gallery.h"
+
+#include "Arguments.h"
+#include "GalleryHtml.h"
+#include "ValueJson.h"
+#include "intents/IntentViewController.h"
+#include "metrics/GroupMetrics.h"
+#include "platform/Accessibility.h"
+#include "platform/Image.h"
+#include "platform/PngWriter.h"
+#include "platform/ViewRenderer.h"
+#include "snippet_ui/SleepMetricsUI.h"
+
+#include <unicode/smpdtfmt.h>
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <stdio.h>
+#include <stdlib.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstring>
+#include <fstream>
+
+namespace velmorant::cli {
+namespace {
+
+namespace fs = std::filesystem;
+using json = nlohmann::json;
+
+constexpr std::string_view kMarkerText = "velmorant-snippet gallery\n";
+
+struct SnippetEntry {
+    const char* intent;
+    const char* title;
+};
+
+// The nine intents in the dispatcher's order, then one it does not know.
+constexpr SnippetEntry kSnippets[] = {
+    {"LightsOffIntent", "Lights off"},
+    {"TimeAsleepIntent", "Time asleep and sleep bank"},
+    {"ReadinessIntent", "Readiness"},
+    {"WristTempIntent", "Wrist temperature"},
+    {"SleepFuelIntent", "Sleep fuel"},
+    {"SleepSpO2Intent", "Blood oxygen"},
+    {"RespirationIntent", "Respiration rate"},
+    {"LatestBedtimeIntent", "Latest bedtime"},
+    {"SleepRingsIntent", "Sleep rings"},
+    {"UnknownIntent", "Unknown intent"},
+};
+constexpr std::size_t kKnownSnippets = 9;
+
+struct WidgetEntry {
+    const char* operation;
+    platform::ImagePtr (SleepMetricsUI::*draw)();
+    const char* picture;
+    bool accessory;
+};
+
+constexpr WidgetEntry kWidgets[] = {
+    {"swiftSleepRingsImage", &SleepMetricsUI::swiftSleepRingsImage, "Sleep rings", false},
+    {"swiftSleepRingsAccessoryImage", &SleepMetricsUI::swiftSleepRingsAccessoryImage, "Sleep rings", true},
+    {"swiftSleepBankImage", &SleepMetricsUI::swiftSleepBankImage, "Sleep bank recharge rings", false},
+    {"swiftSleepBankAccessoryImage", &SleepMetricsUI::swiftSleepBankAccessoryImage, "Sleep bank recharge rings", true},
+    {"swiftBedtimeImage", &SleepMetricsUI::swiftBedtimeImage, "Bedtime clock", false},
+    {"swiftReadinessImage", &SleepMetricsUI::swiftReadinessImage, "Readiness gauge", false},
+    {"swiftOctaneImage", &SleepMetricsUI::swiftOctaneImage, "Sleep fuel gauge", false},
+    {"swiftSpO2Image", &SleepMetricsUI::swiftSpO2Image, "Blood-oxygen gauge", false},
+    {"swiftRespRateImage", &SleepMetricsUI::swiftRespRateImage, "Respiration-rate gauge", false},
+    {"swiftWristTempImage", &SleepMetricsUI::swiftWristTempImage, "Wrist-temperature gauge", false},
+};
+
+// The widget mirrors in the order a widget refresh would run them; each on
+// an object of its own, as each widget makes its own.
+const std::pair<const char*, void (*)(platform::Platform&)> kMirrors[] = {
+    {"GroupMetrics.requestQualityForSwift", [](platform::Platform& p) { GroupMetrics(p).requestQualityForSwift(); }},
+    {"SleepMetricsUI.requestSpO2ForSwift", [](platform::Platform& p) { SleepMetricsUI(p).requestSpO2ForSwift(); }},
+    {"SleepMetricsUI.requestRespRateForSwift", [](platform::Platform& p) { SleepMetricsUI(p).requestRespRateForSwift(); }},
+    {"SleepMetricsUI.requestReadinessForSwift", [](platform::Platform& p) { SleepMetricsUI(p).requestReadinessForSwift(); }},
+    {"SleepMetricsUI.requestOctaneForSwift", [](platform::Platform& p) { SleepMetricsUI(p).requestOctaneForSwift(); }},
+    {"SleepMetricsUI.requestLatestBedtimeForSwift",
+     [](platform::Platform& p) { SleepMetricsUI(p).requestLatestBedtimeForSwift(); }},
+    {"SleepMetricsUI.requestSleepBankForSwift", [](platform::Platform& p) { SleepMetricsUI(p).requestSleepBankForSwift(); }},
+};
+
+// The folder as one absolute path without a trailing separator.
+fs::path targetPath(const fs::path& dir) {
+    fs::path target = fs::absolute(dir).lexically_normal();
+    if (!target.has_filename() && target.has_relative_path()) target = target.parent_path();
+    return target;
+}
+
+bool isGallery(const fs::path& dir) {
+    std::ifstream marker(dir / std::string(kGalleryMarker), std::ios::binary);
+    std::string text(kMarkerText.size(), '\0');
+    return marker.read(text.data(), static_cast<std::streamsize>(text.size())) && text == kMarkerText;
+}
+
+std::string errnoText() { return std::strerror(errno); }
+
+void writeFile(const fs::path& path, std::string_view contents) {
+    std::ofstream file(path, std::ios::binary | std::ios::trunc);
+    file.write(contents.data(), static_cast<std::streamsize>(contents.size()));
+    file.close();
+    if (!file) throw std::runtime_error("cannot write " + path.string() + ": " + errnoText());
+}
+
+// A fresh hidden folder beside the gallery's place, which takes that place
+// only when `commit` is called; otherwise it goes, with any folders made to
+// hold it, so an interrupted gallery leaves nothing behind.
+class StagingFolder {
+public:
+    explicit StagingFolder(const fs::path& target) : target_(target) {
+        fs::path parent = target.parent_path();
+        for (fs::path p = parent; !p.empty() && !fs::exists(p); p = p.parent_path()) madeParent_ = p;
+        std::error_code ec;
+        fs::create_directories(parent, ec);
+        if (ec) throw std::runtime_error("cannot create " + parent.string() + ": " + ec.message());
+        std::string pattern = (parent / ("." + target.filename().string() + ".tmp-XXXXXX")).string();
+        if (!::mkdtemp(pattern.data())) {
+            std::string reason = errnoText();
+            removeParents();
+            throw std::runtime_error("cannot create a folder beside " + target.string() + ": " + reason);
+        }
+        path_ = pattern;
+        // mkdtemp makes it private; the gallery is as readable as any new folder.
+        mode_t mask = ::umask(0);
+        ::umask(mask);
+        ::chmod(path_.c_str(), 0777 & ~mask);
+    }
+    ~StagingFolder() {
+        if (committed_) return;
+        std::error_code ec;
+        fs::remove_all(path_, ec);
+        removeParents();
+    }
+    StagingFolder(const StagingFolder&) = delete;
+    StagingFolder& operator=(const StagingFolder&) = delete;
+
+    const fs::path& path() const { return path_; }
+
+    // Puts the folder in the gallery's place in one step: renamed there, or
+    // exchanged with the earlier gallery, which is then removed.
+    void commit() {
+        if (::renameat2(AT_FDCWD, path_.c_str(), AT_FDCWD, target_.c_str(), RENAME_NOREPLACE) == 0) {
+            committed_ = true;
+            return;
+        }
+        if (errno == EEXIST || errno == ENOTEMPTY) {
+            // Checked again: something else may have taken the place since.
+            checkGalleryFolder(target_);
+            if (::renameat2(AT_FDCWD, path_.c_str(), AT_FDCWD, target_.c_str(), RENAME_EXCHANGE) == 0) {
+                std::error_code ec;
+                fs::remove_all(path_, ec);  // now the earlier gallery
+                committed_ = true;
+                return;
+            }
+        }
+        if (errno != EINVAL && errno != ENOSYS)
+            throw std::runtime_error("cannot move the gallery into " + target_.string() + ": " + errnoText());
+        replaceWithoutExchange();
+    }
+
+private:
+    // For file systems that cannot exchange: the earlier gallery steps aside first.
+    void replaceWithoutExchange() {
+        fs::path aside = path_.string() + "-old";
+        bool hadGallery = fs::exists(target_);
+        if (hadGallery && ::rename(target_.c_str(), aside.c_str()) != 0)
+            throw std::runtime_error("cannot replace " + target_.string() + ": " + errnoText());
+        if (::rename(path_.c_str(), target_.c_str()) != 0) {
+            std::string reason = errnoText();
+            if (hadGallery) ::rename(aside.c_str(), target_.c_str());
+            throw std::runtime_error("cannot move the gallery into " + target_.string() + ": " + reason);
+        }
+        committed_ = true;
+        std::error_code ec;
+        if (hadGallery) fs::remove_all(aside, ec);
+    }
+
+    void removeParents() {
+        if (madeParent_.empty()) return;
+        std::error_code ec;
+        fs::remove_all(madeParent_, ec);
+    }
+
+    fs::path target_;
+    fs::path path_;
+    fs::path madeParent_;
+    bool committed_ = false;
+};
+
+std::string languageTag(const platform::Platform& platform) {
+    UErrorCode status = U_ZERO_ERROR;
+    std::string tag = platform.locale().toLanguageTag<std::string>(status);
+    return U_SUCCESS(status) && !tag.empty() ? tag : "en";
+}
+
+std::string localTime(const platform::Platform& platform) {
+    UErrorCode status = U_ZERO_ERROR;
+    icu::SimpleDateFormat format(icu::UnicodeString("yyyy-MM-dd HH:mm"), icu::Locale("en_US_POSIX"), status);
+    format.setTimeZone(platform.timeZone());
+    icu::UnicodeString text;
+    format.format(platform.now().icuMillis(), text);
+    std::string out;
+    return text.toUTF8String(out);
+}
+
+std::string number(double value) {
+    std::string text = std::to_string(value);
+    text.erase(text.find_last_not_of('0') + 1);
+    if (text.back() == '.') text.pop_back();
+    return text;
+}
+
+// Every snippet card with its view record, into `folder` of the gallery.
+std::vector<GalleryPicture> drawSnippets(platform::Platform& platform, const fs::path& gallery,
+                                         const std::string& folder, std::size_t count, double width) {
+    fs::create_directory(gallery / folder);
+    std::vector<GalleryPicture> pictures;
+    for (std::size_t i = 0; i < count; ++i) {
+        const SnippetEntry& entry = kSnippets[i];
+        std::string stem = folder + "/" + entry.intent;
+        SnippetCard card = showSnippet(platform, entry.intent, width, gallery / (stem + ".png"));
+        writeFile(gallery / (stem + ".json"), card.record.dump(1) + "\n");
+        pictures.push_back({stem + ".png", stem + ".json", entry.title, entry.intent, card.spoken, card.size});
+    }
+    return pictures;
+}
+
+std::string widgetDescription(const WidgetEntry& entry, const platform::Image& image) {
+    if (image.name() == std::optional<std::string>("WidgetWait"))
+        return "Waiting for data: the picture a widget shows when there is no current night.";
+    return std::string(entry.picture) + (entry.accessory ? " for the accessory widget" : " for the home-screen widget") +
+           ", drawn at " + number(image.size().width) + " points.";
+}
+
+std::vector<GalleryPicture> drawWidgetImages(platform::Platform& platform, const fs::path& gallery) {
+    fs::create_directory(gallery / "widgets");
+    std::vector<GalleryPicture> pictures;
+    for (const WidgetEntry& entry : kWidgets) {
+        SleepMetricsUI ui(platform);
+        platform::ImagePtr image = (ui.*entry.draw)();
+        if (!image) continue;  // the sleep-bank pictures have none without data
+        std::string file = std::string("widgets/") + entry.operation + ".png";
+        std::string description = widgetDescription(entry, *image);
+        std::string error;
+        if (!platform::writePng(*image, gallery / file, {.description = description}, &error))
+            throw std::runtime_error("cannot write " + (gallery / file).string() + ": " + error);
+        std::string title = std::string(entry.picture) + (entry.accessory ? ", accessory" : "");
+        pictures.push_back({file, "", title, entry.operation, description, image->size()});
+    }
+    return pictures;
+}
+
+// Runs every widget mirror and returns the "Swift-" keys of the shared store.
+json runMirrors(platform::Platform& platform) {
+    for (const auto& [name, run] : kMirrors) run(platform);
+    json keys = json::object();
+    for (const auto& [key, value] : platform.suiteNamed(platform::kAppGroupSuite)->dictionaryRepresentation())
+        if (key.starts_with("Swift-")) keys[key] = toJson(value);
+    return keys;
+}
+
+MirrorTable mirrorTable(std::string title, const json& keys) {
+    MirrorTable table{std::move(title), {}};
+    for (const auto& [key, value] : keys.items())
+        table.rows.emplace_back(key, value.is_string() ? value.get<std::string>() : value.dump());
+    return table;
+}
+
+void clearStore(platform::PreferencesStore& store) {
+    for (const auto& [key, value] : store.dictionaryRepresentation()) store.removeObjectForKey(key);
+}
+
+}  // namespace
+
+void checkGalleryFolder(const fs::path& dir) {
+    if (dir.empty()) throw UsageError("gallery needs a folder to write into, not an empty name");
+    fs::path target = targetPath(dir);
+    if (!target.has_relative_path()) throw UsageError("gallery " + dir.string() + ": cannot replace the root folder");
+    std::error_code ec;
+    auto status = fs::symlink_status(target, ec);
+    if (fs::is_symlink(status))
+        throw UsageError("gallery " + dir.string() + ": is a symbolic link; name the folder itself");
+    if (fs::exists(status)) {
+        if (!fs::is_directory(status)) throw UsageError("gallery " + dir.string() + ": exists and is not a folder");
+        if (!fs::is_empty(target, ec) && !isGallery(target))
+            throw UsageError("gallery " + dir.string() + ": exists and is not a gallery made by velmorant-snippet (it has no " +
+                             std::string(kGalleryMarker) + "); choose another folder");
+    }
+    // The nearest folder that exists must take new entries.
+    fs::path parent = target.parent_path();
+    while (!fs::exists(parent, ec) && parent.has_relative_path()) parent = parent.parent_path();
+    if (!fs::is_directory(parent, ec)) throw UsageError("gallery " + dir.string() + ": " + parent.string() + " is not a folder");
+    if (::access(parent.c_str(), W_OK | X_OK) != 0)
+        throw UsageError("gallery " + dir.string() + ": cannot write into " + parent.string());
+}
+
+void copyStores(platform::Platform& from, platform::Platform& to) {
+    auto copy = [](platform::PreferencesStore& source, platform::PreferencesStore& destination) {
+        clearStore(destination);
+        for (const auto& [key, value] : source.dictionaryRepresentation()) destination.setObject(value, key);
+    };
+    copy(*from.suiteNamed(platform::kAppGroupSuite), *to.suiteNamed(platform::kAppGroupSuite));
+    copy(*from.standardUserDefaults(), *to.standardUserDefaults());
+}
+
+SnippetCard showSnippet(platform::Platform& platform, std::string_view intent, double width, const fs::path& png) {
+    ExtensionContext context;
+    context.hostedViewMaximumAllowedSize = {width, 420};
+    IntentViewController controller(platform, context);
+    controller.viewDidLoad();
+    Interaction interaction{makeIntent(intent)};
+    SnippetCard card;
+    bool success = false;
+    controller.configureViewForParameters({}, interaction, InteractiveBehavior::None, &controller.extensionContext(),
+                                          [&](bool ok, const ParameterSet&, platform::Size size) {
+                                              success = ok;
+                                              card.size = size;
+                                          });
+    json views = json::object();
+    for (const std::string& name : IntentViewController::outletNames())
+        views[name] = viewToJson(*controller.views().view(name));
+    platform::SpeechLanguage language{[&](std::string_view key) { return platform.localizedString(key); },
+                                      platform.localeId()};
+    card.spoken = platform::accessibilityText(controller.views(), language);
+    if (!png.empty()) {
+        std::string error;
+        if (!platform::writeCardPng(controller.views(), card.size, platform.screenScale(), platform.fonts(), png,
+                                    card.spoken, &error))
+            throw std::runtime_error("cannot write " + png.string() + ": " + error);
+    }
+    card.record = {{"success", success},
+                   {"size", {{"width", cli::number(card.size.width, false)}, {"height", cli::number(card.size.height, false)}}},
+                   {"views", views},
+                   {"accessibility", card.spoken}};
+    return card;
+}
+
+fs::path writeGallery(platform::Platform& platform, const GalleryOptions& options, std::ostream& progress) {
+    checkGalleryFolder(options.dir);
+    fs::path target = targetPath(options.dir);
+    StagingFolder staging(target);
+    const fs::path& gallery = staging.path();
+    writeFile(gallery / std::string(kGalleryMarker), kMarkerText);
+
+    GalleryPage page;
+    page.contentLanguage = languageTag(platform);
+    page.facts = "Drawn for " + localTime(platform) + " (" + platform.timeZoneId() + ") from " + options.source +
+                 " · locale " + platform.localeId() + " · cards " + number(options.width) + " pt wide at scale " +
+                 number(platform.screenScale());
+
+    progress << "gallery: drawing " << std::size(kSnippets) << " snippets" << std::endl;
+    page.snippets = drawSnippets(platform, gallery, "snippets", std::size(kSnippets), options.width);
+    progress << "gallery: drawing " << std::size(kWidgets) << " widget images" << std::endl;
+    page.widgetImages = drawWidgetImages(platform, gallery);
+    progress << "gallery: running " << std::size(kMirrors) << " widget mirrors" << std::endl;
+    json mirrors = json::object();
+    mirrors["order"] = json::array();
+    for (const auto& [name, run] : kMirrors) mirrors["order"].push_back(name);
+    mirrors["night"] = runMirrors(platform);
+
+    // From here on the shared store is empty, as before the first night.
+    clearStore(*platform.suiteNamed(platform::kAppGroupSuite));
+    progress << "gallery: drawing " << kKnownSnippets << " snippets with an empty store" << std::endl;
+    page.emptySnippets = drawSnippets(platform, gallery, "empty", kKnownSnippets, options.width);
+    mirrors["empty"] = runMirrors(platform);
+
+    page.mirrorsFile = "mirrors.json";
+    page.mirrors = {mirrorTable("With the night's results", mirrors["night"]),
+                    mirrorTable("With an empty store", mirrors["empty"])};
+    writeFile(gallery / page.mirrorsFile, mirrors.dump(1) + "\n");
+    progress << "gallery: writing index.html" << std::endl;
+    writeFile(gallery / "index.html", galleryHtml(page));
+    staging.commit();
+    return target / "index.html";
+}
+
+}  // namespace velmorant::cli

@@ -1,0 +1,61 @@
+#pragma once
+
+#include "platform/Geometry.h"
+#include "platform/Platform.h"
+
+#include <nlohmann/json.hpp>
+
+#include <filesystem>
+#include <ostream>
+#include <string>
+#include <string_view>
+
+namespace velmorant::cli {
+
+// The file that marks a folder as a gallery this program made, so that only
+// such a folder is ever replaced.
+inline constexpr std::string_view kGalleryMarker = ".velmorant-gallery";
+
+struct GalleryOptions {
+    // The gallery folder; replaced as a whole once the new gallery is complete.
+    std::filesystem::path dir;
+    // The host's maximum snippet width in points.
+    double width = 390;
+    // Where the stores came from, as the page names it.
+    std::string source = "the built-in demo data";
+};
+
+// Throws UsageError unless `dir` can take a gallery: it is missing, empty or a
+// gallery this program made, it is not a symbolic link, and the folder it
+// goes into can be written.
+void checkGalleryFolder(const std::filesystem::path& dir);
+
+// Draws every snippet, the same snippets with an empty shared store, every
+// widget image and what the widget mirrors write, from the stores of
+// `platform` (in memory: the mirrors write to it and the empty state clears
+// its shared store), with an index.html showing them side by side. Everything
+// is written into a fresh folder beside `options.dir` that takes its place
+// only when complete. One line per section goes to `progress`. Returns the
+// path of index.html; throws UsageError or std::runtime_error, leaving
+// `options.dir` as it was.
+std::filesystem::path writeGallery(platform::Platform& platform, const GalleryOptions& options,
+                                   std::ostream& progress);
+
+// Replaces what the stores of `to` hold with what the stores of `from` hold.
+void copyStores(platform::Platform& from, platform::Platform& to);
+
+// One snippet filled for an intent as the host would ask for it.
+struct SnippetCard {
+    // {"success", "size", "views", "accessibility"}, as `show` prints it.
+    nlohmann::json record;
+    // What a screen reader says for the card.
+    std::string spoken;
+    platform::Size size;
+};
+
+// Fills the snippet of `intent` for a host `width` points wide; the card is
+// also drawn into `png` (with the spoken text as its description) when given.
+SnippetCard showSnippet(platform::Platform& platform, std::string_view intent, double width,
+                        const std::filesystem::path& png = {});
+
+}  // namespace velmorant::cli
