@@ -69,6 +69,7 @@ Plane transposedFloats(const AlphaBitmap& b) {
     return out;
 }
 
+VELMORANT_WIDE_LOOPS
 void transpose(const Plane& in, Plane& out) {
     out = Plane(in.height, in.width);
     constexpr int kBlock = 32;
@@ -84,6 +85,7 @@ void transpose(const Plane& in, Plane& out) {
 }
 
 // Rounded back to bytes; a whole lane at a time while it fits the row.
+VELMORANT_WIDE_LOOPS
 void toBytes(const Plane& in, AlphaBitmap b) {
     using IntLanes = int __attribute__((vector_size(32)));
     using ByteLanes = unsigned char __attribute__((vector_size(8)));
