@@ -5,6 +5,9 @@
 #include "platform/StringFormat.h"
 #include "platform/Text.h"
 
+#include <cmath>
+#include <limits>
+
 namespace velmorant {
 
 using platform::Date;
@@ -15,7 +18,8 @@ namespace {
 
 constexpr double kDay = 86400;
 
-// A store figure as a number; other kinds and NaN read as 0.
+// A store figure as a number; other kinds, NaN, infinities and figures beyond
+// single precision are unreadable and read as missing, that is 0.
 double storeNumber(const Dictionary& dict, std::string_view key) {
     const Value* value = dict.objectForKey(key);
     if (!value) return 0;
@@ -23,9 +27,12 @@ double storeNumber(const Dictionary& dict, std::string_view key) {
         case Value::Kind::Boolean:
         case Value::Kind::Integer:
         case Value::Kind::Real:
-        case Value::Kind::String: return value->doubleValue();
+        case Value::Kind::String: break;
         default: return 0;
     }
+    const double number = value->doubleValue();
+    if (!std::isfinite(number) || std::fabs(number) > std::numeric_limits<float>::max()) return 0;
+    return number;
 }
 
 float recordFloat(const Dictionary& record, std::string_view key) {
