@@ -1,14 +1,12 @@
 #!/usr/bin/env bash
-# Sets everything up and renders every snippet from the built-in demo data:
-# OUT/INTENT.png (the card) and OUT/INTENT.json (its view record).
+# Sets everything up, builds the program, and draws the gallery from the
+# built-in demo data, dated for the current night: the nine snippets (and the
+# fallback) as cards with their view records, the same nine with an empty
+# store, every widget picture and the widget mirrors' keys, with an index.html
+# showing them side by side. Prints that index.html's path.
+# Usage: scripts/demo.sh [OUT [OPTION...]]   (OUT defaults to out/gallery;
+# options as for `velmorant-snippet gallery`, e.g. --locale de_DE)
 set -euo pipefail
 cd "$(dirname "$0")/.."
-scripts/setup.sh release
-out="${1:-out/demo}"
-mkdir -p "$out"
-program=build/release/src/cli/velmorant-snippet
-for intent in LightsOffIntent TimeAsleepIntent ReadinessIntent WristTempIntent SleepFuelIntent \
-              SleepSpO2Intent RespirationIntent LatestBedtimeIntent SleepRingsIntent; do
-  "$program" show "$intent" --png "$out/$intent.png" > "$out/$intent.json"
-  echo "wrote $out/$intent.png and $out/$intent.json"
-done
+scripts/setup.sh release velmorant-snippet
+build/release/src/cli/velmorant-snippet gallery "${1:-out/gallery}" "${@:2}"

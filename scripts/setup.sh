@@ -1,6 +1,9 @@
 #!/usr/bin/env bash
 # Installs every Debian package the project needs (only the missing ones), then
 # configures and builds. Safe to run again: a second run installs nothing.
+# Usage: scripts/setup.sh [--with-browser] [PRESET [TARGET...]]
+#   --with-browser  also install Chromium, which the browser test opens the gallery in
+#   PRESET          a CMake preset (default release); TARGETs build only those
 set -euo pipefail
 
 packages=(
@@ -11,6 +14,11 @@ packages=(
   tzdata
   clang libclang-rt-14-dev
 )
+
+if [ "${1:-}" = "--with-browser" ]; then
+  packages+=(chromium)
+  shift
+fi
 
 missing=()
 for p in "${packages[@]}"; do
@@ -30,5 +38,10 @@ fi
 
 cd "$(dirname "$0")/.."
 preset="${1:-release}"
+targets=("${@:2}")
 cmake --preset "$preset" >/dev/null
-cmake --build --preset "$preset"
+if ((${#targets[@]})); then
+  cmake --build --preset "$preset" --target "${targets[@]}"
+else
+  cmake --build --preset "$preset"
+fi

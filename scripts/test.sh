@@ -2,7 +2,9 @@
 # Sets everything up (packages, builds) and runs the whole test suite: the
 # optimised build, the same suite under AddressSanitizer and
 # UndefinedBehaviorSanitizer, then a short run of the store fuzzer
-# (VELMORANT_FUZZ_SECONDS, default 60). Ends with one summary line.
+# (VELMORANT_FUZZ_SECONDS, default 60). Both suites include the browser test,
+# which opens the gallery in headless Chromium (installed here). Ends with one
+# summary line.
 set -euo pipefail
 cd "$(dirname "$0")/.."
 
@@ -21,7 +23,7 @@ run_suite() {
   failed=$((failed + f))
 }
 
-scripts/setup.sh release
+scripts/setup.sh --with-browser release
 run_suite release
 scripts/setup.sh asan
 run_suite asan
