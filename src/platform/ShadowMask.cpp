@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <cmath>
 #include <cstring>
+#include <iterator>
 #include <vector>
 
 namespace velmorant::platform {
@@ -112,6 +113,23 @@ bool holdsAlpha(const AlphaBitmap& pixels, const PixelBounds& tile) {
     return false;
 }
 
+// The smallest box around the pixels that hold alpha; none when none do.
+std::optional<PixelBounds> paintedBounds(const AlphaBitmap& pixels) {
+    PixelBounds box{pixels.width, pixels.height, 0, 0};
+    for (int y = 0; y < pixels.height; ++y) {
+        const unsigned char* row = pixels.data + static_cast<size_t>(y) * pixels.stride;
+        const unsigned char* first = std::find_if(row, row + pixels.width, [](unsigned char a) { return a != 0; });
+        if (first == row + pixels.width) continue;
+        const unsigned char* last = std::find_if(std::make_reverse_iterator(row + pixels.width),
+                                                 std::make_reverse_iterator(row), [](unsigned char a) { return a != 0; })
+                                        .base();
+        box = {std::min(box.x0, static_cast<int>(first - row)), std::min(box.y0, y),
+               std::max(box.x1, static_cast<int>(last - row)), y + 1};
+    }
+    if (box.empty()) return std::nullopt;
+    return box;
+}
+
 // The tiles of a mask `width` x `height`, clipped to it.
 std::vector<PixelBounds> tiles(int width, int height) {
     std::vector<PixelBounds> out;
@@ -149,9 +167,17 @@ std::optional<ShadowMask> makeShadowMask(PixelBounds bounds, double sigma,
     cairo_surface_flush(cells.get());
     unsigned char* cellData = cairo_image_surface_get_data(cells.get());
     const int cellStride = cairo_image_surface_get_stride(cells.get());
-    blurAlpha({cellData, cellsWide, cellsHigh, cellStride}, cellSigma);
-
     const AlphaBitmap cellBitmap{cellData, cellsWide, cellsHigh, cellStride};
+    // Only the cells the shape reached, and the blur's reach around them, are
+    // blurred: a shape's extents can be far larger than what it paints.
+    std::optional<PixelBounds> painted = paintedBounds(cellBitmap);
+    if (!painted) return std::nullopt;
+    const int blurReach = static_cast<int>(std::ceil(3 * cellSigma)) + 3;  // three boxes reach a little further
+    const PixelBounds blurred{std::max(0, painted->x0 - blurReach), std::max(0, painted->y0 - blurReach),
+                              std::min(cellsWide, painted->x1 + blurReach), std::min(cellsHigh, painted->y1 + blurReach)};
+    blurAlpha({cellData + static_cast<size_t>(blurred.y0) * cellStride + blurred.x0, blurred.width(), blurred.height(),
+               cellStride},
+              cellSigma);
 
     ShadowMask mask;
     if (factor == 1) {
