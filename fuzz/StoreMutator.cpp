@@ -36,7 +36,9 @@ public:
             std::vector<Slot> slots;
             collect(root, slots);
             if (slots.empty()) {
-                plist_dict_set_item(root, kKeys[below(std::size(kKeys))], plist_new_array());
+                PlistPtr child(plist_new_array());
+                if (plist_get_node_type(root) == PLIST_ARRAY) plist_array_append_item(root, child.release());
+                else plist_dict_set_item(root, kKeys[below(std::size(kKeys))], child.release());
                 continue;
             }
             const Slot& slot = slots[below(slots.size())];
