@@ -22,8 +22,8 @@ nav a:hover { text-decoration: underline; }
 section { padding: 6px 40px 36px; }
 h2 { margin: 26px 0 4px; font-size: 21px; font-weight: 620; }
 .note { max-width: 72em; margin: 0 0 22px; color: #8b949e; }
-.grid { display: grid; grid-template-columns: repeat(auto-fill, minmax(var(--column), 1fr)); gap: 34px 28px;
-  align-items: start; }
+.grid { display: grid; grid-template-columns: repeat(auto-fill, minmax(min(var(--column), 100%), var(--column)));
+  gap: 34px 36px; align-items: start; }
 figure { margin: 0; max-width: 100%; }
 img { display: block; max-width: 100%; height: auto; }
 .card img { border-radius: 22px; background: #000; box-shadow: 0 10px 28px rgba(0, 0, 0, 0.55); }

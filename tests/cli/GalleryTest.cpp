@@ -355,20 +355,13 @@ TEST(DemoNight, EverySnippetHasDataAtAnyHour) {
 }
 
 TEST(GalleryHtml, TextsAreEscapedForContentAndAttributes) {
-    const std::pair<const char*, const char*> cases[] = {
-        {"7h 36m", "7h 36m"},
-        {"a < b > c", "a &lt; b &gt; c"},
-        {"\"quoted\" & 'single'", "&quot;quoted&quot; &amp; &#39;single&#39;"},
-        {"⑦ 95.1% ↗", "⑦ 95.1% ↗"},
-    };
-    for (const auto& [text, escaped] : cases) EXPECT_EQ(cli::escapeHtml(text), escaped);
-
     cli::GalleryPage page;
     page.snippets.push_back({"snippets/A\".png", "", "<b>", "A", "say \"hi\" & <go>", {390, 420}});
     std::string html = cli::galleryHtml(page);
     EXPECT_NE(html.find("src=\"snippets/A&quot;.png\""), std::string::npos);
     EXPECT_NE(html.find("alt=\"say &quot;hi&quot; &amp; &lt;go&gt;\""), std::string::npos);
     EXPECT_EQ(html.find("<b>"), std::string::npos);
+    EXPECT_NE(html.find(">&lt;b&gt;<"), std::string::npos);
 }
 
 }  // namespace
