@@ -34,12 +34,14 @@ public:
     // Restores the graphics state saved by `saveGState` when it goes out of scope.
     class [[nodiscard]] SavedState {
     public:
-        explicit SavedState(Canvas& canvas) : canvas_(&canvas) {}
         ~SavedState();
         SavedState(const SavedState&) = delete;
         SavedState& operator=(const SavedState&) = delete;
 
     private:
+        // Only `saveGState` makes one, so every guard restores a state it saved.
+        friend class Canvas;
+        explicit SavedState(Canvas& canvas) : canvas_(&canvas) {}
         Canvas* canvas_;
     };
 
@@ -50,9 +52,12 @@ public:
     Canvas(const Canvas&) = delete;
     Canvas& operator=(const Canvas&) = delete;
 
+    // The longest side of a canvas, in pixels.
     static constexpr int kMaxPixels = 8192;
 
+    // The size in points (shrunk with a side held to kMaxPixels; empty when unusable).
     Size size() const;
+    // Pixels per point.
     double scale() const;
 
     // Saves the graphics state until the returned guard is destroyed.
