@@ -41,9 +41,8 @@ ImagePtr loadNamedImage(const std::filesystem::path& imagesDir, std::string_view
     if (!rsvg_handle_render_document(handle.get(), cr.get(), &viewport, error.out())) {
         diagnostics.report("image " + file.string() + " cannot be drawn: " + error.message());
     }
-    std::shared_ptr<Image> named = std::const_pointer_cast<Image>(image);
-    named->setName(std::string(name));
-    return named;
+    image->setName(std::string(name));
+    return image;
 }
 
 }  // namespace velmorant::platform
