@@ -51,6 +51,7 @@ HTML
 look() {
   timeout 120 "$browser" --headless --no-sandbox --disable-gpu --disable-quic --no-first-run \
     --disable-background-networking --disable-component-update --disable-sync --disable-extensions \
+    --disable-dev-shm-usage \
     --user-data-dir="$work/profile" --allow-file-access-from-files --virtual-time-budget=15000 \
     --dump-dom "file://$work/check.html?page=$1/index.html" 2>/dev/null |
     sed -n 's|.*<pre id="result">\(.*\)</pre>.*|\1|p'
