@@ -6,6 +6,7 @@
 #include "palette/Pallet.h"
 #include "platform/Platform.h"
 #include "platform/PlistCodec.h"
+#include "snippet_ui/SleepMetricsUI.h"
 
 #include <nlohmann/json.hpp>
 
@@ -281,12 +282,40 @@ void palette(platform::Platform& platform, Checker& checker, const std::string& 
     }
 }
 
-// The widgets' side of the stores: SleepMetricsUI's requests (requestSpO2 to
-// requestSleepBankRings), their "Swift-" mirrors (the ...ForSwift operations)
-// and the widget images (the swift...Image operations) belong here, each
-// record through checker.record and each mirror through checker.value, once
-// SleepMetricsUI carries them out.
-void widgets(platform::Platform& platform, Checker& checker, const std::string& when) {}
+// The widgets' side of the stores: SleepMetricsUI's requests, the "Swift-"
+// mirrors they write for the widgets, and the widget pictures.
+void widgets(platform::Platform& platform, Checker& checker, const std::string& when) {
+    SleepMetricsUI ui(platform);
+    auto at = [&](const char* name) { return when + " SleepMetricsUI." + name; };
+    using Request = SleepMetricsUI::Record (SleepMetricsUI::*)();
+    const std::pair<const char*, Request> requests[] = {
+        {"requestSpO2", &SleepMetricsUI::requestSpO2},         {"requestRespRate", &SleepMetricsUI::requestRespRate},
+        {"requestWristTemp", &SleepMetricsUI::requestWristTemp}, {"requestReadiness", &SleepMetricsUI::requestReadiness},
+        {"requestOctane", &SleepMetricsUI::requestOctane},     {"requestQuality", &SleepMetricsUI::requestQuality},
+        {"requestLatestBedtime", &SleepMetricsUI::requestLatestBedtime},
+        {"requestConsistency", &SleepMetricsUI::requestConsistency},
+    };
+    for (const auto& [name, request] : requests) checker.record(at(name), (ui.*request)());
+    checker.record(at("requestSleepBankRings"), ui.requestSleepBankRings());
+
+    for (void (SleepMetricsUI::*mirror)() :
+         {&SleepMetricsUI::requestSpO2ForSwift, &SleepMetricsUI::requestRespRateForSwift,
+          &SleepMetricsUI::requestReadinessForSwift, &SleepMetricsUI::requestOctaneForSwift,
+          &SleepMetricsUI::requestLatestBedtimeForSwift, &SleepMetricsUI::requestSleepBankForSwift})
+        (ui.*mirror)();
+    const Dictionary shared = platform.suiteNamed(platform::kAppGroupSuite)->dictionaryRepresentation();
+    for (const auto& [key, value] : shared)
+        if (key.starts_with("Swift-")) checker.value(when + " " + key, value), checker.printable(when + " " + key, value);
+
+    using Picture = platform::ImagePtr (SleepMetricsUI::*)();
+    for (Picture picture :
+         {&SleepMetricsUI::swiftReadinessImage, &SleepMetricsUI::swiftOctaneImage, &SleepMetricsUI::swiftSpO2Image,
+          &SleepMetricsUI::swiftRespRateImage, &SleepMetricsUI::swiftWristTempImage,
+          &SleepMetricsUI::swiftSleepRingsImage, &SleepMetricsUI::swiftSleepRingsAccessoryImage,
+          &SleepMetricsUI::swiftSleepBankImage, &SleepMetricsUI::swiftSleepBankAccessoryImage,
+          &SleepMetricsUI::swiftBedtimeImage})
+        (void)(ui.*picture)();
+}
 
 void snippets(IntentViewController& controller, Checker& checker, const std::string& when) {
     std::vector<std::string_view> names(std::begin(kIntentTypeNames), std::end(kIntentTypeNames));

@@ -42,13 +42,12 @@ public:
                 continue;
             }
             const Slot& slot = slots[below(slots.size())];
-            switch (below(5)) {
-                case 0: wrap(slot, chance(20) ? 40 + below(60) : 1 + below(8)); break;
-                case 1: duplicate(slots); break;
-                case 2: replace(slot, otherKind(slot.node)); break;
-                case 3: remove(slot); break;
-                default: wrap(slot, 1 + below(3)); break;
-            }
+            const std::size_t op = below(100);
+            if (op < 25) wrap(slot, 40 + below(60));  // around the nesting limit
+            else if (op < 45) wrap(slot, 1 + below(8));
+            else if (op < 65) duplicate(slots);
+            else if (op < 85) replace(slot, otherKind(slot.node));
+            else remove(slot);
         }
     }
 
@@ -144,34 +143,33 @@ private:
         }
     }
 
-    // Where markup can go: just after a tag.
-    std::size_t afterSomeTag(const std::string& xml) {
-        std::vector<std::size_t> ends;
-        for (std::size_t i = xml.find('>'); i != std::string::npos && ends.size() < 100000; i = xml.find('>', i + 1))
-            ends.push_back(i + 1);
-        return ends.empty() ? 0 : ends[below(ends.size())];
-    }
-
-    // A copy of some of the document's own text (tags, mostly) inside markup
-    // that the parser skips as a whole, so that it hides from a count of tags.
+    // A run of the document's own tags inside markup that the parser skips
+    // as a whole, put somewhere before them, so that they hide from a count
+    // of tags (in a deep document most tags are its nesting).
     std::string hideCopy(std::string xml) {
-        const std::size_t start = below(xml.size());
-        std::string copy = xml.substr(start, 1 + below(std::min<std::size_t>(xml.size() - start, 2048)));
+        std::vector<std::size_t> tags;
+        for (std::size_t i = xml.find('<'); i != std::string::npos && tags.size() < 100000; i = xml.find('<', i + 1))
+            tags.push_back(i);
+        if (tags.size() < 2) return xml;
+        const std::size_t first = 1 + below(tags.size() - 1);
+        const std::size_t last = std::min(tags.size() - 1, first + 1 + below(300));
+        std::string copy = xml.substr(tags[first], tags[last] - tags[first]);
+        const std::size_t at = tags[below(first)];  // before a tag that comes before the copied ones
         struct Form {
             const char* open;
             const char* close;
         };
         static constexpr Form kForms[] = {{"<!--", "-->"}, {"<?velmorant ", "?>"}, {"<?velmorant \"?>\" ", "?>"},
                                           {"<string><![CDATA[", "]]></string>"}, {"<string>x<!--", "--></string>"}};
-        if (chance(25)) {
+        if (chance(20)) {
             // Before the top element, as an internal subset.
-            const std::size_t at = xml.find("<plist");
-            if (at != std::string::npos && copy.find("]>") == std::string::npos)
-                return xml.insert(at, "<!DOCTYPE plist [" + copy + "]>\n");
+            const std::size_t plist = xml.find("<plist");
+            if (plist != std::string::npos && copy.find("]>") == std::string::npos)
+                return xml.insert(plist, "<!DOCTYPE plist [" + copy + "]>\n");
         }
         const Form& form = kForms[below(std::size(kForms))];
         if (copy.find(std::string_view(form.close).substr(0, 3)) != std::string::npos) return xml;
-        return xml.insert(afterSomeTag(xml), form.open + copy + form.close);
+        return xml.insert(at, form.open + copy + form.close);
     }
 
     // An opening or end tag written in another form the parser also reads.
@@ -240,7 +238,7 @@ std::optional<std::vector<std::uint8_t>> mutateStoreInput(std::span<const std::u
         plist_to_xml(root.get(), OutParam(out).get(), &length);
         if (!out) return std::nullopt;
         std::string xml = withoutIndentation({out.get(), length});
-        part = bytesOf(m.chance(60) ? m.editXml(std::move(xml)) : xml);
+        part = bytesOf(m.chance(70) ? m.editXml(std::move(xml)) : xml);
     }
     return encodeInput(stores);
 }
