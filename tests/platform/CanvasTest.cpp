@@ -207,6 +207,37 @@ TEST(Canvas, ShadowsTakeTheirColourAndCanBeSwitchedOff) {
     }
 }
 
+TEST(Canvas, ShadowsCrossTheCanvasEdges) {
+    struct Case {
+        const char* what;
+        Rect square;
+        Size offset;
+        double blur, scale;
+        Point probe;
+        double alpha;
+    };
+    const Case cases[] = {
+        {"shape outside, shadow moved in", {-40, -40, 30, 30}, {20, 20}, 0, 2, {5, 5}, 1.0 / 3},
+        {"shape outside, blurred shadow moved in", {-40, -40, 30, 30}, {20, 20}, 4, 2, {2, 2}, 1.0 / 3},
+        {"shadow moved out", {10, 10, 20, 20}, {-200, 0}, 4, 2, {35, 20}, 0},
+        {"shape over the right edge, wide blur", {95, 40, 30, 20}, {0, 0}, 10, 3, {93 + 1 / 6.0, 50}, normalTail(11 / 30.0) / 3},
+        {"shape over the bottom edge, offset up", {40, 95, 20, 30}, {0, -10}, 0, 3, {50, 90}, 1.0 / 3},
+    };
+    for (const auto& c : cases) {
+        Canvas canvas({100, 100}, c.scale, fonts());
+        canvas.setShadow(c.offset, c.blur);
+        canvas.setFillColour(Colour::whiteColor());
+        const Rect& r = c.square;
+        canvas.moveTo({r.x, r.y});
+        canvas.addLineTo({r.x + r.width, r.y});
+        canvas.addLineTo({r.x + r.width, r.y + r.height});
+        canvas.addLineTo({r.x, r.y + r.height});
+        canvas.closePath();
+        canvas.fillPath();
+        EXPECT_NEAR(canvas.makeImage()->pixelAt(c.probe).a, c.alpha, 0.01) << c.what;
+    }
+}
+
 TEST(Canvas, SavedStateRestoresShadowWidthAndColours) {
     Canvas canvas({100, 100}, 2, fonts());
     canvas.setShadow({0, 8}, 0);
