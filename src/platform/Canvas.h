@@ -98,12 +98,14 @@ public:
     // Limits drawing to a region until the guard from `clipToPath` is destroyed.
     class [[nodiscard]] ClipScope {
     public:
-        explicit ClipScope(Canvas& canvas) : canvas_(&canvas) {}
         ~ClipScope();
         ClipScope(const ClipScope&) = delete;
         ClipScope& operator=(const ClipScope&) = delete;
 
     private:
+        // Only `clipToPath` makes one, so every guard ends a clip it began.
+        friend class Canvas;
+        explicit ClipScope(Canvas& canvas) : canvas_(&canvas) {}
         Canvas* canvas_;
     };
 
