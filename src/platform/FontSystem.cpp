@@ -50,6 +50,12 @@ FontSystem::FontSystem(const std::filesystem::path& fontsConf) {
     pango_fc_font_map_set_config(PANGO_FC_FONT_MAP(fontMap_.get()), config.get());  // takes its own reference
 }
 
+void FontSystem::FontMapRelease::operator()(PangoFontMap* fontMap) const noexcept {
+    if (!fontMap) return;
+    pango_fc_font_map_shutdown(PANGO_FC_FONT_MAP(fontMap));
+    g_object_unref(fontMap);
+}
+
 GObjectPtr<PangoContext> FontSystem::makeContext() const {
     GObjectPtr<PangoContext> context(pango_font_map_create_context(fontMap_.get()));
     // Metrics are not hinted to a pixel grid, so a run's size scales with the font.

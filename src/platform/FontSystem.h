@@ -6,6 +6,7 @@
 #include <pango/pangocairo.h>
 
 #include <filesystem>
+#include <memory>
 
 namespace velmorant::platform {
 
@@ -25,8 +26,13 @@ public:
     double lineHeight(const Font& font) const;
 
 private:
+    // Empties the font map's caches, which hold it in a cycle, then lets it go.
+    struct FontMapRelease {
+        void operator()(PangoFontMap* fontMap) const noexcept;
+    };
+
     GObjectPtr<PangoContext> makeContext() const;
-    GObjectPtr<PangoFontMap> fontMap_;
+    std::unique_ptr<PangoFontMap, FontMapRelease> fontMap_;
 };
 
 }  // namespace velmorant::platform
