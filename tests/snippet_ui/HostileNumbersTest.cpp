@@ -163,7 +163,9 @@ protected:
         const double scale = platform_->screenScale();
         const bool drawable = std::isfinite(c.side) && c.side > 0;
         if (!image) {
-            EXPECT_FALSE(drawable && c.side * scale <= platform::Canvas::kMaxPixels) << "no picture at a drawable side";
+            // Less than a pixel may give nothing, and so may a side past the canvas's limit.
+            const double pixels = drawable ? c.side * scale : 0;
+            EXPECT_FALSE(pixels >= 1 && pixels <= platform::Canvas::kMaxPixels) << "no picture at a drawable side";
             return;
         }
         EXPECT_LE(image->pixelWidth(), platform::Canvas::kMaxPixels);
