@@ -6,6 +6,8 @@
 #include <librsvg/rsvg.h>
 
 #include <cmath>
+#include <fstream>
+#include <iterator>
 #include <string>
 
 namespace velmorant::platform {
@@ -19,8 +21,18 @@ ImagePtr loadNamedImage(const std::filesystem::path& imagesDir, std::string_view
     std::error_code ec;
     if (!std::filesystem::is_regular_file(file, ec)) return nullptr;
 
+    // Read here rather than by librsvg, whose file loading starts GIO's
+    // virtual file system: more start-up time and memory than the drawing.
+    // (The artwork refers to no other files, so it needs no base location.)
+    std::ifstream in(file, std::ios::binary);
+    if (!in) {
+        diagnostics.report("image " + file.string() + " cannot be opened");
+        return nullptr;
+    }
+    std::string svg((std::istreambuf_iterator<char>(in)), std::istreambuf_iterator<char>());
     GErrorPtr error;
-    GObjectPtr<RsvgHandle> handle(rsvg_handle_new_from_file(file.c_str(), error.out()));
+    GObjectPtr<RsvgHandle> handle(
+        rsvg_handle_new_from_data(reinterpret_cast<const guint8*>(svg.data()), svg.size(), error.out()));
     if (!handle) {
         diagnostics.report("image " + file.string() + " cannot be read: " + error.message());
         return nullptr;

@@ -46,7 +46,7 @@ struct Lerp {
 // Shadows are scaled up and painted in tiles of this many pixels a side;
 // tiles the blurred shape does not reach (inside a ring, beside a thin
 // stroke) are skipped.
-constexpr int kTile = 64;
+constexpr int kTile = 32;
 
 // The blurred cells scaled up to the pixels of the whole mask.
 class ScaleUp {
