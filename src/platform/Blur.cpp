@@ -177,10 +177,13 @@ std::vector<float> gaussianKernel(double sigma) {
 // Runs `columnPass` along the rows, then down the columns, of the bitmap.
 template <typename ColumnPass>
 void blurBothWays(AlphaBitmap b, const ColumnPass& columnPass) {
+    // Scratch planes are let go before the next is made: never more than two at once.
     Plane a = transposedFloats(b), t(0, 0);
     columnPass(a, t);  // along the bitmap's rows
+    t = Plane(0, 0);
     transpose(a, t);
     std::swap(a, t);
+    t = Plane(0, 0);
     columnPass(a, t);  // down its columns
     toBytes(a, b);
 }

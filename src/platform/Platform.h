@@ -72,7 +72,8 @@ public:
     // Main-bundle localisation lookup (see StringTable::localizedStringForKey).
     std::string localizedString(std::string_view key, std::string_view value = "",
                                 std::string_view table = "") const;
-    // An image resource by name; none when there is no such artwork.
+    // An image resource by name; none when there is no such artwork. Drawn
+    // once and shared while anyone holds it, then let go with its pixels.
     ImagePtr imageNamed(std::string_view name);
 
     // Text layout with the project's pinned fonts; made on first use.
@@ -97,7 +98,7 @@ private:
     Diagnostics diagnostics_;
     StringTable strings_;
     std::map<std::string, std::shared_ptr<PreferencesStore>, std::less<>> stores_;
-    std::map<std::string, ImagePtr, std::less<>> images_;
+    std::map<std::string, std::weak_ptr<const Image>, std::less<>> images_;
     std::unique_ptr<FontSystem> fonts_;
 };
 

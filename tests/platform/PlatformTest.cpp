@@ -70,6 +70,25 @@ TEST(Platform, NamedImagesAreDrawnAtTheScreenScale) {
     EXPECT_EQ(platform.imageNamed("NoSuchArtwork"), nullptr);
 }
 
+TEST(Platform, NamedImagesAreSharedWhileHeldAndDrawnAgainAfterwards) {
+    Platform platform(options());
+    std::weak_ptr<const Image> first;
+    Rgba centre;
+    {
+        ImagePtr held = platform.imageNamed("LightsOn");
+        ASSERT_TRUE(held);
+        EXPECT_EQ(platform.imageNamed("LightsOn"), held);
+        first = held;
+        centre = held->pixelAt({60, 60});
+    }
+    // Let go with its last holder; asked for again, the same picture comes back.
+    EXPECT_TRUE(first.expired());
+    ImagePtr again = platform.imageNamed("LightsOn");
+    ASSERT_TRUE(again);
+    EXPECT_EQ(again->size(), (Size{120, 120}));
+    EXPECT_EQ(again->pixelAt({60, 60}), centre);
+}
+
 TEST(Platform, PinnedFontsLayOutText) {
     Platform platform(options());
     GObjectPtr<PangoLayout> layout = platform.fonts().layoutInPixels(Font::boldSystemFontOfSize(20), 1);
