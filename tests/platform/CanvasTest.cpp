@@ -403,20 +403,31 @@ TEST(Blur, BothMethodsApproachTheGaussian) {
     const Method methods[] = {{"boxes", &boxBlurAlpha, 2, 0.015},
                               {"gaussian", &gaussianBlurAlpha, 0, 0.005},
                               {"chosen", &blurAlpha, 0, 0.015}};
-    // A half-plane edge blurred: alpha at distance d from it is the normal tail at d / sigma.
+    // A half-plane edge blurred: alpha at distance d from it is the normal tail
+    // at d / sigma. The edge runs down the bitmap (blurred along rows) and
+    // across it (blurred down columns), on rows padded beyond their width.
     for (double sigma : {0.8, 2.0, 4.5, 7.5, 20.0}) {
         for (const Method& method : methods) {
             if (sigma < method.smallestSigma) continue;
-            int reach = static_cast<int>(std::ceil(3 * sigma));
-            int width = 4 * reach + 2, height = 2 * reach + 1;
-            std::vector<unsigned char> pixels(static_cast<size_t>(width) * height, 0);
-            for (int y = 0; y < height; ++y)
-                for (int x = 0; x < width / 2; ++x) pixels[y * width + x] = 255;
-            method.blur({pixels.data(), width, height, width}, sigma);
-            for (int x = width / 2 - reach; x < width / 2 + reach; ++x) {  // the ends see the missing border
-                double d = x + 0.5 - width / 2.0;
-                EXPECT_NEAR(pixels[reach * width + x] / 255.0, normalTail(d / sigma), method.tolerance)
-                    << method.name << " sigma " << sigma << " x " << x;
+            for (bool across : {false, true}) {
+                int reach = static_cast<int>(std::ceil(3 * sigma));
+                int length = 4 * reach + 2, breadth = 2 * reach + 1;
+                int width = across ? breadth : length, height = across ? length : breadth, stride = width + 5;
+                std::vector<unsigned char> pixels(static_cast<size_t>(stride) * height, 7);
+                auto at = [&](int along, int side) -> unsigned char& {
+                    return across ? pixels[along * stride + side] : pixels[side * stride + along];
+                };
+                for (int along = 0; along < length; ++along)
+                    for (int side = 0; side < breadth; ++side) at(along, side) = along < length / 2 ? 255 : 0;
+                method.blur({pixels.data(), width, height, stride}, sigma);
+                for (int along = length / 2 - reach; along < length / 2 + reach; ++along) {  // the ends see the missing border
+                    double d = along + 0.5 - length / 2.0;
+                    EXPECT_NEAR(at(along, reach) / 255.0, normalTail(d / sigma), method.tolerance)
+                        << method.name << " sigma " << sigma << (across ? " down" : " along") << " at " << along;
+                }
+                // Bytes past a row's width belong to someone else.
+                for (int y = 0; y < height; ++y)
+                    for (int x = width; x < stride; ++x) ASSERT_EQ(pixels[y * stride + x], 7) << method.name;
             }
         }
     }
