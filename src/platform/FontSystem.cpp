@@ -79,12 +79,16 @@ GObjectPtr<PangoLayout> FontSystem::layoutInPixels(const Font& font, double pixe
 }
 
 double FontSystem::lineHeight(const Font& font) const {
+    auto key = std::make_pair(font.size, font.weight);
+    if (auto it = lineHeights_.find(key); it != lineHeights_.end()) return it->second;
     GObjectPtr<PangoContext> context = makeContext();
     FontDescriptionPtr description = describe(font, 1);
     FontMetricsPtr metrics(pango_context_get_metrics(context.get(), description.get(), nullptr));
-    return static_cast<double>(pango_font_metrics_get_ascent(metrics.get()) +
-                               pango_font_metrics_get_descent(metrics.get())) /
-           PANGO_SCALE;
+    double height = static_cast<double>(pango_font_metrics_get_ascent(metrics.get()) +
+                                        pango_font_metrics_get_descent(metrics.get())) /
+                    PANGO_SCALE;
+    lineHeights_.emplace(key, height);
+    return height;
 }
 
 }  // namespace velmorant::platform

@@ -6,6 +6,7 @@
 #include <pango/pangocairo.h>
 
 #include <filesystem>
+#include <map>
 #include <memory>
 
 namespace velmorant::platform {
@@ -33,6 +34,8 @@ private:
 
     GObjectPtr<PangoContext> makeContext() const;
     std::unique_ptr<PangoFontMap, FontMapRelease> fontMap_;
+    // Line heights already measured, by size and weight: measuring shapes sample text.
+    mutable std::map<std::pair<double, FontWeight>, double> lineHeights_;
 };
 
 }  // namespace velmorant::platform
