@@ -84,25 +84,25 @@ void transpose(const Plane& in, Plane& out) {
     out.clearPadding();
 }
 
-// Rounded back to bytes; a whole lane at a time while it fits the row.
+// A row rounded back to bytes; a whole lane at a time while it fits.
 VELMORANT_WIDE_LOOPS
-void toBytes(const Plane& in, AlphaBitmap b) {
+void rowToBytes(const float* src, unsigned char* dst, int width) {
     using IntLanes = int __attribute__((vector_size(32)));
     using ByteLanes = unsigned char __attribute__((vector_size(8)));
     const Lanes low = Lanes{} + 0.5f, high = Lanes{} + 255.5f;
-    for (int y = 0; y < b.height; ++y) {
-        const float* src = in.row(y);
-        unsigned char* dst = b.data + static_cast<size_t>(y) * b.stride;
-        int x = 0;
-        for (; x + kLaneCount <= b.width; x += kLaneCount) {
-            Lanes v = load(src + x) + 0.5f;
-            v = v < low ? low : v;
-            v = v > high ? high : v;
-            ByteLanes bytes = __builtin_convertvector(__builtin_convertvector(v, IntLanes), ByteLanes);
-            std::memcpy(dst + x, &bytes, sizeof bytes);
-        }
-        for (; x < b.width; ++x) dst[x] = static_cast<unsigned char>(std::clamp(src[x] + 0.5f, 0.f, 255.f));
+    int x = 0;
+    for (; x + kLaneCount <= width; x += kLaneCount) {
+        Lanes v = load(src + x) + 0.5f;
+        v = v < low ? low : v;
+        v = v > high ? high : v;
+        ByteLanes bytes = __builtin_convertvector(__builtin_convertvector(v, IntLanes), ByteLanes);
+        std::memcpy(dst + x, &bytes, sizeof bytes);
     }
+    for (; x < width; ++x) dst[x] = static_cast<unsigned char>(std::clamp(src[x] + 0.5f, 0.f, 255.f));
+}
+
+void toBytes(const Plane& in, AlphaBitmap b) {
+    for (int y = 0; y < b.height; ++y) rowToBytes(in.row(y), b.data + static_cast<size_t>(y) * b.stride, b.width);
 }
 
 // One box pass: 2 * radius + 1 pixels at full weight and `edge` (0...1) on
@@ -147,49 +147,28 @@ void boxColumns(const Plane& in, Plane& out, const Box& box) {
     }
 }
 
-// The sampled Gaussian down each column: one weighted row added per tap.
+// Row y of the sampled Gaussian down the columns of `in`: one weighted row
+// added per tap.
 VELMORANT_WIDE_LOOPS
-void gaussianColumns(const Plane& in, Plane& out, const std::vector<float>& weights) {
+void gaussianDown(const Plane& in, int y, const std::vector<float>& weights, float* dst) {
     const int radius = static_cast<int>(weights.size() / 2);
-    for (int y = 0; y < in.height; ++y) {
-        float* dst = out.row(y);
-        std::fill(dst, dst + in.stride, 0.f);
-        for (int k = std::max(-radius, -y); k <= std::min(radius, in.height - 1 - y); ++k) {
-            const float w = weights[k + radius];
-            const float* src = in.row(y + k);
-            for (int x = 0; x < in.stride; x += kLaneCount) store(dst + x, load(dst + x) + w * load(src + x));
-        }
+    std::fill(dst, dst + in.stride, 0.f);
+    for (int k = std::max(-radius, -y); k <= std::min(radius, in.height - 1 - y); ++k) {
+        const float w = weights[k + radius];
+        const float* src = in.row(y + k);
+        for (int x = 0; x < in.stride; x += kLaneCount) store(dst + x, load(dst + x) + w * load(src + x));
     }
 }
 
-// The bitmap as floats, `margin` transparent pixels before each row and
-// `margin` plus a lane's worth after it, so every tap of a row pass can
-// load whole lanes.
-Plane paddedFloats(const AlphaBitmap& b, int margin) {
-    Plane out(b.width + 2 * margin + Plane::kLanes, b.height);
-    for (int y = 0; y < b.height; ++y) {
-        const unsigned char* src = b.data + static_cast<size_t>(y) * b.stride;
-        float* dst = out.row(y);
-        std::fill(dst, dst + margin, 0.f);
-        for (int x = 0; x < b.width; ++x) dst[margin + x] = src[x];
-        std::fill(dst + margin + b.width, dst + out.stride, 0.f);
-    }
-    return out;
-}
-
-// The sampled Gaussian along each row: `out` pixel x weighs `in` pixels x
-// to x + 2 * radius (`in` padded by paddedFloats with radius).
+// The sampled Gaussian along a row: dst pixel x weighs `padded` pixels x to
+// x + 2 * radius, for `width` pixels rounded up to whole lanes.
 VELMORANT_WIDE_LOOPS
-void gaussianRows(const Plane& in, Plane& out, const std::vector<float>& weights) {
+void gaussianAlong(const float* padded, const std::vector<float>& weights, float* dst, int width) {
     const int taps = static_cast<int>(weights.size());
-    for (int y = 0; y < in.height; ++y) {
-        const float* src = in.row(y);
-        float* dst = out.row(y);
-        for (int x = 0; x < out.stride; x += kLaneCount) {
-            Lanes sum{};
-            for (int k = 0; k < taps; ++k) sum += weights[k] * load(src + x + k);
-            store(dst + x, sum);
-        }
+    for (int x = 0; x < width; x += kLaneCount) {
+        Lanes sum{};
+        for (int k = 0; k < taps; ++k) sum += weights[k] * load(padded + x + k);
+        store(dst + x, sum);
     }
 }
 
@@ -237,14 +216,23 @@ void boxBlurAlpha(AlphaBitmap b, double sigma) {
 void gaussianBlurAlpha(AlphaBitmap b, double sigma) {
     if (b.width <= 0 || b.height <= 0 || !(sigma > 0)) return;
     const std::vector<float> weights = gaussianKernel(sigma);
-    // A few taps each way: rows are weighed in place, with no transposing.
-    Plane padded = paddedFloats(b, static_cast<int>(weights.size() / 2));
+    // A few taps each way: rows are weighed where they lie, with no
+    // transposing, through one float plane and two rows of scratch.
+    const int radius = static_cast<int>(weights.size() / 2);
     Plane acrossRows(b.width, b.height);
-    gaussianRows(padded, acrossRows, weights);
-    padded = Plane(0, 0);
-    Plane downColumns(b.width, b.height);
-    gaussianColumns(acrossRows, downColumns, weights);
-    toBytes(downColumns, b);
+    // The row being weighed, with `radius` transparent pixels before it and
+    // `radius` plus a lane's worth after it, so every tap loads whole lanes.
+    std::vector<float> padded(static_cast<size_t>(acrossRows.stride) + 2 * radius + kLaneCount, 0.f);
+    for (int y = 0; y < b.height; ++y) {
+        const unsigned char* src = b.data + static_cast<size_t>(y) * b.stride;
+        std::copy(src, src + b.width, padded.begin() + radius);
+        gaussianAlong(padded.data(), weights, acrossRows.row(y), acrossRows.stride);
+    }
+    std::vector<float> down(acrossRows.stride);
+    for (int y = 0; y < b.height; ++y) {
+        gaussianDown(acrossRows, y, weights, down.data());
+        rowToBytes(down.data(), b.data + static_cast<size_t>(y) * b.stride, b.width);
+    }
 }
 
 // Chosen by measurement (bench/BlurBench.cpp, the mask of a 280-point ring at
