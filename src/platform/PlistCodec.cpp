@@ -2,8 +2,7 @@
 
 #include "PlistHandles.h"
 #include "PlistStructure.h"
-
-#include <unicode/utf8.h>
+#include "Text.h"
 
 #include <cmath>
 #include <cstring>
@@ -52,17 +51,6 @@ PlistPtr newDate(long long micros) {
     PlistPtr next(plist_new_date(sec, usec + step));
     const long long got = readBack(next);
     return got == micros || got == micros + step ? std::move(next) : std::move(exact);
-}
-
-bool isUtf8(std::string_view text) {
-    const auto* bytes = reinterpret_cast<const std::uint8_t*>(text.data());
-    const auto length = static_cast<std::int32_t>(text.size());
-    for (std::int32_t i = 0; i < length;) {
-        UChar32 c;
-        U8_NEXT(bytes, i, length, c);
-        if (c < 0) return false;
-    }
-    return true;
 }
 
 // Where in the tree a value sits: keys and indexes from the top. Spelled out
@@ -139,7 +127,7 @@ private:
                 MallocPtr<char> s;
                 plist_get_string_val(node, OutParam(s).get());
                 std::string text = s ? s.get() : "";
-                if (!isUtf8(text)) refuse("the text " + where() + " is not valid UTF-8");
+                if (!isValidUtf8(text)) refuse("the text " + where() + " is not valid UTF-8");
                 return Value(std::move(text));
             }
             case PLIST_DATE: {
@@ -193,7 +181,7 @@ private:
             plist_dict_next_item(node, it.get(), OutParam(key).get(), &item);
             if (!item) break;
             const std::string name = key ? key.get() : "";
-            if (!isUtf8(name)) {
+            if (!isValidUtf8(name)) {
                 refuse(path_.atTop() ? std::string("a key at the top level is not valid UTF-8")
                                      : "a key " + where() + " is not valid UTF-8");
                 break;
