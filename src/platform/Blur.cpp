@@ -147,27 +147,35 @@ void boxColumns(const Plane& in, Plane& out, const Box& box) {
     }
 }
 
-// Row y of the sampled Gaussian down the columns of `in`: one weighted row
-// added per tap.
+// Row y of the sampled Gaussian down the columns of `in`: each lane's worth
+// of columns weighs its rows, or is left transparent where `reached` says no
+// row within the kernel holds alpha there (inside a ring, beside a thin line).
 VELMORANT_WIDE_LOOPS
-void gaussianDown(const Plane& in, int y, const std::vector<float>& weights, float* dst) {
+void gaussianDown(const Plane& in, int y, const std::vector<float>& weights, const int* reached, float* dst) {
     const int radius = static_cast<int>(weights.size() / 2);
-    std::fill(dst, dst + in.stride, 0.f);
-    for (int k = std::max(-radius, -y); k <= std::min(radius, in.height - 1 - y); ++k) {
-        const float w = weights[k + radius];
-        const float* src = in.row(y + k);
-        for (int x = 0; x < in.stride; x += kLaneCount) store(dst + x, load(dst + x) + w * load(src + x));
+    const int first = std::max(-radius, -y), last = std::min(radius, in.height - 1 - y);
+    for (int x = 0, lane = 0; x < in.stride; x += kLaneCount, ++lane) {
+        Lanes sum{};
+        if (reached[lane])
+            for (int k = first; k <= last; ++k) sum += weights[k + radius] * load(in.row(y + k) + x);
+        store(dst + x, sum);
     }
 }
 
 // The sampled Gaussian along a row: dst pixel x weighs `padded` pixels x to
-// x + 2 * radius, for `width` pixels rounded up to whole lanes.
+// x + 2 * radius, for `width` pixels rounded up to whole lanes. `inked[i]`
+// counts the padded pixels before i that hold alpha, so lanes with nothing
+// in reach are left transparent without weighing; `holds[lane]` says which
+// were weighed.
 VELMORANT_WIDE_LOOPS
-void gaussianAlong(const float* padded, const std::vector<float>& weights, float* dst, int width) {
+void gaussianAlong(const float* padded, const int* inked, const std::vector<float>& weights, float* dst, int width,
+                   unsigned char* holds) {
     const int taps = static_cast<int>(weights.size());
-    for (int x = 0; x < width; x += kLaneCount) {
+    for (int x = 0, lane = 0; x < width; x += kLaneCount, ++lane) {
         Lanes sum{};
-        for (int k = 0; k < taps; ++k) sum += weights[k] * load(padded + x + k);
+        holds[lane] = inked[x + kLaneCount - 1 + taps] != inked[x];
+        if (holds[lane])
+            for (int k = 0; k < taps; ++k) sum += weights[k] * load(padded + x + k);
         store(dst + x, sum);
     }
 }
@@ -223,14 +231,30 @@ void gaussianBlurAlpha(AlphaBitmap b, double sigma) {
     // The row being weighed, with `radius` transparent pixels before it and
     // `radius` plus a lane's worth after it, so every tap loads whole lanes.
     std::vector<float> padded(static_cast<size_t>(acrossRows.stride) + 2 * radius + kLaneCount, 0.f);
+    std::vector<int> inked(padded.size() + 1, 0);
+    const int lanes = acrossRows.stride / kLaneCount;
+    std::vector<unsigned char> holds(static_cast<size_t>(lanes) * b.height);
     for (int y = 0; y < b.height; ++y) {
         const unsigned char* src = b.data + static_cast<size_t>(y) * b.stride;
         std::copy(src, src + b.width, padded.begin() + radius);
-        gaussianAlong(padded.data(), weights, acrossRows.row(y), acrossRows.stride);
+        for (int x = 0; x < b.width; ++x) inked[radius + x + 1] = inked[radius + x] + (src[x] != 0);
+        std::fill(inked.begin() + radius + b.width + 1, inked.end(), inked[radius + b.width]);
+        gaussianAlong(padded.data(), inked.data(), weights, acrossRows.row(y), acrossRows.stride,
+                      holds.data() + static_cast<size_t>(y) * lanes);
     }
+    // For each lane of columns, how many rows within the kernel of row y hold alpha.
+    std::vector<int> reached(lanes, 0);
+    auto count = [&](int row, int by) {
+        if (row < 0 || row >= b.height) return;
+        const unsigned char* h = holds.data() + static_cast<size_t>(row) * lanes;
+        for (int lane = 0; lane < lanes; ++lane) reached[lane] += by * h[lane];
+    };
+    for (int row = 0; row < radius; ++row) count(row, 1);
     std::vector<float> down(acrossRows.stride);
     for (int y = 0; y < b.height; ++y) {
-        gaussianDown(acrossRows, y, weights, down.data());
+        count(y + radius, 1);
+        count(y - radius - 1, -1);
+        gaussianDown(acrossRows, y, weights, reached.data(), down.data());
         rowToBytes(down.data(), b.data + static_cast<size_t>(y) * b.stride, b.width);
     }
 }

@@ -2,12 +2,16 @@
 #include "platform/Canvas.h"
 #include "platform/FontSystem.h"
 #include "platform/Image.h"
+#include "platform/ShadowMask.h"
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cmath>
 #include <functional>
 #include <limits>
+#include <optional>
+#include <string>
 #include <vector>
 
 using namespace velmorant::platform;
@@ -429,6 +433,73 @@ TEST(Blur, BothMethodsApproachTheGaussian) {
                 for (int y = 0; y < height; ++y)
                     for (int x = width; x < stride; ++x) ASSERT_EQ(pixels[y * stride + x], 7) << method.name;
             }
+        }
+    }
+}
+
+// The shadow mask, worked out on coarser cells for speed, against the shape
+// drawn at full resolution and blurred there: a plain shadow (a third of
+// black) may differ by at most 3 of 255 levels in the finished picture.
+TEST(ShadowMask, CoarseCellsMatchTheFullResolutionBlur) {
+    struct Shape {
+        const char* name;
+        std::function<void(cairo_t*)> draw;
+    };
+    const Shape shapes[] = {
+        {"thick ring", [](cairo_t* cr) {
+             cairo_set_line_width(cr, 54);
+             cairo_arc(cr, 200, 200, 140, 0, 2 * M_PI);
+             cairo_stroke(cr);
+         }},
+        {"thin line", [](cairo_t* cr) {
+             cairo_set_line_width(cr, 3);
+             cairo_move_to(cr, 40.3, 60.7);
+             cairo_line_to(cr, 350.2, 330.9);
+             cairo_stroke(cr);
+         }},
+        {"small square", [](cairo_t* cr) {
+             cairo_rectangle(cr, 190.5, 195.25, 9, 7);
+             cairo_fill(cr);
+         }},
+    };
+    constexpr int kSide = 400;
+    const PixelBounds whole{0, 0, kSide, kSide};
+    for (double sigma : {0.9, 1.5, 2.0, 3.0, 4.5, 7.5, 15.0}) {
+        for (const Shape& shape : shapes) {
+            SCOPED_TRACE(std::string(shape.name) + " sigma " + std::to_string(sigma));
+            SurfacePtr reference(cairo_image_surface_create(CAIRO_FORMAT_A8, kSide, kSide));
+            {
+                CairoPtr cr(cairo_create(reference.get()));
+                shape.draw(cr.get());
+            }
+            cairo_surface_flush(reference.get());
+            const unsigned char* expected = cairo_image_surface_get_data(reference.get());
+            const int expectedStride = cairo_image_surface_get_stride(reference.get());
+            gaussianBlurAlpha({cairo_image_surface_get_data(reference.get()), kSide, kSide, expectedStride}, sigma);
+
+            std::optional<ShadowMask> mask = makeShadowMask(whole, sigma, shape.draw);
+            ASSERT_TRUE(mask);
+            cairo_surface_flush(mask->alpha.get());
+            const unsigned char* actual = cairo_image_surface_get_data(mask->alpha.get());
+            const int actualStride = cairo_image_surface_get_stride(mask->alpha.get());
+            const int maskWidth = cairo_image_surface_get_width(mask->alpha.get());
+            const int maskHeight = cairo_image_surface_get_height(mask->alpha.get());
+            auto inParts = [&](int x, int y) {
+                for (const PixelBounds& part : mask->parts)
+                    if (x >= part.x0 && x < part.x1 && y >= part.y0 && y < part.y1) return true;
+                return false;
+            };
+            int worst = 0;
+            for (int y = 0; y < kSide; ++y) {
+                for (int x = 0; x < kSide; ++x) {
+                    int mx = x - mask->x, my = y - mask->y;
+                    bool held = inParts(x, y) && mx >= 0 && my >= 0 && mx < maskWidth && my < maskHeight;
+                    int got = held ? actual[my * actualStride + mx] : 0;
+                    worst = std::max(worst, std::abs(got - expected[y * expectedStride + x]));
+                }
+            }
+            // In the picture the mask is scaled by the shadow's alpha of 1/3.
+            EXPECT_LE(worst, 9);
         }
     }
 }
