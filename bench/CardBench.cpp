@@ -11,8 +11,10 @@
 
 #include <benchmark/benchmark.h>
 
+#include <algorithm>
 #include <filesystem>
 #include <string>
+#include <vector>
 
 using namespace velmorant;
 
@@ -92,17 +94,73 @@ cairo_status_t appendTo(void* closure, const unsigned char* data, unsigned int l
     return CAIRO_STATUS_SUCCESS;
 }
 
+std::string cairoPng(const platform::Image& image) {
+    std::string png;
+    cairo_surface_write_to_png_stream(image.surface(), appendTo, &png);
+    return png;
+}
+
 // Cairo's writer, as the card was written before: libpng's default level and adaptive filters.
 void BM_EncodeCardWithCairo(benchmark::State& state) {
     static Snippet snippet("SleepRingsIntent");
     static platform::ImagePtr card = snippet.card();
     std::string png;
-    for (auto _ : state) {
-        png.clear();
-        cairo_surface_write_to_png_stream(card->surface(), appendTo, &png);
-    }
+    for (auto _ : state) png = cairoPng(*card);
     state.counters["bytes"] = static_cast<double>(png.size());
 }
 BENCHMARK(BM_EncodeCardWithCairo)->Unit(benchmark::kMillisecond);
+
+// Every card at scale 3 (the nine and an unknown intent), drawn once.
+const std::vector<platform::ImagePtr>& everyCard() {
+    static const std::vector<platform::ImagePtr> cards = [] {
+        std::vector<platform::ImagePtr> out;
+        for (const char* intent : {"LightsOffIntent", "TimeAsleepIntent", "ReadinessIntent", "WristTempIntent",
+                                   "SleepFuelIntent", "SleepSpO2Intent", "RespirationIntent", "LatestBedtimeIntent",
+                                   "SleepRingsIntent", "UnknownIntent"})
+            out.push_back(Snippet(intent).card());
+        return out;
+    }();
+    return cards;
+}
+
+// Settings against Cairo's writer over every card: the time to encode all of
+// them, and the worst card's size as a share of Cairo's ("worst"; the chosen
+// settings must stay within 1.5).
+void BM_EncodeEveryCard(benchmark::State& state) {
+    const auto& cards = everyCard();
+    platform::PngOptions options;
+    options.compressionLevel = static_cast<int>(state.range(0));
+    options.filter = static_cast<platform::PngFilter>(state.range(1));
+    options.strategy = static_cast<platform::PngStrategy>(state.range(2));
+    options.windowBits = static_cast<int>(state.range(3));
+    options.memLevel = static_cast<int>(state.range(4));
+    std::size_t bytes = 0;
+    for (auto _ : state) {
+        bytes = 0;
+        for (const auto& card : cards) bytes += platform::encodePng(*card, options).size();
+    }
+    double worst = 0, cairoBytes = 0;
+    for (const auto& card : cards) {
+        double cairo = static_cast<double>(cairoPng(*card).size());
+        cairoBytes += cairo;
+        worst = std::max(worst, static_cast<double>(platform::encodePng(*card, options).size()) / cairo);
+    }
+    state.counters["bytes"] = static_cast<double>(bytes);
+    state.counters["cairoBytes"] = cairoBytes;
+    state.counters["worst"] = worst;
+}
+BENCHMARK(BM_EncodeEveryCard)
+    ->ArgsProduct({{1, 2},
+                   {static_cast<int>(platform::PngFilter::None), static_cast<int>(platform::PngFilter::Sub),
+                    static_cast<int>(platform::PngFilter::Up)},
+                   {static_cast<int>(platform::PngStrategy::Default), static_cast<int>(platform::PngStrategy::HuffmanOnly),
+                    static_cast<int>(platform::PngStrategy::RunLength)},
+                   {15},
+                   {8}})
+    ->Unit(benchmark::kMillisecond);
+BENCHMARK(BM_EncodeEveryCard)
+    ->ArgsProduct({{1, 2, 3}, {static_cast<int>(platform::PngFilter::None)}, {static_cast<int>(platform::PngStrategy::Default)},
+                   {13, 15}, {4, 6, 8, 9}})
+    ->Unit(benchmark::kMillisecond);
 
 }  // namespace

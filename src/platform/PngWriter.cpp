@@ -106,6 +106,8 @@ int start(spng_ctx* ctx, int width, int height, bool alpha, const PngOptions& op
     if (int e = spng_set_option(ctx, SPNG_IMG_COMPRESSION_LEVEL, options.compressionLevel)) return e;
     if (int e = spng_set_option(ctx, SPNG_FILTER_CHOICE, filterChoice(options.filter))) return e;
     if (int e = spng_set_option(ctx, SPNG_IMG_COMPRESSION_STRATEGY, zlibStrategy(options.strategy))) return e;
+    if (int e = spng_set_option(ctx, SPNG_IMG_WINDOW_BITS, options.windowBits)) return e;
+    if (int e = spng_set_option(ctx, SPNG_IMG_MEM_LEVEL, options.memLevel)) return e;
     if (!description.empty()) {
         char* empty = description.data() + description.size();  // the string's terminating NUL
         spng_text text{};

@@ -12,17 +12,29 @@ class Image;
 // The row filter each PNG scanline is written with.
 enum class PngFilter { None, Sub, Up, Average, Paeth, Adaptive };
 
-// How zlib looks for repeats: the full search, or only runs of equal bytes
-// (much faster on cards, which are mostly flat colour).
+// How zlib looks for repeats: the full search, or only runs of equal bytes.
 enum class PngStrategy { Default, Filtered, HuffmanOnly, RunLength };
 
-// How the encoder trades size for speed. The defaults were chosen by
-// measurement (bench/PngWriterBench.cpp): a card writes several times faster
-// than with the usual level 6 and adaptive filters, at a little more size.
+// How the encoder trades size for speed, chosen by measurement over every
+// card at scale 3 (bench/CardBench.cpp, BM_EncodeEveryCard; callgrind of
+// `show TimeAsleepIntent --png`, whole process):
+//   level 1, no filter, 32 KB window, memLevel 8: 410.6 M instructions, 237 KB
+//   level 2, no filter, 32 KB window, memLevel 6: 390.8 M, 222 KB (chosen)
+//   level 3, same:                               391.8 M, 214 KB
+//   memLevel 4 / 9:                              394.0 M / 440.9 M
+//   window 16 KB or 8 KB:                         +33 M (the window slides more often)
+//   Sub or Up filter: +118 M; run-length or Huffman-only strategy: 1.7x to 37x
+//   Cairo's size on some card (they repeat pixels three bytes apart, not one).
+// zlib's smaller hash (memLevel 6) is cheaper to slide than the default; the
+// worst card stays within 1.33x of Cairo's writer, whose level 6 and
+// adaptive filters cost several times as long.
 struct PngOptions {
-    int compressionLevel = 1;
+    int compressionLevel = 2;
     PngFilter filter = PngFilter::None;
     PngStrategy strategy = PngStrategy::Default;
+    // zlib's window (9 to 15 bits) and hash memory (1 to 9).
+    int windowBits = 15;
+    int memLevel = 6;
     // Stored as an international text chunk under "Description"; empty for none.
     std::string description;
 };
