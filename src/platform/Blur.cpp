@@ -255,7 +255,19 @@ void gaussianBlurAlpha(AlphaBitmap b, double sigma) {
         count(y + radius, 1);
         count(y - radius - 1, -1);
         gaussianDown(acrossRows, y, weights, reached.data(), down.data());
-        rowToBytes(down.data(), b.data + static_cast<size_t>(y) * b.stride, b.width);
+        // Lanes nothing reached were transparent and stay so: only runs of reached ones are written back.
+        unsigned char* dst = b.data + static_cast<size_t>(y) * b.stride;
+        for (int lane = 0; lane < lanes;) {
+            if (!reached[lane]) {
+                ++lane;
+                continue;
+            }
+            int end = lane;
+            while (end < lanes && reached[end]) ++end;
+            const int x0 = lane * kLaneCount, x1 = std::min(end * kLaneCount, b.width);
+            if (x1 > x0) rowToBytes(down.data() + x0, dst + x0, x1 - x0);
+            lane = end;
+        }
     }
 }
 
