@@ -163,20 +163,31 @@ void gaussianDown(const Plane& in, int y, const std::vector<float>& weights, con
 }
 
 // The sampled Gaussian along a row: dst pixel x weighs `padded` pixels x to
-// x + 2 * radius, for `width` pixels rounded up to whole lanes. `inked[i]`
-// counts the padded pixels before i that hold alpha, so lanes with nothing
-// in reach are left transparent without weighing; `holds[lane]` says which
-// were weighed.
+// x + 2 * radius, for `width` pixels rounded up to whole lanes. Only lanes
+// `holds` marks (some alpha within reach) are weighed; the rest are left
+// transparent.
 VELMORANT_WIDE_LOOPS
-void gaussianAlong(const float* padded, const int* inked, const std::vector<float>& weights, float* dst, int width,
-                   unsigned char* holds) {
+void gaussianAlong(const float* padded, const unsigned char* holds, const std::vector<float>& weights, float* dst,
+                   int width) {
     const int taps = static_cast<int>(weights.size());
     for (int x = 0, lane = 0; x < width; x += kLaneCount, ++lane) {
         Lanes sum{};
-        holds[lane] = inked[x + kLaneCount - 1 + taps] != inked[x];
         if (holds[lane])
             for (int k = 0; k < taps; ++k) sum += weights[k] * load(padded + x + k);
         store(dst + x, sum);
+    }
+}
+
+// Marks in `holds` the lanes of a row of `width` bytes with some alpha within
+// `radius` pixels: those whose own pixels, or those of the lanes `radius`
+// reaches either side, are not all transparent.
+void markHeld(const unsigned char* src, int width, int radius, unsigned char* holds, int lanes) {
+    const int spread = (radius + kLaneCount - 1) / kLaneCount;
+    std::fill(holds, holds + lanes, 0);
+    for (int lane = 0; lane < lanes; ++lane) {
+        const int x0 = lane * kLaneCount, x1 = std::min(x0 + kLaneCount, width);
+        if (x1 <= x0 || std::all_of(src + x0, src + x1, [](unsigned char a) { return a == 0; })) continue;
+        std::fill(holds + std::max(0, lane - spread), holds + std::min(lanes, lane + spread + 1), 1);
     }
 }
 
@@ -231,16 +242,18 @@ void gaussianBlurAlpha(AlphaBitmap b, double sigma) {
     // The row being weighed, with `radius` transparent pixels before it and
     // `radius` plus a lane's worth after it, so every tap loads whole lanes.
     std::vector<float> padded(static_cast<size_t>(acrossRows.stride) + 2 * radius + kLaneCount, 0.f);
-    std::vector<int> inked(padded.size() + 1, 0);
     const int lanes = acrossRows.stride / kLaneCount;
     std::vector<unsigned char> holds(static_cast<size_t>(lanes) * b.height);
     for (int y = 0; y < b.height; ++y) {
         const unsigned char* src = b.data + static_cast<size_t>(y) * b.stride;
+        unsigned char* held = holds.data() + static_cast<size_t>(y) * lanes;
+        markHeld(src, b.width, radius, held, lanes);
+        if (std::none_of(held, held + lanes, [](unsigned char h) { return h != 0; })) {
+            std::fill(acrossRows.row(y), acrossRows.row(y) + acrossRows.stride, 0.f);
+            continue;
+        }
         std::copy(src, src + b.width, padded.begin() + radius);
-        for (int x = 0; x < b.width; ++x) inked[radius + x + 1] = inked[radius + x] + (src[x] != 0);
-        std::fill(inked.begin() + radius + b.width + 1, inked.end(), inked[radius + b.width]);
-        gaussianAlong(padded.data(), inked.data(), weights, acrossRows.row(y), acrossRows.stride,
-                      holds.data() + static_cast<size_t>(y) * lanes);
+        gaussianAlong(padded.data(), held, weights, acrossRows.row(y), acrossRows.stride);
     }
     // For each lane of columns, how many rows within the kernel of row y hold alpha.
     std::vector<int> reached(lanes, 0);
