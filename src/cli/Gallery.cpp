@@ -219,6 +219,15 @@ std::string number(double value) {
 // system, so that the gallery's peak is one picture's, not their scattered sum.
 void releaseFreedMemory() { malloc_trim(0); }
 
+// Bitmaps, bands and encoder buffers (32 KB and more) get pages of their own, returned the
+// moment they are freed. Left to itself glibc raises this threshold to the
+// largest block freed so far, after which every later picture lands in the
+// heap and its peak stays resident until the next trim.
+void mapLargeBlocksApart() {
+    mallopt(M_MMAP_THRESHOLD, 32 * 1024);
+    mallopt(M_TOP_PAD, 0);
+}
+
 // Every snippet card with its view record, into `folder` of the gallery.
 std::vector<GalleryPicture> drawSnippets(platform::Platform& platform, const fs::path& gallery,
                                          const std::string& folder, std::size_t count, double width) {
@@ -263,7 +272,10 @@ std::vector<GalleryPicture> drawWidgetImages(platform::Platform& platform, const
 
 // Runs every widget mirror and returns the "Swift-" keys of the shared store.
 json runMirrors(platform::Platform& platform) {
-    for (const auto& [name, run] : kMirrors) run(platform);
+    for (const auto& [name, run] : kMirrors) {
+        run(platform);
+        releaseFreedMemory();  // the sleep bank's mirror draws its rings
+    }
     json keys = json::object();
     for (const auto& [key, value] : platform.suiteNamed(platform::kAppGroupSuite)->dictionaryRepresentation())
         if (key.starts_with("Swift-")) keys[key] = toJson(value);
@@ -349,6 +361,7 @@ SnippetCard showSnippet(platform::Platform& platform, std::string_view intent, d
 fs::path writeGallery(platform::Platform& platform, const GalleryOptions& options, std::ostream& progress) {
     checkGalleryFolder(options.dir);
     fs::path target = targetPath(options.dir);
+    mapLargeBlocksApart();
     StagingFolder staging(target);
     const fs::path& gallery = staging.path();
     writeFile(gallery / std::string(kGalleryMarker), kMarkerText);
