@@ -219,10 +219,10 @@ std::string number(double value) {
 // system, so that the gallery's peak is one picture's, not their scattered sum.
 void releaseFreedMemory() { malloc_trim(0); }
 
-// Bitmaps, bands and encoder buffers (32 KB and more) get pages of their own, returned the
-// moment they are freed. Left to itself glibc raises this threshold to the
-// largest block freed so far, after which every later picture lands in the
-// heap and its peak stays resident until the next trim.
+// Bitmaps, bands and encoder buffers (32 KB and more) get pages of their
+// own, returned the moment they are freed. Left to itself glibc raises this
+// threshold to the largest block freed so far, after which every later
+// picture lands in the heap and its peak stays resident until the next trim.
 void mapLargeBlocksApart() {
     mallopt(M_MMAP_THRESHOLD, 32 * 1024);
     mallopt(M_TOP_PAD, 0);
