@@ -464,7 +464,7 @@ TEST(ShadowMask, CoarseCellsMatchTheFullResolutionBlur) {
     };
     constexpr int kSide = 400;
     const PixelBounds whole{0, 0, kSide, kSide};
-    for (double sigma : {0.9, 1.5, 2.0, 3.0, 4.5, 7.5, 15.0}) {
+    for (double sigma : {0.9, 1.5, 2.0, 2.5, 3.0, 4.5, 6.0, 7.5, 15.0, 40.0}) {
         for (const Shape& shape : shapes) {
             SCOPED_TRACE(std::string(shape.name) + " sigma " + std::to_string(sigma));
             SurfacePtr reference(cairo_image_surface_create(CAIRO_FORMAT_A8, kSide, kSide));
