@@ -114,14 +114,15 @@ struct Canvas::Impl {
     // Draws a shape, first its shadow when one is set. `paint` draws the
     // shape into any context whose matrix maps points to that context's
     // pixels; `extent` is where the shape can put paint, in canvas pixels.
-    void draw(PixelBox extent, const std::function<void(cairo_t*)>& paint) {
-        if (state.shadow) drawShadow(*state.shadow, extent, paint);
+    void draw(PixelBox extent, const std::function<void(cairo_t*)>& paint, MaskGrid grid = MaskGrid::Coarse) {
+        if (state.shadow) drawShadow(*state.shadow, extent, paint, grid);
         paint(cr.get());
     }
 
     // The shadow: the shape's alpha moved by the offset, blurred, painted in
     // the shadow's colour over the pixels it can reach.
-    void drawShadow(const Shadow& shadow, PixelBox extent, const std::function<void(cairo_t*)>& paint) {
+    void drawShadow(const Shadow& shadow, PixelBox extent, const std::function<void(cairo_t*)>& paint,
+                    MaskGrid grid) {
         double sigma = std::min(shadow.blur / 2 * scale, kMaxShadowSigmaPixels);
         double reach = std::ceil(3 * sigma);
         double dx = shadow.offset.width * scale, dy = shadow.offset.height * scale;
@@ -136,7 +137,7 @@ struct Canvas::Impl {
             cairo_translate(target, dx, dy);
             cairo_scale(target, scale, scale);
             paint(target);
-        });
+        }, grid);
         if (!mask || mask->parts.empty()) return;
         CairoSaved saved(cr.get());
         cairo_identity_matrix(cr.get());
@@ -339,7 +340,7 @@ void Canvas::drawAtPoint(std::string_view text, Point point, const TextAttribute
         pango_cairo_show_layout(target, layout.get());
         // The saved state does not cover the path: leave no current point behind.
         cairo_new_path(target);
-    });
+    }, MaskGrid::Pixels);
 }
 
 ImagePtr Canvas::makeImage() {
@@ -458,7 +459,7 @@ void Canvas::drawTextBlock(std::string_view text, Rect rect, int lines, TextAlig
         pango_cairo_show_layout(target, layout.get());
         // The saved state does not cover the path: leave no current point behind.
         cairo_new_path(target);
-    });
+    }, MaskGrid::Pixels);
 }
 
 }  // namespace velmorant::platform

@@ -187,12 +187,12 @@ PixelBounds moved(const PixelBounds& b, int dx, int dy) { return {b.x0 + dx, b.y
 }  // namespace
 
 std::optional<ShadowMask> makeShadowMask(PixelBounds bounds, double sigma,
-                                         const std::function<void(cairo_t*)>& paint) {
+                                         const std::function<void(cairo_t*)>& paint, MaskGrid grid) {
     if (bounds.empty()) return std::nullopt;
     // Whole lanes across: the extra pixels on the right are blurred like the rest.
     bounds.x1 = bounds.x0 + (bounds.width() + kLaneCount - 1) / kLaneCount * kLaneCount;
     const double wanted = std::min(sigma / kMinCellSigma, kMaxCellFactor);
-    const double factor = wanted < kMinCellFactor ? 1 : wanted;
+    const double factor = wanted < kMinCellFactor || grid == MaskGrid::Pixels ? 1 : wanted;
     const double cellSigma = factor == 1 ? sigma : std::sqrt(sigma * sigma / (factor * factor) - 0.25);
     const double reach = std::ceil(3 * sigma);
     // The cells that feed `bounds`: 3 sigma more on each side, and one more for the scaling.

@@ -25,11 +25,18 @@ struct ShadowMask {
     std::vector<PixelBounds> parts;
 };
 
+// Where the blur is worked out: on coarser cells when sigma is wide enough
+// (fast, within a few levels of alpha), or on the canvas's own pixels. Text
+// needs pixels: Cairo puts each glyph on a whole device pixel, so on cells
+// its shadow would sit up to half a cell away from the glyph.
+enum class MaskGrid { Coarse, Pixels };
+
 // Draws a shape's alpha through `paint` (given a context whose matrix maps
 // canvas pixels, the shape already moved by the shadow's offset), blurs it
 // with a Gaussian of `sigma` pixels, and returns it over `bounds`. The shape
 // must lie within `bounds` grown by 3 sigma; none when memory runs out.
 std::optional<ShadowMask> makeShadowMask(PixelBounds bounds, double sigma,
-                                         const std::function<void(cairo_t*)>& paint);
+                                         const std::function<void(cairo_t*)>& paint,
+                                         MaskGrid grid = MaskGrid::Coarse);
 
 }  // namespace velmorant::platform
