@@ -43,10 +43,12 @@ struct GState {
 bool finite(double v) { return std::isfinite(v); }
 bool finite(Point p) { return finite(p.x) && finite(p.y); }
 
+// A side too large to draw gives no pixels at all rather than a corner of a
+// picture hundreds of megabytes large.
 int pixelsAlong(double points, double scale) {
     double pixels = std::ceil(points * scale);
-    if (!finite(pixels) || pixels <= 0) return 0;
-    return static_cast<int>(std::min(pixels, static_cast<double>(Canvas::kMaxPixels)));
+    if (!finite(pixels) || pixels <= 0 || pixels > Canvas::kMaxPixels) return 0;
+    return static_cast<int>(pixels);
 }
 
 cairo_line_cap_t cairoCap(LineCap cap) {
@@ -83,9 +85,7 @@ struct Canvas::Impl {
         int w = usable ? pixelsAlong(points.width, scale) : 0;
         int h = usable ? pixelsAlong(points.height, scale) : 0;
         if (w == 0 || h == 0) w = h = 0;
-        // A side held to kMaxPixels shrinks the size in points with it.
-        size = {std::min(points.width, w / this->scale), std::min(points.height, h / this->scale)};
-        if (w == 0) size = {};
+        size = w == 0 ? Size{} : points;
         surface.reset(cairo_image_surface_create(CAIRO_FORMAT_ARGB32, w, h));
         cr.reset(cairo_create(surface.get()));
         cairo_scale(cr.get(), this->scale, this->scale);

@@ -45,8 +45,8 @@ public:
         Canvas* canvas_;
     };
 
-    // A transparent context of `points` at `scale`. A size that is not finite or
-    // not positive gives an empty image; a side is held to at most kMaxPixels.
+    // A transparent context of `points` at `scale`. A size that is not finite, not
+    // positive, or with a side over kMaxPixels pixels gives an empty image.
     Canvas(Size points, double scale, const FontSystem& fonts);
     ~Canvas();
     Canvas(const Canvas&) = delete;
@@ -55,7 +55,7 @@ public:
     // The longest side of a canvas, in pixels.
     static constexpr int kMaxPixels = 8192;
 
-    // The size in points (shrunk with a side held to kMaxPixels; empty when unusable).
+    // The size in points; empty when the size asked for cannot be drawn.
     Size size() const;
     // Pixels per point.
     double scale() const;

@@ -41,7 +41,8 @@ TEST(Canvas, SizeInPixelsIsHeldToFiniteBounds) {
         {{100, 50}, 2, 200, 100},      {{10.2, 10}, 3, 31, 30},       {{kNaN, 10}, 3, 0, 0},
         {{10, kInf}, 3, 0, 0},         {{-5, 10}, 3, 0, 0},           {{0, 10}, 3, 0, 0},
         {{10, 10}, 0, 0, 0},           {{10, 10}, kNaN, 0, 0},        {{10, 10}, -2, 0, 0},
-        {{1e12, 1}, 1, Canvas::kMaxPixels, 1},
+        {{Canvas::kMaxPixels, 1}, 1, Canvas::kMaxPixels, 1},                {{Canvas::kMaxPixels + 1, 1}, 1, 0, 0},
+        {{1e12, 1}, 1, 0, 0},
     };
     for (const auto& c : cases) {
         Canvas canvas(c.points, c.scale, fonts());
