@@ -1,21 +1,14 @@
 #include "demo/DemoData.h"
-#include "cli/Program.h"
 #include "intents/IntentViewController.h"
 #include "platform/Accessibility.h"
-#include "platform/CHandles.h"
 #include "platform/Image.h"
 #include "platform/ViewLayout.h"
 #include "platform/ViewRenderer.h"
 
 #include <gtest/gtest.h>
-#include <nlohmann/json.hpp>
-#include <spng.h>
-#include <unistd.h>
 
 #include <cmath>
 #include <filesystem>
-#include <fstream>
-#include <sstream>
 
 using namespace velmorant;
 using platform::Point;
@@ -78,29 +71,21 @@ int brightPixels(const platform::Image& image, Rect r) {
 
 bool contains(Rect r, Point p) { return p.x >= r.x && p.x < r.x + r.width && p.y >= r.y && p.y < r.y + r.height; }
 
-// Checks one card: its size, every shown text and indicator, the picture and the panel.
+// Checks one card: its size, its light texts, the rings picture, and nothing drawn in a panel outside its views.
 void checkCard(const Card& card, double width) {
     const platform::Image& image = *card.image;
     const auto layout = card.layout();
     EXPECT_EQ(image.pixelWidth(), std::lround(width * 3));
     EXPECT_EQ(image.pixelHeight(), std::lround(card.size.height * 3));
+    EXPECT_EQ(card.size.height, card.views().isShown(*card.views().view("ringsContainer")) ? 420 : 180);
     for (const auto& view : card.views().views()) {
         if (!card.views().isShown(*view)) continue;
-        Rect frame = layout.frameOf(view->name());
-        const std::string& name = view->name();
         // Light texts leave light pixels in their frame (glyphs on indicators are dark).
         bool lightText = view->textColor() && luminance(view->textColor()->rgba()) > 0.5;
         if (view->text() && !platform::spokenText(*view->text(), {}).empty() && lightText)
-            EXPECT_GT(brightPixels(image, frame), 10) << name << " \"" << *view->text() << "\"";
-        if (view->kind() == platform::ViewKind::Indicator && view->backgroundColor() &&
-            view->backgroundColor()->alpha() == 1)
-            EXPECT_LT(difference(image.pixelAt({frame.x + 3, frame.y + frame.height / 2}),
-                                 view->backgroundColor()->rgba()),
-                      0.02)
-                << name;
+            EXPECT_GT(brightPixels(image, layout.frameOf(view->name())), 10) << view->name() << " \"" << *view->text() << "\"";
     }
-    // The picture sits where the interface puts it: an opaque point of it near
-    // its centre shows on the card unchanged.
+    // The picture sits where the interface puts it: an opaque point of it near its centre shows unchanged.
     const platform::View& rings = *card.views().view("ringsImage");
     if (card.views().isShown(rings) && rings.image()) {
         Rect frame = layout.frameOf("ringsImage");
@@ -117,15 +102,11 @@ void checkCard(const Card& card, double width) {
         }
         EXPECT_TRUE(compared);
     }
+    // Between the views of a panel there is only the panel: no text ran out of its frame.
     for (const char* panelName : {"ringTextContainer", "ringStatsContainer"}) {
         const platform::View& panel = *card.views().view(panelName);
         if (!card.views().isShown(panel)) continue;
         Rect p = layout.frameOf(panelName);
-        // Rounded corners let the card show through.
-        EXPECT_LT(difference(image.pixelAt({p.x + 0.5, p.y + 0.5}), image.pixelAt({p.x - 1, p.y + 0.5})), 0.02);
-        EXPECT_GT(difference(image.pixelAt({p.x + p.width / 2, p.y + 0.5}), image.pixelAt({p.x - 1, p.y + 0.5})),
-                  0.02);
-        // Between the views of the panel there is only the panel: no text ran out of its frame.
         std::vector<Rect> children;
         for (const auto& view : card.views().views())
             if (view->parent() == panelName && card.views().isShown(*view))
@@ -141,76 +122,18 @@ void checkCard(const Card& card, double width) {
     }
 }
 
-TEST(Card, EveryIntentIsLaidOutAtEveryHostWidth) {
-    for (const char* intent : kIntents) {
-        for (double width : {300.0, 390.0, 600.0}) {
-            SCOPED_TRACE(std::string(intent) + " at " + std::to_string(static_cast<int>(width)));
-            Card card(intent, width);
-            ASSERT_TRUE(card.image);
-            checkCard(card, width);
-        }
-    }
-}
-
-TEST(Card, EmptyStatesAreDrawnAndSaidAsTheyShow) {
-    struct Case {
-        const char* intent;
-        const char* said;
-    };
-    const Case cases[] = {
-        {"SleepSpO2Intent", "Avg. no data. Range no data."},
-        {"ReadinessIntent", "HRV no data. Waking no data."},
-        {"LightsOffIntent", "Optionally use lights off to start sleeping. Confirm."},
-        {"UnknownIntent", "I am so confused."},
-    };
-    for (const auto& c : cases) {
-        SCOPED_TRACE(c.intent);
-        Card card(c.intent, 390, false);
-        ASSERT_TRUE(card.image);
-        checkCard(card, 390);
-        platform::SpeechLanguage english{[](std::string_view key) { return std::string(key); }, "en_US"};
-        EXPECT_EQ(platform::accessibilityText(card.views(), english), c.said);
-    }
-}
-
-std::string descriptionOf(const std::filesystem::path& file) {
-    std::ifstream in(file, std::ios::binary);
-    std::stringstream bytes;
-    bytes << in.rdbuf();
-    std::string png = bytes.str();
-    std::unique_ptr<spng_ctx, platform::CRelease<spng_ctx_free>> ctx(spng_ctx_new(0));
-    spng_set_png_buffer(ctx.get(), png.data(), png.size());
-    std::uint32_t count = 0;
-    if (spng_get_text(ctx.get(), nullptr, &count) != 0) return "";
-    std::vector<spng_text> texts(count);
-    spng_get_text(ctx.get(), texts.data(), &count);
-    for (const auto& t : texts)
-        if (std::string(t.keyword) == "Description") return std::string(t.text, t.length);
-    return "";
-}
-
-TEST(Card, ShowSaysTheCardAndThePictureCarriesTheSameWords) {
-    struct Case {
-        const char* locale;
-        const char* opening;
-        const char* sevenDay;
-    };
-    const Case cases[] = {{"en_US", "Avg. ", ", 7-day "}, {"de_DE", "Mittel ", ", 7 Tage "}};
-    auto dir = std::filesystem::temp_directory_path() / ("velmorant-card-" + std::to_string(::getpid()));
-    std::filesystem::create_directories(dir);
-    for (const auto& c : cases) {
-        auto file = dir / (std::string(c.locale) + ".png");
-        std::ostringstream out, err;
-        int status = cli::runProgram({"show", "SleepSpO2Intent", "--png", file.string(), "--locale", c.locale,
-                                      "--tz", "Europe/London", "--now", "2024-03-05T22:10:00"},
-                                     out, err);
-        ASSERT_EQ(status, 0) << err.str();
-        std::string said = nlohmann::json::parse(out.str()).at("accessibility");
-        EXPECT_TRUE(said.starts_with(c.opening)) << said;
-        EXPECT_NE(said.find(c.sevenDay), std::string::npos) << said;
-        EXPECT_EQ(descriptionOf(file), said);
-    }
-    std::filesystem::remove_all(dir);
+TEST(Card, EveryIntentWithAndWithoutDataIsLaidOutAtEveryHostWidth) {
+    for (bool demoData : {true, false})
+        for (const char* intent : kIntents)
+            for (double width : {300.0, 600.0}) {
+                SCOPED_TRACE(std::string(intent) + " at " + std::to_string(int(width)) + (demoData ? "" : " empty"));
+                Card card(intent, width, demoData);
+                ASSERT_TRUE(card.image);
+                checkCard(card, width);
+            }
+    platform::SpeechLanguage english{[](std::string_view key) { return std::string(key); }, "en_US"};
+    EXPECT_EQ(platform::accessibilityText(Card("SleepSpO2Intent", 390, false).views(), english),
+              "Avg. no data. Range no data.");
 }
 
 }  // namespace
