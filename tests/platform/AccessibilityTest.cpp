@@ -21,44 +21,22 @@ SpeechLanguage german() {
     return {[](std::string_view key) { return table.localizedStringForKey(key); }, "de_DE"};
 }
 
-TEST(SpokenText, SaysGlyphsAsWordsAndDropsWhatHasNoWord) {
+TEST(SpokenText, SaysGlyphsAsWordsInTheLocaleAndDropsWhatHasNoWord) {
     struct Case {
-        const char* shown;
-        const char* said;
+        bool inGerman;
+        const char *shown, *said;
     };
     const Case cases[] = {
-        {"⑦ 95.3%", "7-day 95.3%"},
-        {"⑦ 89% - 99%", "7-day 89% – 99%"},
-        {"1.0%↗", "1.0% rising"},
-        {"0.25°↘", "0.25 degrees falling"},
-        {"0.00°=", "0.00 degrees unchanged"},
-        {"★★★⭒⭒", "3 of 5 stars"},
-        {"★★★★★", "5 of 5 stars"},
-        {"--", "no data"},
-        {"AVG.", "Avg."},
-        {"BED TIME", "Bed Time"},
-        {"HRV", "HRV"},
-        {"💤 In bed at 10:45 PM.", "In bed at 10:45 PM."},
-        {"🛌", ""},
-        {"", ""},
+        {false, "⑦ 89% - 99%", "7-day 89% – 99%"}, {false, "1.0%↗", "1.0% rising"},
+        {false, "0.25°↘", "0.25 degrees falling"}, {false, "0.00°=", "0.00 degrees unchanged"},
+        {false, "★★★⭒⭒", "3 of 5 stars"},         {false, "--", "no data"},
+        {false, "BED TIME", "Bed Time"},           {false, "HRV", "HRV"},
+        {false, "💤 In bed at 10:45 PM.", "In bed at 10:45 PM."}, {false, "🛌", ""},
+        {true, "⑦ 95,3 %", "7 Tage 95,3 %"},       {true, "1,0 %↗", "1,0 % steigend"},
+        {true, "0,25°↘", "0,25 Grad fallend"},     {true, "★★★★⭒", "4 von 5 Sternen"},
+        {true, "--", "keine Daten"},               {true, "QUALITÄT", "Qualität"},
     };
-    for (const auto& c : cases) EXPECT_EQ(spokenText(c.shown, english()), c.said) << c.shown;
-}
-
-TEST(SpokenText, SpeaksTheGlyphWordsInTheLocaleInForce) {
-    struct Case {
-        const char* shown;
-        const char* said;
-    };
-    const Case cases[] = {
-        {"⑦ 95,3 %", "7 Tage 95,3 %"},
-        {"1,0 %↗", "1,0 % steigend"},
-        {"0,25°↘", "0,25 Grad fallend"},
-        {"★★★★⭒", "4 von 5 Sternen"},
-        {"--", "keine Daten"},
-        {"QUALITÄT", "Qualität"},
-    };
-    for (const auto& c : cases) EXPECT_EQ(spokenText(c.shown, german()), c.said) << c.shown;
+    for (const auto& c : cases) EXPECT_EQ(spokenText(c.shown, c.inGerman ? german() : english()), c.said) << c.shown;
 }
 
 // A panel of two rows as the snippet lays them out, with a hidden group and a decorative glyph.
@@ -84,34 +62,20 @@ ViewTree panel(std::initializer_list<std::pair<const char*, const char*>> texts)
 }
 
 TEST(AccessibilityText, ReadsTheShownTextsRowByRowWithTheirHeadings) {
-    struct Case {
-        ViewTree tree;
-        const char* said;
-    };
-    Case cases[] = {
-        {panel({{"glyph", "O₂"}, {"upperHeading", "AVG."}, {"upperMain", "95.4%"}, {"upperSecond", "⑦ 95.3%"},
-                {"lowerHeading", "RANGE"}, {"lowerMain", "90% - 99%"}, {"lowerSecond", "⑦ 89% - 99%"}}),
-         "Avg. 95.4%, 7-day 95.3%. Range 90% – 99%, 7-day 89% – 99%."},
-        // The empty state: headings with nothing after them say so.
-        {panel({{"glyph", "O₂"}, {"upperHeading", "AVG."}, {"upperMain", ""}, {"upperSecond", ""},
-                {"lowerHeading", "RANGE"}, {"lowerMain", ""}, {"lowerSecond", ""}}),
-         "Avg. no data. Range no data."},
-        // A value missing on one side only; a text of its own ends its own sentence once.
-        {panel({{"title", "★★★★⭒"}, {"upperHeading", "BASELINE"}, {"upperSecond", "35.61°"}}),
-         "4 of 5 stars. Baseline 35.61 degrees."},
-        {panel({{"title", "I am so confused."}}), "I am so confused."},
-        {panel({}), ""},
-    };
-    for (auto& c : cases) EXPECT_EQ(accessibilityText(c.tree, english()), c.said);
-}
-
-TEST(AccessibilityText, FollowsWhatIsShown) {
-    ViewTree tree = panel({{"upperHeading", "AVG."}, {"upperMain", "95.4%"}});
-    tree.view("panel")->setHidden(true);
-    tree.view("title")->setText("Good Night");
-    EXPECT_EQ(accessibilityText(tree, english()), "Good Night.");
-    tree.view("other")->setHidden(false);
-    EXPECT_EQ(accessibilityText(tree, english()), "Old text. Good Night.");
+    ViewTree full = panel({{"glyph", "O₂"}, {"upperHeading", "AVG."}, {"upperMain", "95.4%"},
+                           {"upperSecond", "⑦ 95.3%"}, {"lowerHeading", "RANGE"}, {"lowerMain", "90% - 99%"},
+                           {"lowerSecond", "⑦ 89% - 99%"}});
+    EXPECT_EQ(accessibilityText(full, english()), "Avg. 95.4%, 7-day 95.3%. Range 90% – 99%, 7-day 89% – 99%.");
+    // A value missing on one side only; a text of its own ends its own sentence once.
+    ViewTree oneSided = panel({{"title", "★★★★⭒"}, {"upperHeading", "BASELINE"}, {"upperSecond", "35.61°"}});
+    EXPECT_EQ(accessibilityText(oneSided, english()), "4 of 5 stars. Baseline 35.61 degrees.");
+    EXPECT_EQ(accessibilityText(panel({}), english()), "");
+    // Hidden views are not read; shown again, they are.
+    full.view("panel")->setHidden(true);
+    full.view("title")->setText("Good Night");
+    EXPECT_EQ(accessibilityText(full, english()), "Good Night.");
+    full.view("other")->setHidden(false);
+    EXPECT_EQ(accessibilityText(full, english()), "Old text. Good Night.");
 }
 
 }  // namespace

@@ -11,6 +11,7 @@
 #include <functional>
 #include <limits>
 #include <optional>
+#include <tuple>
 #include <string>
 #include <vector>
 
@@ -31,6 +32,27 @@ bool inked(const Image& image, Point p) { return image.pixelAt(p).a > 0.5; }
 // The upper tail of the standard normal distribution.
 double normalTail(double z) { return 0.5 * std::erfc(z / std::sqrt(2.0)); }
 
+// A rectangle's outline, always wound the same way.
+void addRect(Canvas& canvas, Rect r) {
+    canvas.moveTo({r.x, r.y});
+    canvas.addLineTo({r.x + r.width, r.y});
+    canvas.addLineTo({r.x + r.width, r.y + r.height});
+    canvas.addLineTo({r.x, r.y + r.height});
+    canvas.closePath();
+}
+
+ImagePtr drawn(const std::function<void(Canvas&)>& draw, double scale = 2, Size size = {100, 100}) {
+    Canvas canvas(size, scale, fonts());
+    draw(canvas);
+    return canvas.makeImage();
+}
+
+// A white rectangle, by default a 40-point square at (30, 30), with the given shadow.
+ImagePtr withShadow(const std::function<void(Canvas&)>& setShadow, double scale = 2, Rect r = {30, 30, 40, 40}) {
+    return drawn([&](Canvas& c) { setShadow(c), c.setFillColour(Colour::whiteColor()), addRect(c, r), c.fillPath(); },
+                 scale);
+}
+
 TEST(Canvas, SizeInPixelsIsHeldToFiniteBounds) {
     struct Case {
         Size points;
@@ -38,15 +60,13 @@ TEST(Canvas, SizeInPixelsIsHeldToFiniteBounds) {
         int width, height;
     };
     const Case cases[] = {
-        {{100, 50}, 2, 200, 100},      {{10.2, 10}, 3, 31, 30},       {{kNaN, 10}, 3, 0, 0},
-        {{10, kInf}, 3, 0, 0},         {{-5, 10}, 3, 0, 0},           {{0, 10}, 3, 0, 0},
-        {{10, 10}, 0, 0, 0},           {{10, 10}, kNaN, 0, 0},        {{10, 10}, -2, 0, 0},
-        {{Canvas::kMaxPixels, 1}, 1, Canvas::kMaxPixels, 1},                {{Canvas::kMaxPixels + 1, 1}, 1, 0, 0},
+        {{100, 50}, 2, 200, 100}, {{10.2, 10}, 3, 31, 30}, {{kNaN, 10}, 3, 0, 0}, {{10, kInf}, 3, 0, 0},
+        {{-5, 10}, 3, 0, 0},      {{10, 10}, 0, 0, 0},     {{10, 10}, kNaN, 0, 0},
+        {{Canvas::kMaxPixels, 1}, 1, Canvas::kMaxPixels, 1}, {{Canvas::kMaxPixels + 1, 1}, 1, 0, 0},
         {{1e12, 1}, 1, 0, 0},
     };
     for (const auto& c : cases) {
-        Canvas canvas(c.points, c.scale, fonts());
-        ImagePtr image = canvas.makeImage();
+        ImagePtr image = Canvas(c.points, c.scale, fonts()).makeImage();
         ASSERT_TRUE(image) << c.points.width << " x " << c.points.height << " @" << c.scale;
         EXPECT_EQ(image->pixelWidth(), c.width) << c.points.width << " @" << c.scale;
         EXPECT_EQ(image->pixelHeight(), c.height) << c.points.height << " @" << c.scale;
@@ -56,28 +76,18 @@ TEST(Canvas, SizeInPixelsIsHeldToFiniteBounds) {
 }
 
 TEST(Canvas, StartsTransparentAndFillsWithNonZeroWinding) {
-    Canvas canvas({100, 100}, 2, fonts());
-    canvas.setFillColour(Colour::systemRedColor());
     // Two squares wound the same way: their overlap stays filled.
-    for (double x : {20.0, 40.0}) {
-        canvas.moveTo({x, 20});
-        canvas.addLineTo({x + 40, 20});
-        canvas.addLineTo({x + 40, 60});
-        canvas.addLineTo({x, 60});
-        canvas.closePath();
-    }
-    canvas.fillPath();
-    ImagePtr image = canvas.makeImage();
-    for (Point corner : {Point{0, 0}, Point{99.9, 0}, Point{0, 99.9}, Point{99.9, 99.9}})
-        EXPECT_EQ(image->pixelAt(corner).a, 0) << corner.x << "," << corner.y;
-    Rgba red = Colour::systemRedColor().rgba();
+    ImagePtr image = drawn([](Canvas& c) {
+        c.setFillColour(Colour::systemRedColor());
+        addRect(c, {20, 20, 40, 40}), addRect(c, {40, 20, 40, 40}), c.fillPath();
+    });
+    for (Point clear : {Point{0, 0}, Point{99.9, 99.9}, Point{50, 65}})  // the path was used up by the fill
+        EXPECT_EQ(image->pixelAt(clear).a, 0) << clear.x << "," << clear.y;
+    const Rgba red = Colour::systemRedColor().rgba();
     for (Point inside : {Point{25, 30}, Point{50, 40}, Point{75, 55}}) {
         Rgba p = image->pixelAt(inside);
-        EXPECT_NEAR(p.r, red.r, 0.01);
-        EXPECT_NEAR(p.g, red.g, 0.01);
-        EXPECT_EQ(p.a, 1);
+        EXPECT_TRUE(std::fabs(p.r - red.r) < 0.01 && std::fabs(p.g - red.g) < 0.01 && p.a == 1) << inside.x;
     }
-    EXPECT_EQ(image->pixelAt({50, 65}).a, 0);  // the path was used up by the fill
 }
 
 TEST(Canvas, ArcsSweepThroughIncreasingAngles) {
@@ -86,7 +96,7 @@ TEST(Canvas, ArcsSweepThroughIncreasingAngles) {
         double start, end;
         std::vector<double> inkedAt, clearAt;  // angles probed on the arc's radius
     };
-    const double q = M_PI / 2;
+    const double q = M_PI / 2, radius = 30;
     const Case cases[] = {
         {"first quarter, +x towards +y (down)", 0, q, {q / 2}, {-q / 2, 2 * q, 3 * q}},
         {"end before start wraps forward", 3 * q, 0, {3.5 * q}, {q / 2, 1.5 * q, 2.5 * q}},
@@ -96,76 +106,44 @@ TEST(Canvas, ArcsSweepThroughIncreasingAngles) {
         {"equal angles draw nothing", q, q, {}, {q / 2, 1.5 * q, 2.5 * q, 3.5 * q}},
         {"non-finite end draws nothing", 0, kInf, {}, {q / 2, 2.5 * q}},
     };
-    const Point centre{50, 50};
-    const double radius = 30;
+    auto at = [](double angle, double r) { return Point{50 + r * std::cos(angle), 50 + r * std::sin(angle)}; };
     for (const auto& c : cases) {
-        Canvas canvas({100, 100}, 2, fonts());
-        canvas.setLineWidth(4);
-        canvas.addArc(centre, radius, c.start, c.end);
-        canvas.strokePath();
-        ImagePtr image = canvas.makeImage();
-        auto at = [&](double angle, double r) {
-            return Point{centre.x + r * std::cos(angle), centre.y + r * std::sin(angle)};
-        };
+        ImagePtr image = drawn([&](Canvas& canvas) {
+            canvas.setLineWidth(4), canvas.addArc({50, 50}, radius, c.start, c.end), canvas.strokePath();
+        });
         for (double a : c.inkedAt) {
             EXPECT_TRUE(inked(*image, at(a, radius))) << c.what << " at " << a;
-            EXPECT_FALSE(inked(*image, at(a, radius + 4))) << c.what << " outside at " << a;
-            EXPECT_FALSE(inked(*image, at(a, radius - 4))) << c.what << " inside at " << a;
+            EXPECT_FALSE(inked(*image, at(a, radius + 4)) || inked(*image, at(a, radius - 4))) << c.what << " at " << a;
         }
         for (double a : c.clearAt) EXPECT_FALSE(inked(*image, at(a, radius))) << c.what << " at " << a;
     }
 }
 
 TEST(Canvas, LineCapsExtendTheEnds) {
-    struct Case {
-        LineCap cap;
-        bool beyondEnd, beyondCorner;
-    };
     // A 10-point line ending at x = 20: 3 points beyond its end on its axis,
     // and diagonally 4 points out, where only a square cap reaches.
-    const Case cases[] = {
-        {LineCap::Butt, false, false}, {LineCap::Round, true, false}, {LineCap::Square, true, true}};
-    for (const auto& c : cases) {
-        Canvas canvas({100, 100}, 2, fonts());
-        canvas.setLineWidth(10);
-        canvas.setLineCap(c.cap);
-        canvas.moveTo({20, 50});
-        canvas.addLineTo({80, 50});
-        canvas.strokePath();
-        ImagePtr image = canvas.makeImage();
+    for (auto [cap, beyondEnd, beyondCorner] : {std::tuple{LineCap::Butt, false, false},
+                                                 {LineCap::Round, true, false}, {LineCap::Square, true, true}}) {
+        ImagePtr image = drawn([&](Canvas& c) {
+            c.setLineWidth(10), c.setLineCap(cap), c.moveTo({20, 50}), c.addLineTo({80, 50}), c.strokePath();
+        });
         EXPECT_TRUE(inked(*image, {50, 52}));
-        EXPECT_EQ(inked(*image, {17, 50}), c.beyondEnd) << static_cast<int>(c.cap);
-        EXPECT_EQ(inked(*image, {16, 46}), c.beyondCorner) << static_cast<int>(c.cap);
+        EXPECT_EQ(inked(*image, {17, 50}), beyondEnd) << static_cast<int>(cap);
+        EXPECT_EQ(inked(*image, {16, 46}), beyondCorner) << static_cast<int>(cap);
     }
-}
-
-// A filled 40-point square at (30, 30) with the given shadow.
-ImagePtr squareWithShadow(const std::function<void(Canvas&)>& setShadow, double scale = 2) {
-    Canvas canvas({100, 100}, scale, fonts());
-    setShadow(canvas);
-    canvas.setFillColour(Colour::whiteColor());
-    canvas.moveTo({30, 30});
-    canvas.addLineTo({70, 30});
-    canvas.addLineTo({70, 70});
-    canvas.addLineTo({30, 70});
-    canvas.closePath();
-    canvas.fillPath();
-    return canvas.makeImage();
 }
 
 TEST(Canvas, ShadowFallsBelowForPositiveHeightAsABlurredGaussian) {
     const double blur = 6, sigma = blur / 2;
     for (double scale : {1.0, 3.0}) {
-        ImagePtr image = squareWithShadow([&](Canvas& c) { c.setShadow({0, 10}, blur); }, scale);
+        ImagePtr image = withShadow([&](Canvas& c) { c.setShadow({0, 10}, blur); }, scale);
         // The shadow's edge lies at y = 80: along x = 50 its alpha follows the
         // normal tail, reaching 1/3 of it, black, deep under the edge.
         for (double dy : {-2 * sigma, -sigma, 0.0, sigma, 2 * sigma}) {
             double centre = dy + 0.5 / scale;  // of the pixel probed
             Rgba p = image->pixelAt({50, 80 + centre});
             EXPECT_NEAR(p.a, normalTail(centre / sigma) / 3, 0.01) << "scale " << scale << " dy " << dy;
-            if (p.a > 0.02) {
-                EXPECT_LT(p.r, 0.05);
-            }
+            EXPECT_TRUE(p.a <= 0.02 || p.r < 0.05) << "black";
         }
         EXPECT_EQ(image->pixelAt({50, 25}).a, 0) << "nothing above the square";
         EXPECT_EQ(image->pixelAt({50, 50}), (Rgba{1, 1, 1, 1})) << "the shape covers its own shadow";
@@ -173,7 +151,7 @@ TEST(Canvas, ShadowFallsBelowForPositiveHeightAsABlurredGaussian) {
 }
 
 TEST(Canvas, ShadowFallsOffSmoothly) {
-    ImagePtr image = squareWithShadow([](Canvas& c) { c.setShadow({0, 0}, 12); }, 3);
+    ImagePtr image = withShadow([](Canvas& c) { c.setShadow({0, 0}, 12); }, 3);
     // Every pixel step out from the edge lowers alpha a little: no bands, no cliff.
     double previous = image->pixelAt({70.2, 50}).a;
     int levels = 0;
@@ -181,86 +159,59 @@ TEST(Canvas, ShadowFallsOffSmoothly) {
         double a = image->pixelAt({x, 50}).a;
         EXPECT_LE(a, previous + 1e-9) << x;
         EXPECT_LT(previous - a, 0.03) << x;
-        if (a < previous) ++levels;
+        levels += a < previous;
         previous = a;
     }
     EXPECT_GT(levels, 20);
 }
 
-TEST(Canvas, ShadowsTakeTheirColourAndCanBeSwitchedOff) {
+TEST(Canvas, ShadowsTakeTheirColourCanBeSwitchedOffAndCrossTheEdges) {
     struct Case {
         const char* what;
         std::function<void(Canvas&)> set;
-        double alpha;  // under the edge at y = 75, 5 points below a 10-point offset
-        bool reddish;
-    };
-    const Case cases[] = {
-        {"plain", [](Canvas& c) { c.setShadow({0, 10}, 0); }, 1.0 / 3, false},
-        {"coloured",
-         [](Canvas& c) { c.setShadowWithColour({0, 10}, 0, Colour::systemRedColor().colorWithAlphaComponent(0.5)); },
-         0.5, true},
-        {"off", [](Canvas& c) { c.setShadow({0, 10}, 4), c.setNoShadow(); }, 0, false},
-        {"clear colour", [](Canvas& c) { c.setShadowWithColour({0, 10}, 4, Colour::clearColor()); }, 0, false},
-        {"non-finite", [](Canvas& c) { c.setShadow({kNaN, 10}, 4); }, 0, false},
-    };
-    for (const auto& c : cases) {
-        Rgba p = squareWithShadow(c.set)->pixelAt({50, 75});
-        EXPECT_NEAR(p.a, c.alpha, 0.01) << c.what;
-        if (c.reddish) {
-            EXPECT_GT(p.r, p.g + 0.5) << c.what;
-        }
-    }
-}
-
-TEST(Canvas, ShadowsCrossTheCanvasEdges) {
-    struct Case {
-        const char* what;
+        double scale;
         Rect square;
-        Size offset;
-        double blur, scale;
         Point probe;
         double alpha;
     };
+    const Rect square{30, 30, 40, 40}, outside{-40, -40, 30, 30};
+    const Point under{50, 75};  // 5 points below the edge moved by a 10-point offset
     const Case cases[] = {
-        {"shape outside, shadow moved in", {-40, -40, 30, 30}, {20, 20}, 0, 2, {5, 5}, 1.0 / 3},
-        {"shape outside, blurred shadow moved in", {-40, -40, 30, 30}, {20, 20}, 4, 2, {2, 2}, 1.0 / 3},
-        {"shadow moved out", {10, 10, 20, 20}, {-200, 0}, 4, 2, {35, 20}, 0},
-        {"shape over the right edge, wide blur", {95, 40, 30, 20}, {0, 0}, 10, 3, {93 + 1 / 6.0, 50}, normalTail(11 / 30.0) / 3},
-        {"shape over the bottom edge, offset up", {40, 95, 20, 30}, {0, -10}, 0, 3, {50, 90}, 1.0 / 3},
+        {"plain", [](Canvas& c) { c.setShadow({0, 10}, 0); }, 2, square, under, 1.0 / 3},
+        {"coloured", [](Canvas& c) { c.setShadowWithColour({0, 10}, 0, Colour::systemRedColor().colorWithAlphaComponent(0.5)); },
+         2, square, under, 0.5},
+        {"off", [](Canvas& c) { c.setShadow({0, 10}, 4), c.setNoShadow(); }, 2, square, under, 0},
+        {"clear colour", [](Canvas& c) { c.setShadowWithColour({0, 10}, 4, Colour::clearColor()); }, 2, square, under, 0},
+        {"non-finite", [](Canvas& c) { c.setShadow({kNaN, 10}, 4); }, 2, square, under, 0},
+        {"shape outside, shadow moved in", [](Canvas& c) { c.setShadow({20, 20}, 0); }, 2, outside, {5, 5}, 1.0 / 3},
+        {"shape outside, blurred shadow moved in", [](Canvas& c) { c.setShadow({20, 20}, 4); }, 2, outside, {2, 2}, 1.0 / 3},
+        {"shadow moved out", [](Canvas& c) { c.setShadow({-200, 0}, 4); }, 2, {10, 10, 20, 20}, {35, 20}, 0},
+        {"shape over the right edge, wide blur", [](Canvas& c) { c.setShadow({0, 0}, 10); }, 3, {95, 40, 30, 20},
+         {93 + 1 / 6.0, 50}, normalTail(11 / 30.0) / 3},
+        {"shape over the bottom edge, offset up", [](Canvas& c) { c.setShadow({0, -10}, 0); }, 3, {40, 95, 20, 30},
+         {50, 90}, 1.0 / 3},
     };
     for (const auto& c : cases) {
-        Canvas canvas({100, 100}, c.scale, fonts());
-        canvas.setShadow(c.offset, c.blur);
-        canvas.setFillColour(Colour::whiteColor());
-        const Rect& r = c.square;
-        canvas.moveTo({r.x, r.y});
-        canvas.addLineTo({r.x + r.width, r.y});
-        canvas.addLineTo({r.x + r.width, r.y + r.height});
-        canvas.addLineTo({r.x, r.y + r.height});
-        canvas.closePath();
-        canvas.fillPath();
-        EXPECT_NEAR(canvas.makeImage()->pixelAt(c.probe).a, c.alpha, 0.01) << c.what;
+        Rgba p = withShadow(c.set, c.scale, c.square)->pixelAt(c.probe);
+        EXPECT_NEAR(p.a, c.alpha, 0.01) << c.what;
+        EXPECT_TRUE(p.a < 0.4 || p.r > p.g + 0.5) << c.what << " is reddish";
     }
 }
 
 TEST(Canvas, SavedStateRestoresShadowWidthAndColours) {
-    Canvas canvas({100, 100}, 2, fonts());
-    canvas.setShadow({0, 8}, 0);
-    canvas.setLineWidth(6);
-    canvas.setStrokeColour(Colour::systemRedColor());
-    {
-        auto saved = canvas.saveGState();
-        canvas.setNoShadow();
-        canvas.setLineWidth(1);
-        canvas.setStrokeColour(Colour::systemGreenColor());
-        canvas.moveTo({10, 20});
-        canvas.addLineTo({40, 20});
-        canvas.strokePath();
-    }
-    canvas.moveTo({60, 20});
-    canvas.addLineTo({90, 20});
-    canvas.strokePath();
-    ImagePtr image = canvas.makeImage();
+    ImagePtr image = drawn([](Canvas& canvas) {
+        canvas.setShadow({0, 8}, 0);
+        canvas.setLineWidth(6);
+        canvas.setStrokeColour(Colour::systemRedColor());
+        {
+            auto saved = canvas.saveGState();
+            canvas.setNoShadow();
+            canvas.setLineWidth(1);
+            canvas.setStrokeColour(Colour::systemGreenColor());
+            canvas.moveTo({10, 20}), canvas.addLineTo({40, 20}), canvas.strokePath();
+        }
+        canvas.moveTo({60, 20}), canvas.addLineTo({90, 20}), canvas.strokePath();
+    });
     EXPECT_EQ(image->pixelAt({25, 28}).a, 0) << "no shadow inside the saved state";
     EXPECT_FALSE(inked(*image, {25, 22})) << "thin line inside the saved state";
     EXPECT_GT(image->pixelAt({75, 28}).a, 0.3) << "shadow back after it";
@@ -271,17 +222,12 @@ TEST(Canvas, SavedStateRestoresShadowWidthAndColours) {
 
 TEST(Canvas, TextIsMeasuredAndDrawnFromItsTopLeft) {
     const TextAttributes attributes{Font::systemFontOfSize(20, FontWeight::Bold), Colour::blackColor()};
-    Canvas canvas({200, 100}, 3, fonts());
+    Canvas canvas({200, 100}, 3, fonts()), small({200, 100}, 1, fonts());
     Size one = canvas.sizeWithAttributes("Sleep", attributes);
-    Size two = canvas.sizeWithAttributes("SleepSleep", attributes);
-    EXPECT_NEAR(two.width, 2 * one.width, 0.5);
-    EXPECT_EQ(one.height, two.height) << "the font's line, not the ink";
-    EXPECT_GT(one.height, 20);
+    EXPECT_NEAR(canvas.sizeWithAttributes("SleepSleep", attributes).width, 2 * one.width, 0.5);
+    EXPECT_GT(one.height, 20) << "the font's line, not the ink";
     EXPECT_LT(one.height, 30);
-    EXPECT_EQ(canvas.sizeWithAttributes("", attributes).width, 0);
-    // The same run measures alike at another scale.
-    Canvas small({200, 100}, 1, fonts());
-    EXPECT_NEAR(small.sizeWithAttributes("Sleep", attributes).width, one.width, 0.5);
+    EXPECT_NEAR(small.sizeWithAttributes("Sleep", attributes).width, one.width, 0.5) << "alike at any scale";
 
     canvas.drawAtPoint("HHHH", {50, 40}, {attributes.font, Colour::blackColor(), Colour::systemGreenColor()});
     ImagePtr image = canvas.makeImage();
@@ -293,62 +239,42 @@ TEST(Canvas, TextIsMeasuredAndDrawnFromItsTopLeft) {
 }
 
 TEST(Canvas, SymbolsAndEmojiHaveGlyphs) {
-    const char* runs[] = {"☾", "★", "♥", "Z", "R", "7", "⑦", "°", "↗", "↘", "⭒", "😴", "💤", "❤️", "O₂ 98%"};
-    for (const char* run : runs) {
+    for (const char* run : {"☾", "★", "♥", "Z", "7", "⑦", "°", "↗", "↘", "⭒", "😴", "💤", "❤️", "O₂ 98%"}) {
         for (FontWeight weight : {FontWeight::Regular, FontWeight::Heavy}) {
             auto layout = fonts().layoutInPixels(Font::systemFontOfSize(16, weight), 3);
             pango_layout_set_text(layout.get(), run, -1);
             EXPECT_EQ(pango_layout_get_unknown_glyphs_count(layout.get()), 0) << run;
         }
-        Canvas canvas({60, 30}, 3, fonts());
-        canvas.drawAtPoint(run, {2, 2}, {Font::systemFontOfSize(16), Colour::blackColor()});
-        ImagePtr image = canvas.makeImage();
+        ImagePtr image = drawn([&](Canvas& c) { c.drawAtPoint(run, {2, 2}, {Font::systemFontOfSize(16), Colour::blackColor()}); },
+                               3, {60, 30});
         int ink = 0;
-        for (double y = 0; y < 30; y += 1 / 3.0) {
-            for (double x = 0; x < 60; x += 1 / 3.0) ink += image->pixelAt({x, y}).a > 0.5;
-        }
+        for (double y = 0; y < 30; y += 1 / 3.0)
+            for (double x = 0; x < 60; x += 1 / 3.0) ink += inked(*image, {x, y});
         EXPECT_GT(ink, 20) << run << " draws something";
     }
 }
 
 TEST(Canvas, ImagesFillTheirRectangleSharply) {
     // A 1-pixel checkerboard at scale 3, drawn 1:1, must come out unchanged.
-    Canvas art({10, 10}, 3, fonts());
-    art.setFillColour(Colour::blackColor());
-    for (int y = 0; y < 30; ++y) {
-        for (int x = y % 2; x < 30; x += 2) {
-            double px = x / 3.0, py = y / 3.0, side = 1 / 3.0;
-            art.moveTo({px, py});
-            art.addLineTo({px + side, py});
-            art.addLineTo({px + side, py + side});
-            art.addLineTo({px, py + side});
-            art.closePath();
-        }
-    }
-    art.fillPath();
-    ImagePtr checker = art.makeImage();
-
-    Canvas canvas({40, 40}, 3, fonts());
-    canvas.drawImage(nullptr, {0, 0, 40, 40});
-    canvas.drawImage(checker, {10, 20, 10, 10});
-    canvas.drawImage(checker, {30, 30, kNaN, 5});
-    ImagePtr image = canvas.makeImage();
+    ImagePtr checker = drawn([](Canvas& c) {
+        c.setFillColour(Colour::blackColor());
+        for (int y = 0; y < 30; ++y)
+            for (int x = y % 2; x < 30; x += 2) addRect(c, {x / 3.0, y / 3.0, 1 / 3.0, 1 / 3.0});
+        c.fillPath();
+    }, 3, {10, 10});
+    ImagePtr image = drawn([&](Canvas& c) {
+        c.drawImage(nullptr, {0, 0, 40, 40}), c.drawImage(checker, {10, 20, 10, 10}), c.drawImage(checker, {30, 30, kNaN, 5});
+    }, 3, {40, 40});
     EXPECT_EQ(image->pixelAt({5, 5}).a, 0);
     EXPECT_EQ(image->pixelAt({35, 35}).a, 0);
-    for (double y = 0.1; y < 10; y += 1 / 3.0) {
-        for (double x = 0.1; x < 10; x += 1 / 3.0) {
+    for (double y = 0.1; y < 10; y += 1 / 3.0)
+        for (double x = 0.1; x < 10; x += 1 / 3.0)
             ASSERT_EQ(image->pixelAt({10 + x, 20 + y}), checker->pixelAt({x, y})) << x << "," << y;
-        }
-    }
 }
 
 TEST(Canvas, HostileNumbersFinishWithAPicture) {
-    struct Case {
-        const char* what;
-        std::function<void(Canvas&)> draw;
-    };
     const double big = 1e300;
-    const Case cases[] = {
+    const std::pair<const char*, std::function<void(Canvas&)>> cases[] = {
         {"NaN arc", [](Canvas& c) { c.addArc({kNaN, 5}, 10, 0, 1), c.addArc({5, 5}, kNaN, 0, 1), c.strokePath(); }},
         {"huge radius", [&](Canvas& c) { c.addArc({50, 50}, big, 0, 6), c.strokePath(); }},
         {"huge centre", [&](Canvas& c) { c.addArc({big, -big}, 1e8, 0, 6), c.fillPath(); }},
@@ -370,19 +296,16 @@ TEST(Canvas, HostileNumbersFinishWithAPicture) {
              TextAttributes huge{Font::systemFontOfSize(big), Colour::blackColor()};
              c.drawAtPoint("big", {0, 0}, huge);
              (void)c.sizeWithAttributes("big", huge);
-             TextAttributes odd{Font::systemFontOfSize(kNaN), Colour::blackColor()};
-             c.drawAtPoint("\xff\xfe bad \0 bytes", {kNaN, 0}, odd);
+             c.drawAtPoint("\xff\xfe bad \0 bytes", {kNaN, 0}, {Font::systemFontOfSize(kNaN), Colour::blackColor()});
              c.drawAtPoint(std::string(1 << 20, 'x'), {-big, big}, {Font::systemFontOfSize(-4)});
          }},
         {"unbalanced path ops", [](Canvas& c) { c.closePath(), c.strokePath(), c.fillPath(), c.addLineTo({3, 3}), c.fillPath(); }},
     };
-    for (const auto& c : cases) {
+    for (const auto& [what, draw] : cases) {
         for (double scale : {1.0, 3.0}) {
-            Canvas canvas({100, 100}, scale, fonts());
-            c.draw(canvas);
-            ImagePtr image = canvas.makeImage();
-            ASSERT_TRUE(image) << c.what;
-            EXPECT_EQ(image->pixelWidth(), static_cast<int>(100 * scale)) << c.what;
+            ImagePtr image = drawn(draw, scale);
+            ASSERT_TRUE(image) << what;
+            EXPECT_EQ(image->pixelWidth(), static_cast<int>(100 * scale)) << what;
         }
     }
 }
