@@ -160,16 +160,24 @@ TEST_F(HostileNumbersTest, EveryDrawingWithHostileInputs) {
 }
 
 // The sleep-bank request divides by the goal: no hours, tiny or enormous ones, with
-// sleep figures at the float limit; a direct drawing then reads the goal afresh.
-TEST_F(HostileNumbersTest, SleepBankWithHostileGoals) {
+// hostile sleep figures. Its picture stays whole and its texts and numbers show no
+// garbage; a direct drawing then reads the goal afresh.
+TEST_F(HostileNumbersTest, SleepBankWithHostileGoalsAndFigures) {
     for (double goal : kHostile) {
-        SCOPED_TRACE(goal);
-        put("velmorantConfig", Dictionary{{"requiredHours", goal}});
-        put("watchTrackDict", Dictionary{{"rawSleepTime", std::numeric_limits<float>::max()}, {"rawSleepBankTime", 1e300}});
-        const Dictionary record = ui->requestSleepBankRings();
-        const Value* picture = record.objectForKey("ringsImage");
-        ASSERT_NE(picture, nullptr);
-        check(picture->image(), 280, false);
+        for (const Value& figure : {Value(std::numeric_limits<float>::max()), Value(1e300), Value(kNaN), Value(-kInf),
+                                    Value("1e999")}) {
+            SCOPED_TRACE(::testing::Message() << "goal " << goal << ", figure " << figure.doubleValue());
+            put("velmorantConfig", Dictionary{{"requiredHours", goal}});
+            put("watchTrackDict", Dictionary{{"rawSleepTime", figure}, {"rawSleepBankTime", figure}});
+            const Dictionary record = ui->requestSleepBankRings();
+            ASSERT_TRUE(record.contains("ringsImage"));
+            check(record.objectForKey("ringsImage")->image(), 280, false);
+            for (const auto& [key, value] : record) {
+                for (const char* bad : {"nan", "inf", "\u221E", "(null)"})
+                    EXPECT_EQ(value.string() ? value.string()->find(bad) : std::string::npos, std::string::npos) << key;
+                EXPECT_FALSE(value.isNumber() && !std::isfinite(value.doubleValue())) << key;
+            }
+        }
         check(ui->drawTheRechargeWithSize(280, 0.5f, 0.5f), 280, false);
     }
 }
