@@ -8,47 +8,36 @@ namespace {
 constexpr const char* kNY = "America/New_York";
 constexpr const char* kLondon = "Europe/London";
 
-// Night anchoring in two zones, at the default and other night hours, across
-// the 2024 clock changes (New York 10 Mar / 3 Nov, London 31 Mar / 27 Oct).
+// Night anchoring at the default and other night hours, across the 2024 clock
+// changes (New York 10 Mar / 3 Nov, London 31 Mar / 27 Oct).
 TEST(Night, NowDateIsTheMorningThatEndsTheCurrentNight) {
     const struct { const char* zone; std::optional<long> nightHour; platform::Date now, expected; } cases[] = {
         {kNY, {}, localDate(kNY, 2024, 3, 5, 10), localDate(kNY, 2024, 3, 5, 9)},
         {kNY, {}, localDate(kNY, 2024, 3, 5, 22), localDate(kNY, 2024, 3, 6, 9)},
-        {kNY, 0, localDate(kNY, 2024, 3, 5, 10), localDate(kNY, 2024, 3, 5, 12)},
         {kNY, 5, localDate(kNY, 2024, 3, 5, 3), localDate(kNY, 2024, 3, 4, 17)},
         // Twelve elapsed hours after 21:00, so the morning of a clock change is an hour off 09:00.
         {kNY, 21, localDate(kNY, 2024, 3, 10, 10), localDate(kNY, 2024, 3, 10, 10)},
         {kNY, 21, localDate(kNY, 2024, 11, 3, 10), localDate(kNY, 2024, 11, 3, 8)},
         // A day back from just after a 23-hour day lands two calendar days back.
         {kNY, 21, localDate(kNY, 2024, 3, 11, 0, 30), localDate(kNY, 2024, 3, 10, 10)},
-        {kLondon, 21, localDate(kLondon, 2024, 3, 31, 10), localDate(kLondon, 2024, 3, 31, 10)},
         {kLondon, 0, localDate(kLondon, 2024, 3, 31, 10), localDate(kLondon, 2024, 3, 31, 13)},
-        {kLondon, 5, localDate(kLondon, 2024, 10, 27, 4), localDate(kLondon, 2024, 10, 26, 17)},
         // A negative hour: base day yesterday, hour rolled back into the day before.
         {kNY, -1, localDate(kNY, 2024, 3, 5, 10), localDate(kNY, 2024, 3, 4, 11)},
     };
     for (const auto& c : cases) {
         Fixture f({.zone = c.zone, .now = c.now, .nightHour = c.nightHour});
-        EXPECT_EQ(f.tools->nowDate(), c.expected)
-            << c.zone << " " << f.tools->CSVDate(c.now) << " got " << f.tools->CSVDate(f.tools->nowDate());
+        EXPECT_EQ(f.tools->nowDate(), c.expected) << c.zone << " " << f.tools->CSVDate(c.now);
     }
 }
 
-TEST(Night, SeedCountsNightsFromTheCurrentOne) {
+TEST(Night, SeedCountsNightsAcrossShortAndLongDays) {
     const struct { const char* zone; std::optional<long> nightHour; platform::Date now, date; long seed; } cases[] = {
-        {kNY, {}, localDate(kNY, 2024, 3, 5, 10), localDate(kNY, 2024, 3, 5, 15), 0},
         {kNY, {}, localDate(kNY, 2024, 3, 5, 10), localDate(kNY, 2024, 3, 4, 23), -1},
         {kNY, {}, localDate(kNY, 2024, 3, 5, 10), localDate(kNY, 2024, 3, 6, 1), 1},
-        {kNY, 22, localDate(kNY, 2024, 3, 5, 22), localDate(kNY, 2024, 3, 5, 12), -1},
         {kNY, 0, localDate(kNY, 2024, 3, 5, 1), localDate(kNY, 2024, 3, 4, 12), -1},
-        // 23- and 25-hour days still count as one night.
-        {kNY, {}, localDate(kNY, 2024, 3, 11, 10), localDate(kNY, 2024, 3, 10, 12), -1},
         {kNY, {}, localDate(kNY, 2024, 3, 11, 10), localDate(kNY, 2024, 3, 9, 12), -2},
-        {kNY, {}, localDate(kNY, 2024, 11, 4, 10), localDate(kNY, 2024, 11, 3, 12), -1},
         {kNY, {}, localDate(kNY, 2024, 11, 4, 10), localDate(kNY, 2024, 11, 2, 12), -2},
-        {kLondon, 5, localDate(kLondon, 2024, 4, 1, 10), localDate(kLondon, 2024, 3, 31, 12), -1},
         {kLondon, 5, localDate(kLondon, 2024, 4, 1, 10), localDate(kLondon, 2024, 3, 30, 12), -2},
-        {kLondon, 21, localDate(kLondon, 2024, 10, 28, 10), localDate(kLondon, 2024, 10, 27, 12), -1},
     };
     for (const auto& c : cases) {
         Fixture f({.zone = c.zone, .now = c.now, .nightHour = c.nightHour});
@@ -57,61 +46,38 @@ TEST(Night, SeedCountsNightsFromTheCurrentOne) {
 }
 
 TEST(Night, FromDateForSeedGivesTheStartOfThatNight) {
-    const struct {
-        const char* zone;
-        std::optional<long> nightHour;
-        platform::Date now;
-        long seed;
-        platform::Date expected;
-    } cases[] = {
-        {kNY, {}, localDate(kNY, 2024, 3, 5, 10), 0, localDate(kNY, 2024, 3, 4, 21)},
-        {kNY, {}, localDate(kNY, 2024, 3, 5, 10), -1, localDate(kNY, 2024, 3, 3, 21)},
-        {kNY, {}, localDate(kNY, 2024, 3, 5, 22), 0, localDate(kNY, 2024, 3, 5, 21)},
-        {kNY, {}, localDate(kNY, 2024, 3, 5, 22), -1, localDate(kNY, 2024, 3, 4, 21)},
-        {kNY, 0, localDate(kNY, 2024, 3, 5, 10), 0, localDate(kNY, 2024, 3, 5, 0)},
-        {kNY, 5, localDate(kNY, 2024, 3, 5, 3), 0, localDate(kNY, 2024, 3, 4, 5)},
-        {kNY, 5, localDate(kNY, 2024, 3, 5, 3), -1, localDate(kNY, 2024, 3, 3, 5)},
-        {kNY, {}, localDate(kNY, 2024, 11, 3, 10), 0, localDate(kNY, 2024, 11, 2, 21)},
-        {kNY, {}, localDate(kNY, 2024, 3, 11, 0, 30), 0, localDate(kNY, 2024, 3, 9, 21)},
-        {kLondon, {}, localDate(kLondon, 2024, 3, 31, 10), 0, localDate(kLondon, 2024, 3, 30, 21)},
-        {kLondon, {}, localDate(kLondon, 2024, 3, 31, 10), -1, localDate(kLondon, 2024, 3, 29, 21)},
-        {kLondon, 5, localDate(kLondon, 2024, 10, 27, 6), 0, localDate(kLondon, 2024, 10, 27, 5)},
-        // A negative hour: each seed one day before the next, the hour rolled back.
-        {kNY, -1, localDate(kNY, 2024, 3, 5, 10), 0, localDate(kNY, 2024, 3, 3, 23)},
-        {kNY, -1, localDate(kNY, 2024, 3, 5, 10), 1, localDate(kNY, 2024, 3, 4, 23)},
-        {kNY, -1, localDate(kNY, 2024, 3, 5, 10), -1, localDate(kNY, 2024, 3, 2, 23)},
+    const struct { std::optional<long> nightHour; platform::Date now; long seed; platform::Date expected; } cases[] = {
+        {{}, localDate(kNY, 2024, 3, 5, 10), -1, localDate(kNY, 2024, 3, 3, 21)},
+        {{}, localDate(kNY, 2024, 3, 5, 22), 0, localDate(kNY, 2024, 3, 5, 21)},
+        {5, localDate(kNY, 2024, 3, 5, 3), 0, localDate(kNY, 2024, 3, 4, 5)},
+        {{}, localDate(kNY, 2024, 3, 11, 0, 30), 0, localDate(kNY, 2024, 3, 9, 21)},
+        {-1, localDate(kNY, 2024, 3, 5, 10), 0, localDate(kNY, 2024, 3, 3, 23)},
+        {-1, localDate(kNY, 2024, 3, 5, 10), 1, localDate(kNY, 2024, 3, 4, 23)},
     };
     for (const auto& c : cases) {
-        Fixture f({.zone = c.zone, .now = c.now, .nightHour = c.nightHour});
-        EXPECT_EQ(f.tools->fromDateForSeed(c.seed), c.expected)
-            << c.zone << " seed " << c.seed << " got " << f.tools->CSVDate(f.tools->fromDateForSeed(c.seed));
+        Fixture f({.now = c.now, .nightHour = c.nightHour});
+        EXPECT_EQ(f.tools->fromDateForSeed(c.seed), c.expected) << "seed " << c.seed;
     }
 }
 
 // An hour of 24 is the midnight that ends the day: the night then begins
 // exactly when it does with hour 0, at every time of day and across clock changes.
 TEST(Night, HourTwentyFourIsMidnightLikeHourZero) {
-    const struct { const char* zone; platform::Date now, nowDate, seedZeroStart; } cases[] = {
-        {kNY, localDate(kNY, 2024, 3, 5, 10), localDate(kNY, 2024, 3, 5, 12), localDate(kNY, 2024, 3, 5, 0)},
-        {kNY, localDate(kNY, 2024, 3, 5, 0, 30), localDate(kNY, 2024, 3, 5, 12), localDate(kNY, 2024, 3, 5, 0)},
-        {kNY, localDate(kNY, 2024, 3, 5, 23, 59), localDate(kNY, 2024, 3, 5, 12), localDate(kNY, 2024, 3, 5, 0)},
-        {kNY, localDate(kNY, 2024, 3, 10, 10), localDate(kNY, 2024, 3, 10, 13), localDate(kNY, 2024, 3, 10, 0)},
-        {kNY, localDate(kNY, 2024, 11, 3, 10), localDate(kNY, 2024, 11, 3, 11), localDate(kNY, 2024, 11, 3, 0)},
-        {kLondon, localDate(kLondon, 2024, 3, 31, 0, 30), localDate(kLondon, 2024, 3, 31, 13),
-         localDate(kLondon, 2024, 3, 31, 0)},
-        {kLondon, localDate(kLondon, 2024, 10, 27, 23), localDate(kLondon, 2024, 10, 27, 11),
-         localDate(kLondon, 2024, 10, 27, 0)},
+    const struct { const char* zone; platform::Date now, nowDate; } cases[] = {
+        {kNY, localDate(kNY, 2024, 3, 5, 0, 30), localDate(kNY, 2024, 3, 5, 12)},
+        {kNY, localDate(kNY, 2024, 3, 5, 23, 59), localDate(kNY, 2024, 3, 5, 12)},
+        {kNY, localDate(kNY, 2024, 3, 10, 10), localDate(kNY, 2024, 3, 10, 13)},
+        {kNY, localDate(kNY, 2024, 11, 3, 10), localDate(kNY, 2024, 11, 3, 11)},
+        {kLondon, localDate(kLondon, 2024, 10, 27, 23), localDate(kLondon, 2024, 10, 27, 11)},
     };
     for (const auto& c : cases) {
         Fixture midnight({.zone = c.zone, .now = c.now, .nightHour = 24});
         Fixture zero({.zone = c.zone, .now = c.now, .nightHour = 0});
         FormatTools& t = *midnight.tools;
         SCOPED_TRACE(std::string(c.zone) + " " + t.CSVDate(c.now));
-        EXPECT_EQ(t.nowDate(), c.nowDate) << t.CSVDate(t.nowDate());
-        EXPECT_EQ(t.fromDateForSeed(0), c.seedZeroStart) << t.CSVDate(t.fromDateForSeed(0));
-        EXPECT_EQ(t.nowDate(), zero.tools->nowDate());
-        for (long seed : {-2L, -1L, 0L, 1L})
-            EXPECT_EQ(t.fromDateForSeed(seed), zero.tools->fromDateForSeed(seed)) << "seed " << seed;
+        EXPECT_EQ(t.nowDate(), c.nowDate);
+        EXPECT_EQ(zero.tools->nowDate(), c.nowDate);
+        for (long seed : {-1L, 0L, 1L}) EXPECT_EQ(t.fromDateForSeed(seed), zero.tools->fromDateForSeed(seed)) << seed;
         EXPECT_EQ(t.seedForDate(c.now), 0);
     }
 }
@@ -122,8 +88,6 @@ TEST(Night, DaylightSavingDays) {
         {kNY, localDate(kNY, 2024, 11, 3, 12), 1, 2, 1},
         {kNY, localDate(kNY, 2024, 3, 5, 12), 0, 0, 0},
         {kLondon, localDate(kLondon, 2024, 3, 31, 12), -1, 1, 0},
-        {kLondon, localDate(kLondon, 2024, 10, 27, 0, 30), 1, 2, 1},
-        {kLondon, localDate(kLondon, 2024, 7, 1, 12), 0, 0, 0},
         // Half-hour change: still well outside six minutes.
         {"Australia/Lord_Howe", localDate("Australia/Lord_Howe", 2024, 10, 6, 12), -1, 2, 1},
     };
@@ -140,55 +104,35 @@ TEST(Night, CalendarArithmeticRollsOver) {
     FormatTools& t = *f.tools;
     const platform::Date evening = localDate(kNY, 2024, 3, 5, 22, 10, 5);
     const std::pair<platform::Date, platform::Date> cases[] = {
-        {t.getMidnight(), localDate(kNY, 2024, 3, 5)},
-        {t.dateForDate(evening, 7, 30), localDate(kNY, 2024, 3, 5, 7, 30)},
         {t.dateForDate(evening, 25, 0), localDate(kNY, 2024, 3, 6, 1)},
         {t.dateForDate(evening, 7, -30), localDate(kNY, 2024, 3, 5, 6, 30)},
         {t.dateForDate(localDate(kNY, 2024, 3, 10, 12), 2, 30), localDate(kNY, 2024, 3, 10, 3, 30)},  // skipped hour
-        {t.dateForDate(evening, 2024, 2, 30, 8, 15), localDate(kNY, 2024, 3, 1, 8, 15)},
         {t.dateForDate(evening, 2024, 13, 1, 0, 0), localDate(kNY, 2025, 1, 1)},
         {t.dateForDate(evening, LONG_MAX, 1, 1, 0, 0), evening},  // beyond the calendar: unchanged
         {t.startDateForDaysAgo(5, localDate(kNY, 2024, 3, 3, 15)), localDate(kNY, 2024, 2, 27, 3)},
-        {t.startOfMonthMonthsAgo(0), localDate(kNY, 2024, 3, 1, 3)},
         {t.startOfMonthMonthsAgo(3), localDate(kNY, 2023, 12, 1, 3)},
         {t.startOfMonthMonthsAgo(-10), localDate(kNY, 2025, 1, 1, 3)},
     };
     for (std::size_t i = 0; i < std::size(cases); ++i)
         EXPECT_EQ(cases[i].first, cases[i].second) << "case " << i << " got " << t.CSVDate(cases[i].first);
-
-    EXPECT_EQ(t.intervalSinceMidnight(evening), 22 * 3600 + 10 * 60 + 5);
     EXPECT_EQ(t.intervalSinceMidnight(localDate(kNY, 2024, 3, 10, 10)), 9 * 3600);  // 23-hour day
-    EXPECT_EQ(t.epochIntervalForDate(evening, 0, 0), 1709614800);
-    EXPECT_EQ(t.nameOfMonthMonthsAgo(3), "Dec");
     EXPECT_EQ(Fixture({.locale = "de_DE"}).tools->nameOfMonthMonthsAgo(3), "Dez.");
-    const std::pair<int, long> weekdays[] = {{3, 1}, {5, 3}, {9, 7}};  // day of March 2024 -> weekday
-    for (const auto& [day, weekday] : weekdays) {
-        EXPECT_EQ(t.getWeekdayNoForDate(localDate(kNY, 2024, 3, day, 12)), weekday) << day;
-        EXPECT_EQ(t.dayNoOfDate(localDate(kNY, 2024, 3, day, 12)), weekday) << day;
-    }
+    EXPECT_EQ(t.getWeekdayNoForDate(localDate(kNY, 2024, 3, 9, 12)), 7);
+    EXPECT_EQ(t.dayNoOfDate(localDate(kNY, 2024, 3, 3, 12)), 1);
 }
 
 TEST(Night, WhenStringLadder) {
     const platform::Date now = localDate(kNY, 2024, 3, 5, 22, 10);
     const struct { double secondsAgo; const char* expected; } cases[] = {
-        {-3600, "just now"}, {0, "just now"}, {59.9, "just now"}, {60, "a minute ago"}, {119, "a minute ago"},
-        {120, "2 minutes ago"}, {3600, "60 minutes ago"}, {3601, "an hour ago"}, {7199, "an hour ago"},
-        {7200, "2 hours ago"}, {86400, "24 hours ago"}, {86401, "a day ago"}, {90000, "a day ago"},
-        {172800, "2 days ago"}, {604800, "7 days ago"}, {13 * 86400, "13 days ago"}, {14 * 86400, "2 weeks ago"},
-        {28 * 86400, "4 weeks ago"}, {29 * 86400, "Mon, Feb 5, 2024, 10:10 PM"},
+        {-3600, "just now"}, {59.9, "just now"}, {60, "a minute ago"}, {120, "2 minutes ago"},
+        {3600, "60 minutes ago"}, {3601, "an hour ago"}, {86400, "24 hours ago"}, {86401, "a day ago"},
+        {13 * 86400, "13 days ago"}, {14 * 86400, "2 weeks ago"}, {29 * 86400, "Mon, Feb 5, 2024, 10:10 PM"},
     };
     Fixture f({.now = now});
     for (const auto& c : cases)
         EXPECT_EQ(f.tools->whenString(now.dateByAddingTimeInterval(-c.secondsAgo)), c.expected) << c.secondsAgo;
-
-    const std::pair<const char*, std::optional<std::string>> parsed[] = {
-        {"2024-03-05T20:10:00-0500", "2 hours ago"},
-        {"2024-03-06T01:10:00Z", "2 hours ago"},
-        {"2024-03-05T20:10:00", std::nullopt},
-        {"yesterday", std::nullopt},
-        {"", std::nullopt},
-    };
-    for (const auto& [text, expected] : parsed) EXPECT_EQ(f.tools->whenStringFB(text), expected) << text;
+    EXPECT_EQ(f.tools->whenStringFB("2024-03-06T01:10:00Z"), "2 hours ago");
+    EXPECT_EQ(f.tools->whenStringFB("2024-03-05T20:10:00"), std::nullopt);
 }
 
 }  // namespace

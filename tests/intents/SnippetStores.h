@@ -21,27 +21,20 @@ using platform::Value;
 inline const Date kMorning = Date::fromUnix(1709641800);
 inline const Date kNightStart = Date::fromUnix(1709604000);
 inline constexpr const char* kTonight = "20240305";
-inline constexpr const char* kLastNight = "20240304";
 
 // A night of results as the main app leaves them, every per-day figure filed
 // under `dayKey`; `watch` adds the watch's own figures for tonight.
 inline Dictionary sharedStore(std::string_view dayKey, bool watch = true) {
     const std::string key(dayKey);
     Dictionary bank{
-        {"nightHour", Value(21)},
-        {"requiredHours", Value(8.0)},
-        {"medianWake", Value(36000.0)},
-        {"averageWake", Value(35400.0)},
-        {"averageEfficiency", Value(91.0)},
+        {"nightHour", Value(21)}, {"requiredHours", Value(8.0)}, {"medianWake", Value(36000.0)},
+        {"averageWake", Value(35400.0)}, {"averageEfficiency", Value(91.0)},
         {"spO2Dict", Dictionary{{"key", key}, {"averageSpO2", 95.4}, {"minSpO2", 90.0}, {"maxSpO2", 99.0},
                                 {"averageSpO27", 95.1}, {"minSpO27", 89.0}, {"maxSpO27", 99.0}}},
         {"respRateDict", Dictionary{{"key", key}, {"averageRespRate", 14.26}, {"minRespRate", 12.1},
                                     {"maxRespRate", 17.8}, {"averageRespRate7", 14.0}, {"minRespRate7", 11.8},
                                     {"maxRespRate7", 18.2}}},
-        {"wristTempKey", key},
-        {"wristTempScore", 4.4},
-        {"wristTempTodayValue", 35.92},
-        {"wristTempAverage28", 35.61},
+        {"wristTempKey", key}, {"wristTempScore", 4.4}, {"wristTempTodayValue", 35.92}, {"wristTempAverage28", 35.61},
         {"readyDict", Dictionary{{"key", key}, {"hrvAverage", 45.0}, {"hrvTodayVal", 48.0}, {"bpmAverage", 57.0},
                                  {"bpmTodayVal", 55.0}}},
         {"octaneDict", Dictionary{{"key", key}, {"hrvAverage", 41.0}, {"hrvTodayVal", 44.0}, {"bpmAverage", 52.0},
@@ -49,48 +42,36 @@ inline Dictionary sharedStore(std::string_view dayKey, bool watch = true) {
         {"20240228", 26100.0}, {"20240229", 27900.0}, {"20240301", 25200.0},
         {"20240302", 29100.0}, {"20240303", 27000.0}, {"20240304", 28200.0},
     };
-    Dictionary store{
-        {"bankDict", bank},
-        {"velmorantConfig", Dictionary{{"nightHour", Value(21)}, {"requiredHours", Value(8.0)},
-                                       {"minimumHours", Value(7.0)}, {"maximumHours", Value(9.5)}}},
-        {"readyStars", false},
-    };
-    if (watch) {
+    Dictionary store{{"bankDict", bank}, {"readyStars", false},
+                     {"velmorantConfig", Dictionary{{"nightHour", Value(21)}, {"requiredHours", Value(8.0)},
+                                                    {"minimumHours", Value(7.0)}, {"maximumHours", Value(9.5)}}}};
+    if (watch)
         store.setObject(Dictionary{{"rawSynchTime", kNightStart.dateByAddingTimeInterval(10.5 * 3600)},
-                                   {"rawRingRating", "0.82|1.05|0.96"},
-                                   {"rawRingValues", "5400|6300|52"},
-                                   {"rawSleepTime", Value(27360.0)},
-                                   {"rawSleepBankTime", Value(27360.0)},
-                                   {"rawHRVVal", Value(48.0)},
-                                   {"rawWakingVal", Value(55.0)}},
+                                   {"rawRingRating", "0.82|1.05|0.96"}, {"rawRingValues", "5400|6300|52"},
+                                   {"rawSleepTime", Value(27360.0)}, {"rawSleepBankTime", Value(27360.0)},
+                                   {"rawHRVVal", Value(48.0)}, {"rawWakingVal", Value(55.0)}},
                         "watchTrackDict");
-    }
     return store;
 }
 
-// Store files in a fresh folder, and snippets shown from them as the program would.
+// Store files in a fresh folder, and platforms on them as the program would make.
 class SnippetFiles {
 public:
     // Writes every key through a file-backed store, as another process would.
-    void write(const Dictionary& shared, const Dictionary& standard = {{"nightHour11", Value(21)}}) {
+    void write(const Dictionary& shared) {
         auto writer = platform("en_US");
         for (const auto& [key, value] : shared) writer->suiteNamed(platform::kAppGroupSuite)->setObject(value, key);
-        for (const auto& [key, value] : standard) writer->standardUserDefaults()->setObject(value, key);
+        writer->standardUserDefaults()->setObject(Value(21), "nightHour11");
     }
 
-    // A platform on the files at the morning instant, in New York.
+    // A platform on the files at `now`, in New York.
     std::unique_ptr<platform::Platform> platform(const char* localeId, Date now = kMorning) const {
-        platform::PlatformOptions options;
-        options.now = now;
-        options.timeZoneId = "America/New_York";
-        options.localeId = localeId;
-        options.preferencesDir = dir_.path();
-        options.resourceDir = VELMORANT_TEST_RESOURCE_DIR;
-        options.diagnostics = [](std::string_view message) { ADD_FAILURE() << message; };
-        return std::make_unique<platform::Platform>(std::move(options));
+        return std::make_unique<platform::Platform>(platform::PlatformOptions{
+            .now = now, .timeZoneId = "America/New_York", .localeId = localeId, .preferencesDir = dir_.path(),
+            .resourceDir = VELMORANT_TEST_RESOURCE_DIR,
+            .diagnostics = [](std::string_view message) { ADD_FAILURE() << message; }});
     }
 
-    const std::filesystem::path& dir() const { return dir_.path(); }
     std::filesystem::path sharedFile() const { return dir_.path() / "group.brumelkai.Velmorant.plist"; }
 
 private:
@@ -117,25 +98,15 @@ enum class Store {
 };
 
 inline Dictionary storeFor(Store store) {
-    switch (store) {
-        case Store::Tonight: return sharedStore(kTonight);
-        case Store::LastNight: return sharedStore(kLastNight);
-        case Store::NoWatch: return sharedStore(kTonight, false);
-        case Store::Stages: {
-            Dictionary shared = sharedStore(kTonight);
-            Dictionary watch = *shared.objectForKey("watchTrackDict")->dictionary();
-            watch.setObject(Value(true), "showStages");
-            shared.setObject(watch, "watchTrackDict");
-            return shared;
-        }
-        case Store::Switched: {
-            Dictionary shared = sharedStore(kTonight);
-            shared.setObject(kNightStart.dateByAddingTimeInterval(6300), "activeLightSwitch");
-            return shared;
-        }
-        case Store::Bare: break;
+    if (store == Store::Bare) return Dictionary{{"velmorantConfig", Dictionary{{"requiredHours", Value(8.0)}}}};
+    Dictionary shared = sharedStore(store == Store::LastNight ? "20240304" : kTonight, store != Store::NoWatch);
+    if (store == Store::Switched) shared.setObject(kNightStart.dateByAddingTimeInterval(6300), "activeLightSwitch");
+    if (store == Store::Stages) {
+        Dictionary watch = *shared.objectForKey("watchTrackDict")->dictionary();
+        watch.setObject(Value(true), "showStages");
+        shared.setObject(watch, "watchTrackDict");
     }
-    return Dictionary{{"velmorantConfig", Dictionary{{"requiredHours", Value(8.0)}}}};
+    return shared;
 }
 
 inline std::string textOf(const IntentViewController& controller, std::string_view view) {
