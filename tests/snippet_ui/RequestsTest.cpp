@@ -46,6 +46,7 @@ protected:
 struct RecordCase {
     const char* name;
     std::function<SleepMetricsUI::Record(SleepMetricsUI&)> request;
+    std::function<GroupMetrics::Record(GroupMetrics&)> source;  // whose fields the record copies
     std::set<std::string> keys, widgetOnlyKeys;
     double plainSide, widgetSide, accessorySide;
 };
@@ -54,32 +55,32 @@ template <SleepMetricsUI::Record (SleepMetricsUI::*request)()>
 SleepMetricsUI::Record run(SleepMetricsUI& ui) { return (ui.*request)(); }
 
 const std::vector<RecordCase> kRecords = {
-    {"spO2", run<&SleepMetricsUI::requestSpO2>,
+    {"spO2", run<&SleepMetricsUI::requestSpO2>, &GroupMetrics::requestSpO2,
      {"averageSpO2Label", "averageSpO2Label7", "minSpO2Label", "maxSpO2Label", "averageSpO2RangeLabel",
       "averageSpO2RangeLabel7", "difLabel", "difColour", "pasteItem", "ringsImage"}, {}, 280, 220, 220},
-    {"respRate", run<&SleepMetricsUI::requestRespRate>,
+    {"respRate", run<&SleepMetricsUI::requestRespRate>, &GroupMetrics::requestRespRate,
      {"averageRespRate", "averageRespRateLabel", "averageRespRateWidgetLabel", "averageRespRateLabel7",
       "minRespRateLabel", "maxRespRateLabel", "averageRespRateRangeLabel", "averageRespRateRangeLabel7", "difLabel",
       "difColour", "pasteItem", "ringsImage"}, {}, 280, 220, 220},
-    {"wristTemp", run<&SleepMetricsUI::requestWristTemp>,
+    {"wristTemp", run<&SleepMetricsUI::requestWristTemp>, &GroupMetrics::requestWristTemp,
      {"wristTempTodayLabel", "wristTempAverage28Label", "wristTempDifLabel", "wristTempScore", "pasteItem",
       "ratingColour", "ringsImage"}, {}, 280, 220, 220},
-    {"readiness", run<&SleepMetricsUI::requestReadiness>,
+    {"readiness", run<&SleepMetricsUI::requestReadiness>, &GroupMetrics::requestReadiness,
      {"pasteItem", "ringsImage", "hrvIndicatorColour", "wakingIndicatorColour", "hrvDifLabel", "hrvLabel",
       "wakingDifLabel", "wakingLabel", "starsLabel"}, {"wakingTint", "hrvTint"}, 280, 220, 220},
-    {"octane", run<&SleepMetricsUI::requestOctane>,
+    {"octane", run<&SleepMetricsUI::requestOctane>, &GroupMetrics::requestOctane,
      {"pasteItem", "ringsImage", "hrvIndicatorColour", "wakingIndicatorColour", "hrvDifLabel", "hrvLabel",
       "wakingDifLabel", "wakingLabel", "starsLabel"}, {"wakingTint", "hrvTint"}, 280, 220, 220},
-    {"quality", run<&SleepMetricsUI::requestQuality>,
+    {"quality", run<&SleepMetricsUI::requestQuality>, &GroupMetrics::requestQuality,
      {"ringsImage", "ringSleepLabel", "ringQualityLabel", "ringDeepLabel", "ringBPMLabel", "ringSleepColour",
       "ringQualityColour", "ringDeepColour", "ringBPMColour", "pasteItem"}, {}, 280, 280, 260},
-    {"sleepBank", [](SleepMetricsUI& ui) -> SleepMetricsUI::Record { return ui.requestSleepBankRings(); },
+    {"sleepBank", [](SleepMetricsUI& ui) -> SleepMetricsUI::Record { return ui.requestSleepBankRings(); }, nullptr,
      {"ringsImage", "sleepTimeLabel", "sleepGoalLabel", "bankTimeLabel", "shortBankTimeLabel", "bankBalanceLabel",
       "sleepIndicatorColour", "bankIndicatorColour", "bankPercentage", "pasteItem"}, {}, 280, 220, 200},
-    {"latestBedtime", run<&SleepMetricsUI::requestLatestBedtime>,
+    {"latestBedtime", run<&SleepMetricsUI::requestLatestBedtime>, &GroupMetrics::requestSleepBank,
      {"ringsImage", "latestBedTime", "wakeTimeLabel", "timeUntilBedLabel", "timeUntilWakeLabel", "pasteItem"},
      {"bedTime"}, 280, 220, 220},
-    {"consistency", run<&SleepMetricsUI::requestConsistency>,
+    {"consistency", run<&SleepMetricsUI::requestConsistency>, &GroupMetrics::requestConsistencyDict,
      {"ringsImage", "avgBedtimeDateString", "trendString", "starsLabel"}, {}, 280, 220, 220},
 };
 
@@ -99,26 +100,14 @@ TEST_F(RequestsTest, EachRecordHasItsKeysAndImageSideForTheWidgetFlags) {
             // The bitmap itself, not only its stated size, has the side asked for.
             const double side = accessory ? c.accessorySide : widget ? c.widgetSide : c.plainSide;
             EXPECT_EQ(record->objectForKey("ringsImage")->image()->pixelWidth(), side * 2);
+            // Copied fields are the source's own; the readiness copyable text too, not the stars figure written first.
+            GroupMetrics metrics(*platform_);
+            if (GroupMetrics::Record source = c.source && !widget ? c.source(metrics) : std::nullopt)
+                for (const auto& [key, value] : *record)
+                    if (const Value* original = source->objectForKey(key)) EXPECT_EQ(value, *original) << key;
         }
     }
-}
-
-TEST_F(RequestsTest, CopiedFieldsAreTheSourceRecordsOwn) {
-    GroupMetrics metrics(*platform_);
-    const std::pair<GroupMetrics::Record, SleepMetricsUI::Record> cases[] = {
-        {metrics.requestSpO2(), ui->requestSpO2()},           {metrics.requestRespRate(), ui->requestRespRate()},
-        {metrics.requestWristTemp(), ui->requestWristTemp()}, {metrics.requestReadiness(), ui->requestReadiness()},
-        {metrics.requestOctane(), ui->requestOctane()},       {metrics.requestQuality(), ui->requestQuality()},
-        {metrics.requestSleepBank(), ui->requestLatestBedtime()},
-        {metrics.requestConsistencyDict(), ui->requestConsistency()},
-    };
-    for (const auto& [source, record] : cases) {
-        ASSERT_TRUE(source && record);
-        // The readiness copyable text among them: the source's, not the stars figure written first.
-        for (const auto& [key, value] : *record)
-            if (const Value* original = source->objectForKey(key)) EXPECT_EQ(value, *original) << key;
-    }
-    EXPECT_EQ(text(*ui->requestReadiness(), "starsLabel"), text(*metrics.requestReadiness(), "rating"));
+    EXPECT_EQ(text(*ui->requestReadiness(), "starsLabel"), text(*GroupMetrics(*platform_).requestReadiness(), "rating"));
 }
 
 TEST_F(RequestsTest, WithoutDataThereIsNoRecordAndWidgetsGetThePlaceholder) {
