@@ -174,22 +174,21 @@ TEST(Canvas, ShadowsTakeTheirColourCanBeSwitchedOffAndCrossTheEdges) {
         Point probe;
         double alpha;
     };
-    const Rect square{30, 30, 40, 40}, outside{-40, -40, 30, 30};
+    const Rect sq{30, 30, 40, 40}, outside{-40, -40, 30, 30};
     const Point under{50, 75};  // 5 points below the edge moved by a 10-point offset
+    const Colour halfRed = Colour::systemRedColor().colorWithAlphaComponent(0.5);
     const Case cases[] = {
-        {"plain", [](Canvas& c) { c.setShadow({0, 10}, 0); }, 2, square, under, 1.0 / 3},
-        {"coloured", [](Canvas& c) { c.setShadowWithColour({0, 10}, 0, Colour::systemRedColor().colorWithAlphaComponent(0.5)); },
-         2, square, under, 0.5},
-        {"off", [](Canvas& c) { c.setShadow({0, 10}, 4), c.setNoShadow(); }, 2, square, under, 0},
-        {"clear colour", [](Canvas& c) { c.setShadowWithColour({0, 10}, 4, Colour::clearColor()); }, 2, square, under, 0},
-        {"non-finite", [](Canvas& c) { c.setShadow({kNaN, 10}, 4); }, 2, square, under, 0},
+        {"plain", [](Canvas& c) { c.setShadow({0, 10}, 0); }, 2, sq, under, 1.0 / 3},
+        {"coloured", [&](Canvas& c) { c.setShadowWithColour({0, 10}, 0, halfRed); }, 2, sq, under, 0.5},
+        {"off", [](Canvas& c) { c.setShadow({0, 10}, 4), c.setNoShadow(); }, 2, sq, under, 0},
+        {"clear colour", [](Canvas& c) { c.setShadowWithColour({0, 10}, 4, Colour::clearColor()); }, 2, sq, under, 0},
+        {"non-finite", [](Canvas& c) { c.setShadow({kNaN, 10}, 4); }, 2, sq, under, 0},
         {"shape outside, shadow moved in", [](Canvas& c) { c.setShadow({20, 20}, 0); }, 2, outside, {5, 5}, 1.0 / 3},
-        {"shape outside, blurred shadow moved in", [](Canvas& c) { c.setShadow({20, 20}, 4); }, 2, outside, {2, 2}, 1.0 / 3},
+        {"shape outside, blurred shadow in", [](Canvas& c) { c.setShadow({20, 20}, 4); }, 2, outside, {2, 2}, 1.0 / 3},
         {"shadow moved out", [](Canvas& c) { c.setShadow({-200, 0}, 4); }, 2, {10, 10, 20, 20}, {35, 20}, 0},
-        {"shape over the right edge, wide blur", [](Canvas& c) { c.setShadow({0, 0}, 10); }, 3, {95, 40, 30, 20},
+        {"over the right edge, wide blur", [](Canvas& c) { c.setShadow({0, 0}, 10); }, 3, {95, 40, 30, 20},
          {93 + 1 / 6.0, 50}, normalTail(11 / 30.0) / 3},
-        {"shape over the bottom edge, offset up", [](Canvas& c) { c.setShadow({0, -10}, 0); }, 3, {40, 95, 20, 30},
-         {50, 90}, 1.0 / 3},
+        {"over the bottom edge, offset up", [](Canvas& c) { c.setShadow({0, -10}, 0); }, 3, {40, 95, 20, 30}, {50, 90}, 1.0 / 3},
     };
     for (const auto& c : cases) {
         Rgba p = withShadow(c.set, c.scale, c.square)->pixelAt(c.probe);
@@ -199,25 +198,20 @@ TEST(Canvas, ShadowsTakeTheirColourCanBeSwitchedOffAndCrossTheEdges) {
 }
 
 TEST(Canvas, SavedStateRestoresShadowWidthAndColours) {
-    ImagePtr image = drawn([](Canvas& canvas) {
-        canvas.setShadow({0, 8}, 0);
-        canvas.setLineWidth(6);
-        canvas.setStrokeColour(Colour::systemRedColor());
+    ImagePtr image = drawn([](Canvas& c) {
+        c.setShadow({0, 8}, 0), c.setLineWidth(6), c.setStrokeColour(Colour::systemRedColor());
         {
-            auto saved = canvas.saveGState();
-            canvas.setNoShadow();
-            canvas.setLineWidth(1);
-            canvas.setStrokeColour(Colour::systemGreenColor());
-            canvas.moveTo({10, 20}), canvas.addLineTo({40, 20}), canvas.strokePath();
+            auto saved = c.saveGState();
+            c.setNoShadow(), c.setLineWidth(1), c.setStrokeColour(Colour::systemGreenColor());
+            c.moveTo({10, 20}), c.addLineTo({40, 20}), c.strokePath();
         }
-        canvas.moveTo({60, 20}), canvas.addLineTo({90, 20}), canvas.strokePath();
+        c.moveTo({60, 20}), c.addLineTo({90, 20}), c.strokePath();
     });
     EXPECT_EQ(image->pixelAt({25, 28}).a, 0) << "no shadow inside the saved state";
     EXPECT_FALSE(inked(*image, {25, 22})) << "thin line inside the saved state";
     EXPECT_GT(image->pixelAt({75, 28}).a, 0.3) << "shadow back after it";
     EXPECT_TRUE(inked(*image, {75, 22})) << "width back after it";
-    Rgba after = image->pixelAt({75, 20});
-    EXPECT_GT(after.r, after.g + 0.5) << "stroke colour back after it";
+    EXPECT_GT(image->pixelAt({75, 20}).r, image->pixelAt({75, 20}).g + 0.5) << "stroke colour back after it";
 }
 
 TEST(Canvas, TextIsMeasuredAndDrawnFromItsTopLeft) {
@@ -274,156 +268,116 @@ TEST(Canvas, ImagesFillTheirRectangleSharply) {
 
 TEST(Canvas, HostileNumbersFinishWithAPicture) {
     const double big = 1e300;
-    const std::pair<const char*, std::function<void(Canvas&)>> cases[] = {
-        {"NaN arc", [](Canvas& c) { c.addArc({kNaN, 5}, 10, 0, 1), c.addArc({5, 5}, kNaN, 0, 1), c.strokePath(); }},
-        {"huge radius", [&](Canvas& c) { c.addArc({50, 50}, big, 0, 6), c.strokePath(); }},
-        {"huge centre", [&](Canvas& c) { c.addArc({big, -big}, 1e8, 0, 6), c.fillPath(); }},
-        {"negative radius", [](Canvas& c) { c.addArc({50, 50}, -10, 0, 6), c.strokePath(); }},
-        {"huge angles", [&](Canvas& c) { c.addArc({50, 50}, 10, -big, big), c.strokePath(); }},
-        {"infinite line", [](Canvas& c) { c.moveTo({0, 0}), c.addLineTo({kInf, 5}), c.addLineTo({50, 50}), c.strokePath(); }},
-        {"huge line", [&](Canvas& c) { c.moveTo({-big, 0}), c.addLineTo({big, 50}), c.addLineTo({0, big}), c.fillPath(); }},
-        {"huge width", [&](Canvas& c) { c.setLineWidth(big), c.setLineCap(LineCap::Round), c.moveTo({1, 1}), c.addLineTo({2, 2}), c.strokePath(); }},
-        {"NaN width", [](Canvas& c) { c.setLineWidth(kNaN), c.setLineWidth(-3), c.moveTo({1, 1}), c.addLineTo({2, 2}), c.strokePath(); }},
-        {"huge shadow", [&](Canvas& c) { c.setShadow({big, -big}, big), c.addArc({50, 50}, 10, 0, 6), c.fillPath(); }},
-        {"huge blur", [&](Canvas& c) { c.setShadow({0, 0}, 1e7), c.addArc({50, 50}, 10, 0, 6), c.fillPath(); }},
-        {"image rectangles", [](Canvas& c) {
-             ImagePtr dot = Canvas({1, 1}, 1, fonts()).makeImage();
-             for (Rect r : {Rect{kNaN, 0, 5, 5}, Rect{0, 0, kInf, 5}, Rect{0, 0, -1e300, 1e300}, Rect{1e300, 0, 1, 1}})
-                 c.drawImage(dot, r);
-         }},
-        {"text", [&](Canvas& c) {
-             c.setShadow({1, 1}, 3);
-             TextAttributes huge{Font::systemFontOfSize(big), Colour::blackColor()};
-             c.drawAtPoint("big", {0, 0}, huge);
-             (void)c.sizeWithAttributes("big", huge);
-             c.drawAtPoint("\xff\xfe bad \0 bytes", {kNaN, 0}, {Font::systemFontOfSize(kNaN), Colour::blackColor()});
-             c.drawAtPoint(std::string(1 << 20, 'x'), {-big, big}, {Font::systemFontOfSize(-4)});
-         }},
-        {"unbalanced path ops", [](Canvas& c) { c.closePath(), c.strokePath(), c.fillPath(), c.addLineTo({3, 3}), c.fillPath(); }},
+    const std::function<void(Canvas&)> cases[] = {
+        [&](Canvas& c) {
+            c.addArc({kNaN, 5}, 10, 0, 1), c.addArc({5, 5}, kNaN, 0, 1), c.addArc({50, 50}, big, 0, 6);
+            c.addArc({50, 50}, -10, 0, 6), c.addArc({50, 50}, 10, -big, big), c.strokePath();
+            c.addArc({big, -big}, 1e8, 0, 6), c.fillPath();
+        },
+        [&](Canvas& c) {
+            c.moveTo({0, 0}), c.addLineTo({kInf, 5}), c.addLineTo({50, 50}), c.strokePath();
+            c.moveTo({-big, 0}), c.addLineTo({big, 50}), c.addLineTo({0, big}), c.fillPath();
+        },
+        [&](Canvas& c) { c.setLineWidth(big), c.setLineCap(LineCap::Round), c.moveTo({1, 1}), c.addLineTo({2, 2}), c.strokePath(); },
+        [](Canvas& c) { c.setLineWidth(kNaN), c.setLineWidth(-3), c.moveTo({1, 1}), c.addLineTo({2, 2}), c.strokePath(); },
+        [&](Canvas& c) { c.setShadow({big, -big}, big), c.addArc({50, 50}, 10, 0, 6), c.fillPath(); },
+        [&](Canvas& c) { c.setShadow({0, 0}, 1e7), c.addArc({50, 50}, 10, 0, 6), c.fillPath(); },
+        [](Canvas& c) {
+            ImagePtr dot = Canvas({1, 1}, 1, fonts()).makeImage();
+            for (Rect r : {Rect{kNaN, 0, 5, 5}, Rect{0, 0, kInf, 5}, Rect{0, 0, -1e300, 1e300}, Rect{1e300, 0, 1, 1}})
+                c.drawImage(dot, r);
+        },
+        [&](Canvas& c) {
+            TextAttributes huge{Font::systemFontOfSize(big), Colour::blackColor()};
+            c.setShadow({1, 1}, 3), c.drawAtPoint("big", {0, 0}, huge), (void)c.sizeWithAttributes("big", huge);
+            c.drawAtPoint("\xff\xfe bad \0 bytes", {kNaN, 0}, {Font::systemFontOfSize(kNaN), Colour::blackColor()});
+            c.drawAtPoint(std::string(1 << 20, 'x'), {-big, big}, {Font::systemFontOfSize(-4)});
+        },
+        [](Canvas& c) { c.closePath(), c.strokePath(), c.fillPath(), c.addLineTo({3, 3}), c.fillPath(); },
     };
-    for (const auto& [what, draw] : cases) {
+    for (std::size_t i = 0; i < std::size(cases); ++i)
         for (double scale : {1.0, 3.0}) {
-            ImagePtr image = drawn(draw, scale);
-            ASSERT_TRUE(image) << what;
-            EXPECT_EQ(image->pixelWidth(), static_cast<int>(100 * scale)) << what;
+            ImagePtr image = drawn(cases[i], scale);
+            ASSERT_TRUE(image) << "case " << i;
+            EXPECT_EQ(image->pixelWidth(), static_cast<int>(100 * scale)) << "case " << i;
         }
-    }
 }
 
 TEST(Image, CreateRefusesSizesItCannotHold) {
-    struct Case {
-        Size points;
-        double scale;
-        bool made;
-    };
-    const Case cases[] = {{{10, 10}, 3, true}, {{0, 0}, 3, true},   {{kNaN, 1}, 1, false},
-                          {{1, 1}, kInf, false}, {{-1, 1}, 1, false}, {{1e6, 1e6}, 1, false}};
-    for (const auto& c : cases) EXPECT_EQ(Image::create(c.points, c.scale) != nullptr, c.made) << c.points.width;
+    EXPECT_TRUE(Image::create({10, 10}, 3) && Image::create({0, 0}, 3));
+    for (auto [points, scale] : {std::pair{Size{kNaN, 1}, 1.0}, {Size{1, 1}, kInf}, {Size{-1, 1}, 1.0}, {Size{1e6, 1e6}, 1.0}})
+        EXPECT_FALSE(Image::create(points, scale)) << points.width << " @" << scale;
 }
 
 TEST(Blur, BothMethodsApproachTheGaussian) {
-    struct Method {
-        const char* name;
-        void (*blur)(AlphaBitmap, double);
-        double smallestSigma, tolerance;
-    };
     // Three boxes are used from sigma 2 on and come within 1.5% of the Gaussian.
-    const Method methods[] = {{"boxes", &boxBlurAlpha, 2, 0.015},
-                              {"gaussian", &gaussianBlurAlpha, 0, 0.005},
-                              {"chosen", &blurAlpha, 0, 0.015}};
+    const std::tuple<const char*, void (*)(AlphaBitmap, double), double, double> methods[] = {
+        {"boxes", &boxBlurAlpha, 2, 0.015}, {"gaussian", &gaussianBlurAlpha, 0, 0.005}, {"chosen", &blurAlpha, 0, 0.015}};
     // A half-plane edge blurred: alpha at distance d from it is the normal tail
     // at d / sigma. The edge runs down the bitmap (blurred along rows) and
     // across it (blurred down columns), on rows padded beyond their width.
-    for (double sigma : {0.8, 2.0, 4.5, 7.5, 20.0}) {
-        for (const Method& method : methods) {
-            if (sigma < method.smallestSigma) continue;
+    for (double sigma : {0.8, 2.0, 4.5, 7.5, 20.0})
+        for (const auto& [name, blur, smallestSigma, tolerance] : methods)
             for (bool across : {false, true}) {
-                int reach = static_cast<int>(std::ceil(3 * sigma));
-                int length = 4 * reach + 2, breadth = 2 * reach + 1;
-                int width = across ? breadth : length, height = across ? length : breadth, stride = width + 5;
+                if (sigma < smallestSigma) continue;
+                const int reach = static_cast<int>(std::ceil(3 * sigma)), length = 4 * reach + 2, breadth = 2 * reach + 1;
+                const int width = across ? breadth : length, height = across ? length : breadth, stride = width + 5;
                 std::vector<unsigned char> pixels(static_cast<size_t>(stride) * height, 7);
                 auto at = [&](int along, int side) -> unsigned char& {
-                    return across ? pixels[along * stride + side] : pixels[side * stride + along];
+                    return pixels[across ? along * stride + side : side * stride + along];
                 };
                 for (int along = 0; along < length; ++along)
                     for (int side = 0; side < breadth; ++side) at(along, side) = along < length / 2 ? 255 : 0;
-                method.blur({pixels.data(), width, height, stride}, sigma);
-                for (int along = length / 2 - reach; along < length / 2 + reach; ++along) {  // the ends see the missing border
-                    double d = along + 0.5 - length / 2.0;
-                    EXPECT_NEAR(at(along, reach) / 255.0, normalTail(d / sigma), method.tolerance)
-                        << method.name << " sigma " << sigma << (across ? " down" : " along") << " at " << along;
-                }
-                // Bytes past a row's width belong to someone else.
-                for (int y = 0; y < height; ++y)
-                    for (int x = width; x < stride; ++x) ASSERT_EQ(pixels[y * stride + x], 7) << method.name;
+                blur({pixels.data(), width, height, stride}, sigma);
+                for (int along = length / 2 - reach; along < length / 2 + reach; ++along)  // the ends see the missing border
+                    EXPECT_NEAR(at(along, reach) / 255.0, normalTail((along + 0.5 - length / 2.0) / sigma), tolerance)
+                        << name << " sigma " << sigma << (across ? " down" : " along") << " at " << along;
+                for (int y = 0; y < height; ++y)  // bytes past a row's width belong to someone else
+                    for (int x = width; x < stride; ++x) ASSERT_EQ(pixels[y * stride + x], 7) << name;
             }
-        }
-    }
 }
 
 // The shadow mask, worked out on coarser cells for speed, against the shape
 // drawn at full resolution and blurred there: a plain shadow (a third of
 // black) may differ by at most 3 of 255 levels in the finished picture.
 TEST(ShadowMask, CoarseCellsMatchTheFullResolutionBlur) {
-    struct Shape {
-        const char* name;
-        std::function<void(cairo_t*)> draw;
-    };
-    const Shape shapes[] = {
-        {"thick ring", [](cairo_t* cr) {
-             cairo_set_line_width(cr, 54);
-             cairo_arc(cr, 200, 200, 140, 0, 2 * M_PI);
-             cairo_stroke(cr);
-         }},
+    const std::pair<const char*, std::function<void(cairo_t*)>> shapes[] = {
+        {"thick ring", [](cairo_t* cr) { cairo_set_line_width(cr, 54), cairo_arc(cr, 200, 200, 140, 0, 2 * M_PI), cairo_stroke(cr); }},
         {"thin line", [](cairo_t* cr) {
-             cairo_set_line_width(cr, 3);
-             cairo_move_to(cr, 40.3, 60.7);
-             cairo_line_to(cr, 350.2, 330.9);
-             cairo_stroke(cr);
+             cairo_set_line_width(cr, 3), cairo_move_to(cr, 40.3, 60.7), cairo_line_to(cr, 350.2, 330.9), cairo_stroke(cr);
          }},
-        {"small square", [](cairo_t* cr) {
-             cairo_rectangle(cr, 190.5, 195.25, 9, 7);
-             cairo_fill(cr);
-         }},
+        {"small square", [](cairo_t* cr) { cairo_rectangle(cr, 190.5, 195.25, 9, 7), cairo_fill(cr); }},
     };
     constexpr int kSide = 400;
-    const PixelBounds whole{0, 0, kSide, kSide};
     for (double sigma : {0.9, 1.5, 2.0, 2.5, 3.0, 4.5, 6.0, 7.5, 15.0, 40.0}) {
-        for (const Shape& shape : shapes) {
-            SCOPED_TRACE(std::string(shape.name) + " sigma " + std::to_string(sigma));
+        for (const auto& [name, draw] : shapes) {
+            SCOPED_TRACE(std::string(name) + " sigma " + std::to_string(sigma));
             SurfacePtr reference(cairo_image_surface_create(CAIRO_FORMAT_A8, kSide, kSide));
-            {
-                CairoPtr cr(cairo_create(reference.get()));
-                shape.draw(cr.get());
-            }
+            draw(CairoPtr(cairo_create(reference.get())).get());
             cairo_surface_flush(reference.get());
             const unsigned char* expected = cairo_image_surface_get_data(reference.get());
             const int expectedStride = cairo_image_surface_get_stride(reference.get());
             gaussianBlurAlpha({cairo_image_surface_get_data(reference.get()), kSide, kSide, expectedStride}, sigma);
 
-            std::optional<ShadowMask> mask = makeShadowMask(whole, sigma, shape.draw);
+            std::optional<ShadowMask> mask = makeShadowMask({0, 0, kSide, kSide}, sigma, draw);
             ASSERT_TRUE(mask);
-            cairo_surface_flush(mask->alpha.get());
-            const unsigned char* actual = cairo_image_surface_get_data(mask->alpha.get());
-            const int actualStride = cairo_image_surface_get_stride(mask->alpha.get());
-            const int maskWidth = cairo_image_surface_get_width(mask->alpha.get());
-            const int maskHeight = cairo_image_surface_get_height(mask->alpha.get());
-            auto inParts = [&](int x, int y) {
-                for (const PixelBounds& part : mask->parts)
-                    if (x >= part.x0 && x < part.x1 && y >= part.y0 && y < part.y1) return true;
-                return false;
-            };
+            cairo_surface_t* alpha = mask->alpha.get();
+            cairo_surface_flush(alpha);
+            const unsigned char* actual = cairo_image_surface_get_data(alpha);
+            const int stride = cairo_image_surface_get_stride(alpha), width = cairo_image_surface_get_width(alpha),
+                      height = cairo_image_surface_get_height(alpha);
             int worst = 0;
-            for (int y = 0; y < kSide; ++y) {
+            for (int y = 0; y < kSide; ++y)
                 for (int x = 0; x < kSide; ++x) {
-                    int mx = x - mask->x, my = y - mask->y;
-                    bool held = inParts(x, y) && mx >= 0 && my >= 0 && mx < maskWidth && my < maskHeight;
-                    int got = held ? actual[my * actualStride + mx] : 0;
+                    const int mx = x - mask->x, my = y - mask->y;
+                    bool held = mx >= 0 && my >= 0 && mx < width && my < height &&
+                                std::any_of(mask->parts.begin(), mask->parts.end(), [&](const PixelBounds& part) {
+                                    return x >= part.x0 && x < part.x1 && y >= part.y0 && y < part.y1;
+                                });
+                    int got = held ? actual[my * stride + mx] : 0;
                     worst = std::max(worst, std::abs(got - expected[y * expectedStride + x]));
                 }
-            }
-            // In the picture the mask is scaled by the shadow's alpha of 1/3.
-            EXPECT_LE(worst, 9);
+            EXPECT_LE(worst, 9);  // in the picture the mask is scaled by the shadow's alpha of 1/3
         }
     }
 }
