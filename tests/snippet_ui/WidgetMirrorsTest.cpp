@@ -60,78 +60,65 @@ protected:
     Dictionary before;
 };
 
-TEST_F(WidgetMirrorsTest, WithDataEachMirrorWritesExactlyItsFields) {
+// With data each mirror writes exactly its fields; without, placeholders replace only the labels.
+TEST_F(WidgetMirrorsTest, EachMirrorWritesItsFieldsOrPlaceholders) {
     const std::vector<std::string> score = {"hrvDifLabel", "hrvLabel",   "wakingDifLabel", "wakingLabel",
                                             "starsLabel",  "wakingTint", "hrvTint"};
-    const struct {
-        Mirror mirror;
-        std::function<SleepMetricsUI::Record(SleepMetricsUI&)> request;
-        std::vector<std::string> fields;
-        Keys compact;
-    } cases[] = {
-        {&SleepMetricsUI::requestSpO2ForSwift, &SleepMetricsUI::requestSpO2,
-         {"averageSpO2Label", "averageSpO2RangeLabel", "difLabel", "difColour"},
-         {{"Swift-averageSpO2RangeLabelCompact", Value("90-99")}}},
-        // No colour from respiration, and only the spaces leave its compact range.
-        {&SleepMetricsUI::requestRespRateForSwift, &SleepMetricsUI::requestRespRate,
-         {"averageRespRateWidgetLabel", "averageRespRateRangeLabel", "difLabel"},
-         {{"Swift-averageRespRateRangeLabelCompact", Value("12.1-17.8")}}},
-        {&SleepMetricsUI::requestReadinessForSwift, &SleepMetricsUI::requestReadiness, score, {}},
-        {&SleepMetricsUI::requestOctaneForSwift, &SleepMetricsUI::requestOctane, score, {}},
-        {&SleepMetricsUI::requestLatestBedtimeForSwift, &SleepMetricsUI::requestLatestBedtime,
-         {"latestBedTime", "wakeTimeLabel", "bedTime"}, {}},
-        {&SleepMetricsUI::requestSleepBankForSwift,
-         [](SleepMetricsUI& ui) -> SleepMetricsUI::Record { return ui.requestSleepBankRings(); },
-         {"sleepTimeLabel", "bankTimeLabel"}, {}},
-    };
-    for (const auto& c : cases) {
-        fill(true);
-        auto platform = platformOnFiles();
-        SleepMetricsUI widget(*platform);
-        widget.widgetMode = true;
-        SleepMetricsUI::Record record = c.request(widget);
-        Keys expected = c.compact;
-        expected.emplace("Swift-HasData", Value("1"));
-        for (const std::string& field : c.fields) expected.emplace("Swift-" + field, *record->objectForKey(field));
-        SCOPED_TRACE(c.fields[0]);
-        expectMirror(c.mirror, expected);
-    }
-}
-
-TEST_F(WidgetMirrorsTest, WithoutDataPlaceholdersReplaceOnlyTheLabels) {
+    const Keys scoreBlank = {{"Swift-hrvDifLabel", Value("")},   {"Swift-hrvLabel", Value("--")},
+                             {"Swift-wakingDifLabel", Value("")}, {"Swift-wakingLabel", Value("--")},
+                             {"Swift-starsLabel", Value("")}};
     const Dictionary earlier{{"Swift-HasData", "1"},          {"Swift-averageSpO2RangeLabelCompact", "90-99"},
                              {"Swift-difColour", 2},          {"Swift-averageRespRateWidgetLabel", "14.3 "},
                              {"Swift-wakingTint", 1},         {"Swift-hrvTint", 2},
                              {"Swift-latestBedTime", "9:04 PM"}, {"Swift-sleepTimeLabel", "7h 36m"}};
-    const Keys score = {{"Swift-hrvDifLabel", Value("")},   {"Swift-hrvLabel", Value("--")},
-                        {"Swift-wakingDifLabel", Value("")}, {"Swift-wakingLabel", Value("--")},
-                        {"Swift-starsLabel", Value("")}};
     const struct {
         Mirror mirror;
-        Keys written;
-        const char* removed;
+        std::function<SleepMetricsUI::Record(SleepMetricsUI&)> request;
+        std::vector<std::string> fields;
+        Keys compact, placeholders;  // written with data besides the fields; written without data
+        const char* removed;         // without data
     } cases[] = {
-        {&SleepMetricsUI::requestSpO2ForSwift,
+        {&SleepMetricsUI::requestSpO2ForSwift, &SleepMetricsUI::requestSpO2,
+         {"averageSpO2Label", "averageSpO2RangeLabel", "difLabel", "difColour"},
+         {{"Swift-averageSpO2RangeLabelCompact", Value("90-99")}},
          {{"Swift-averageSpO2Label", Value("--")}, {"Swift-averageSpO2RangeLabel", Value("--")},
           {"Swift-difLabel", Value("")}},
          "Swift-HasData"},
-        // The placeholder goes under the plain label; the widget label keeps its last value.
-        {&SleepMetricsUI::requestRespRateForSwift,
+        // No colour from respiration, and only the spaces leave its compact range. Without data the
+        // placeholder goes under the plain label; the widget label keeps its last value.
+        {&SleepMetricsUI::requestRespRateForSwift, &SleepMetricsUI::requestRespRate,
+         {"averageRespRateWidgetLabel", "averageRespRateRangeLabel", "difLabel"},
+         {{"Swift-averageRespRateRangeLabelCompact", Value("12.1-17.8")}},
          {{"Swift-averageRespRateLabel", Value("--")}, {"Swift-averageRespRateRangeLabel", Value("--")},
           {"Swift-difLabel", Value("")}},
          "Swift-HasData"},
-        {&SleepMetricsUI::requestReadinessForSwift, score, "Swift-HasData"},
-        {&SleepMetricsUI::requestOctaneForSwift, score, "Swift-HasData"},
-        {&SleepMetricsUI::requestLatestBedtimeForSwift, {}, "Swift-HasData"},
+        {&SleepMetricsUI::requestReadinessForSwift, &SleepMetricsUI::requestReadiness, score, {}, scoreBlank,
+         "Swift-HasData"},
+        {&SleepMetricsUI::requestOctaneForSwift, &SleepMetricsUI::requestOctane, score, {}, scoreBlank, "Swift-HasData"},
+        {&SleepMetricsUI::requestLatestBedtimeForSwift, &SleepMetricsUI::requestLatestBedtime,
+         {"latestBedTime", "wakeTimeLabel", "bedTime"}, {}, {}, "Swift-HasData"},
         // The sleep bank always has a record: data present, its absent labels removed.
-        {&SleepMetricsUI::requestSleepBankForSwift, {{"Swift-HasData", Value("1")}}, "Swift-sleepTimeLabel"},
+        {&SleepMetricsUI::requestSleepBankForSwift,
+         [](SleepMetricsUI& ui) -> SleepMetricsUI::Record { return ui.requestSleepBankRings(); },
+         {"sleepTimeLabel", "bankTimeLabel"}, {}, {{"Swift-HasData", Value("1")}}, "Swift-sleepTimeLabel"},
     };
     for (const auto& c : cases) {
+        SCOPED_TRACE(c.fields[0]);
+        fill(true);
+        {
+            auto platform = platformOnFiles();
+            SleepMetricsUI widget(*platform);
+            widget.widgetMode = true;
+            SleepMetricsUI::Record record = c.request(widget);
+            Keys expected = c.compact;
+            expected.emplace("Swift-HasData", Value("1"));
+            for (const std::string& field : c.fields) expected.emplace("Swift-" + field, *record->objectForKey(field));
+            expectMirror(c.mirror, expected);
+        }
         fill(false, earlier);
         Keys expected(earlier.begin(), earlier.end());
         expected.erase(c.removed);
-        for (const auto& [key, value] : c.written) expected[key] = value;
-        SCOPED_TRACE(c.removed);
+        for (const auto& [key, value] : c.placeholders) expected[key] = value;
         expectMirror(c.mirror, expected);
     }
 }
