@@ -45,30 +45,26 @@ TEST(Autoresizing, SharesTheParentsChangeEquallyAmongTheFlexibleParts) {
 // A card with one panel: a stretching panel, a right-hand value and a centred picture.
 constexpr const char* kCard = R"({"views": [
   {"name": "card", "kind": "container", "frame": [0, 0, 390, 180], "backgroundColour": {"h": 0.6, "s": 1, "b": 0.3}},
-  {"name": "panel", "kind": "container", "parent": "card", "frame": [12, 20, 366, 100],
-   "autoresizing": ["flexibleWidth"], "backgroundColour": {"h": 0, "s": 1, "b": 0.6}, "cornerRadius": 20},
-  {"name": "dot", "kind": "indicator", "parent": "panel", "frame": [10, 10, 20, 20],
-   "backgroundColour": {"name": "systemGreen"}, "cornerRadius": 10},
+  {"name": "panel", "kind": "container", "parent": "card", "frame": [12, 20, 366, 100], "cornerRadius": 20,
+   "autoresizing": ["flexibleWidth"], "backgroundColour": {"h": 0, "s": 1, "b": 0.6}},
+  {"name": "dot", "kind": "indicator", "parent": "panel", "frame": [10, 10, 20, 20], "cornerRadius": 10,
+   "backgroundColour": {"name": "systemGreen"}},
   {"name": "title", "kind": "label", "parent": "panel", "frame": [40, 8, 150, 24], "text": "Hello",
    "font": {"size": 18, "weight": "bold"}, "textColour": {"name": "white"}},
-  {"name": "value", "kind": "label", "parent": "panel", "frame": [200, 8, 150, 24], "text": "Right",
-   "autoresizing": ["flexibleLeftMargin"], "alignment": "right", "font": {"size": 18},
-   "textColour": {"name": "white"}},
+  {"name": "value", "kind": "label", "parent": "panel", "frame": [200, 8, 150, 24], "text": "Right", "font": {"size": 18},
+   "autoresizing": ["flexibleLeftMargin"], "alignment": "right", "textColour": {"name": "white"}},
   {"name": "long", "kind": "label", "parent": "panel", "frame": [40, 50, 100, 24], "minimumScaleFactor": 0.8,
    "text": "A very long text that cannot possibly fit", "font": {"size": 18}, "textColour": {"name": "white"}},
   {"name": "picture", "kind": "imageView", "parent": "card", "frame": [145, 125, 100, 50],
    "autoresizing": ["flexibleLeftMargin", "flexibleRightMargin"]},
   {"name": "gone", "kind": "container", "parent": "card", "frame": [0, 125, 100, 50], "hidden": true},
-  {"name": "ghost", "kind": "label", "parent": "gone", "frame": [0, 0, 100, 50], "text": "Hidden",
-   "textColour": {"name": "white"}}
+  {"name": "ghost", "kind": "label", "parent": "gone", "frame": [0, 0, 100, 50], "text": "Hidden", "textColour": {"name": "white"}}
 ]})";
 
 // A square picture of one colour, `side` points at scale 3.
 ImagePtr swatch(double side, const Colour& colour) {
     Canvas canvas({side, side}, 3, fonts());
-    canvas.addRoundedRect({0, 0, side, side}, 0);
-    canvas.setFillColour(colour);
-    canvas.fillPath();
+    canvas.addRoundedRect({0, 0, side, side}, 0), canvas.setFillColour(colour), canvas.fillPath();
     return canvas.makeImage();
 }
 
@@ -113,18 +109,16 @@ TEST(ViewRenderer, LaysOutAndDrawsEachShownViewInItsFrameAtAnyWidth) {
         EXPECT_EQ(r.frameOf("value").x + r.frameOf("value").width, width - 12 - 16);
         EXPECT_EQ(pic.x + 50, width / 2);
         EXPECT_EQ(dot, (Rect{22, 30, 20, 20}));
-        // Rounded corners show the card through them; the panel's edges are straight between.
-        EXPECT_TRUE(near(card.pixelAt({p.x + 1, p.y + 1}), background));
-        EXPECT_TRUE(near(card.pixelAt({p.x + p.width - 1, p.y + p.height - 1}), background));
-        EXPECT_TRUE(near(card.pixelAt({p.x + p.width / 2, p.y + 1}), panel));
-        EXPECT_TRUE(near(card.pixelAt({p.x + 1, p.y + p.height / 2}), panel));
-        // The indicator in its colour, round.
-        EXPECT_TRUE(near(card.pixelAt({dot.x + 10, dot.y + 10}), Colour::systemGreenColor().rgba()));
-        EXPECT_TRUE(near(card.pixelAt({dot.x + 1, dot.y + 1}), panel));
-        // The picture at its own size (not enlarged), centred in its frame.
-        EXPECT_TRUE(near(card.pixelAt({pic.x + 50, pic.y + 25}), yellow));
-        EXPECT_TRUE(near(card.pixelAt({pic.x + 30.5, pic.y + 25}), yellow));
-        EXPECT_TRUE(near(card.pixelAt({pic.x + 29.5, pic.y + 25}), background));
+        // Rounded corners show the card through them; the panel's edges are straight between. The indicator
+        // in its colour, round. The picture at its own size (not enlarged), centred in its frame.
+        const std::pair<Point, Rgba> probes[] = {
+            {{p.x + 1, p.y + 1}, background},         {{p.x + p.width - 1, p.y + p.height - 1}, background},
+            {{p.x + p.width / 2, p.y + 1}, panel},    {{p.x + 1, p.y + p.height / 2}, panel},
+            {{dot.x + 10, dot.y + 10}, Colour::systemGreenColor().rgba()}, {{dot.x + 1, dot.y + 1}, panel},
+            {{pic.x + 50, pic.y + 25}, yellow},       {{pic.x + 30.5, pic.y + 25}, yellow},
+            {{pic.x + 29.5, pic.y + 25}, background},
+        };
+        for (auto [at, colour] : probes) EXPECT_TRUE(near(card.pixelAt(at), colour)) << at.x << "," << at.y;
         // Nothing of the texts outside their frames; a hidden container hides its children.
         Rect longText = r.frameOf("long");
         EXPECT_EQ(whitePixels(card, {longText.x + longText.width, longText.y - 4, 60, longText.height + 8}), 0);
