@@ -110,11 +110,7 @@ TEST_F(BedClockTest, FaceTrackWedgeSpanAndHands) {
     Pallet palette = pallet();
     const Rgba wedge = rgb(palette.lightRatingColour(80)), span = rgb(palette.lightRatingColour(110));
     const Rgba bedHand = rgb(palette.lightRatingColour(40)), track = rgb(ui->ringBkg());
-    struct Probe {
-        double radius, hour;
-        Rgba colour;
-        bool shown = true;
-    };
+    struct Probe { double radius, hour; Rgba colour; bool shown = true; };
     struct Row {
         const char* name;
         bool widget;

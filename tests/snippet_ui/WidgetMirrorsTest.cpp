@@ -124,11 +124,7 @@ TEST_F(WidgetMirrorsTest, EachMirrorWritesItsFieldsOrPlaceholders) {
 }
 
 TEST_F(WidgetMirrorsTest, WidgetImagesSetTheirFlagsAndDrawAtWidgetSizes) {
-    const struct {
-        platform::ImagePtr (SleepMetricsUI::*image)();
-        bool accessory;
-        double side;
-    } cases[] = {
+    const struct { platform::ImagePtr (SleepMetricsUI::*image)(); bool accessory; double side; } cases[] = {
         {&SleepMetricsUI::swiftReadinessImage, false, 220},     {&SleepMetricsUI::swiftOctaneImage, false, 220},
         {&SleepMetricsUI::swiftSpO2Image, false, 220},          {&SleepMetricsUI::swiftRespRateImage, false, 220},
         {&SleepMetricsUI::swiftWristTempImage, false, 220},     {&SleepMetricsUI::swiftSleepRingsImage, false, 280},
