@@ -54,24 +54,18 @@ ImagePtr withShadow(const std::function<void(Canvas&)>& setShadow, double scale 
 }
 
 TEST(Canvas, SizeInPixelsIsHeldToFiniteBounds) {
-    struct Case {
-        Size points;
-        double scale;
-        int width, height;
-    };
-    const Case cases[] = {
+    const std::tuple<Size, double, int, int> cases[] = {  // points, scale, pixel width and height
         {{100, 50}, 2, 200, 100}, {{10.2, 10}, 3, 31, 30}, {{kNaN, 10}, 3, 0, 0}, {{10, kInf}, 3, 0, 0},
         {{-5, 10}, 3, 0, 0},      {{10, 10}, 0, 0, 0},     {{10, 10}, kNaN, 0, 0},
-        {{Canvas::kMaxPixels, 1}, 1, Canvas::kMaxPixels, 1}, {{Canvas::kMaxPixels + 1, 1}, 1, 0, 0},
-        {{1e12, 1}, 1, 0, 0},
+        {{Canvas::kMaxPixels, 1}, 1, Canvas::kMaxPixels, 1}, {{Canvas::kMaxPixels + 1, 1}, 1, 0, 0}, {{1e12, 1}, 1, 0, 0},
     };
-    for (const auto& c : cases) {
-        ImagePtr image = Canvas(c.points, c.scale, fonts()).makeImage();
-        ASSERT_TRUE(image) << c.points.width << " x " << c.points.height << " @" << c.scale;
-        EXPECT_EQ(image->pixelWidth(), c.width) << c.points.width << " @" << c.scale;
-        EXPECT_EQ(image->pixelHeight(), c.height) << c.points.height << " @" << c.scale;
+    for (const auto& [points, scale, width, height] : cases) {
+        ImagePtr image = Canvas(points, scale, fonts()).makeImage();
+        ASSERT_TRUE(image) << points.width << " x " << points.height << " @" << scale;
+        EXPECT_EQ(image->pixelWidth(), width) << points.width << " @" << scale;
+        EXPECT_EQ(image->pixelHeight(), height) << points.height << " @" << scale;
         // The size in points matches the bitmap, so probes in points stay on it.
-        EXPECT_LE(image->size().width * image->scale(), c.width + 1e-9);
+        EXPECT_LE(image->size().width * image->scale(), width + 1e-9);
     }
 }
 
