@@ -39,12 +39,8 @@ protected:
 // backdrop behind them except on the accessory and the smallest sides.
 TEST_F(RechargeTest, RingsEndAtTheirFractionsOnTheirTracks) {
     Pallet palette = darkPallet();
-    struct Row {
-        float side;
-        double outer, inner, width;
-        Point backdropProbe;
-        bool backdrop;
-    } rows[] = {{280, 116, 89, 25, {140, 140}, true},
+    struct Row { float side; double outer, inner, width; Point backdropProbe; bool backdrop; };
+    const Row rows[] = {{280, 116, 89, 25, {140, 140}, true},
                 {220, 86, 59, 25, {110, 110}, true},
                 {200, 76, 49, 25, {100, 125}, false},
                 {100, 46, 39, 5, {50, 50}, false}};

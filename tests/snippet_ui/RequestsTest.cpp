@@ -127,10 +127,8 @@ TEST_F(RequestsTest, WithoutDataThereIsNoRecordAndWidgetsGetThePlaceholder) {
 }
 
 TEST_F(RequestsTest, SleepBankBalanceAgainstAnEightHourGoal) {
-    const struct {
-        double bankOfGoal;
-        const char* balance;
-    } cases[] = {{1.0, "0.0% Credit"},  {0.5, "50.0% debt"},   {0.0, "100% debt"},
+    struct Row { double bankOfGoal; const char* balance; };
+    const Row cases[] = {{1.0, "0.0% Credit"},  {0.5, "50.0% debt"},   {0.0, "100% debt"},
                  {1.995, "99.5% Credit"}, {2.0, "100% Credit"}, {0.999, "0.1% debt"}};
     for (const auto& c : cases) {
         put("watchTrackDict", Dictionary{{"rawSleepTime", 14400.0}, {"rawSleepBankTime", c.bankOfGoal * 28800}});

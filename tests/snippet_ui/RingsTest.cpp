@@ -26,10 +26,8 @@ protected:
 };
 
 TEST_F(RingsTest, ShadowOfTheHeadTurnsWithTheQuarter) {
-    struct Row {
-        float percent;
-        platform::Size offset;
-    } rows[] = {{-3, {2, 2}},      {0.25f, {2, 2}},  {0.26f, {-1, 1}}, {0.5f, {-1, 1}}, {0.51f, {-1, -1}},
+    struct Row { float percent; platform::Size offset; };
+    const Row rows[] = {{-3, {2, 2}},      {0.25f, {2, 2}},  {0.26f, {-1, 1}}, {0.5f, {-1, 1}}, {0.51f, {-1, -1}},
                 {0.75f, {-1, -1}}, {0.76f, {2, 0}},  {1, {2, 0}},
                 // Past a full turn the head's shadow is that of the first lap.
                 {1.3f, {-1, 1}},   {2.2f, {2, 0}},   {kNaN, {2, 0}}};
@@ -45,11 +43,8 @@ TEST_F(RingsTest, EachRingEndsAtItsFractionOnItsTrack) {
         const platform::ImagePtr image = draw(side);
         const double c = side / 2;
         const Point centre{c, c};
-        struct Ring {
-            const char* name;
-            double radius;
-            float fraction;
-        } rings[] = {{"sleep", c - 19, 0.8f}, {"quality", c - 41, 0.6f}, {"deep", c - 63, 0.45f}, {"bpm", c - 85, 0.3f}};
+        struct Ring { const char* name; double radius; float fraction; };
+        const Ring rings[] = {{"sleep", c - 19, 0.8f}, {"quality", c - 41, 0.6f}, {"deep", c - 63, 0.45f}, {"bpm", c - 85, 0.3f}};
         if (side == 280) EXPECT_EQ(rings[0].radius, 121) << "radii at 280 are 121, 99, 77, 55";
         for (const Ring& ring : rings) {
             const Rgba colour = side == 260 ? kWhite : rgb(palette.colourForBatteryChargePercent(ring.fraction));
@@ -76,10 +71,8 @@ TEST_F(RingsTest, RatingDiscAndRing) {
     Pallet palette = pallet();
     const Rgba disc = rgb(palette.colourForClockFace(5, true));
     const Rgba tint = rgb(palette.highTintColour());
-    struct Row {
-        float side, rating;
-        Rgba disc, ring;
-    } rows[] = {{280, 0.856f, disc, tint}, {280, 0.3f, disc, tint},     {280, 0, kClear, kClear},
+    struct Row { float side, rating; Rgba disc, ring; };
+    const Row rows[] = {{280, 0.856f, disc, tint}, {280, 0.3f, disc, tint},     {280, 0, kClear, kClear},
                 {280, -0.5f, kClear, kClear}, {260, 0.7f, kClear, kWhite}, {261, 0.7f, disc, tint}};
     for (const Row& row : rows) {
         const platform::ImagePtr image = draw(row.side, row.rating);
