@@ -42,7 +42,9 @@ TEST(HandleLightsOff, WritesTheSwitchIntoTheStoreFileAndKeepsEveryOtherKey) {
 // A paired watch link whose installation and activation outcome a test sets.
 class FakeWatchSession final : public platform::WatchSession, public platform::WatchConnectivity {
 public:
-    bool installed = true;
+    FakeWatchSession(bool installed, std::optional<std::string> activationError)
+        : installed(installed), activationError(std::move(activationError)) {}
+    bool installed;
     std::optional<std::string> activationError;
     platform::WatchSessionDelegate* delegate = nullptr;
     std::vector<Dictionary> sent;
@@ -72,20 +74,12 @@ TEST(WatchMetrics, SendsTheContextOnlyToAnActivePairedWatchWithTheAppInstalled) 
     const Dictionary context{{"bankPercentage", 0.95}, {"sleepTimeLabel", "7h 36m"}};
     for (const auto& c : cases) {
         SCOPED_TRACE(c.name);
-        FakeWatchSession watch;
-        watch.installed = c.installed;
-        watch.activationError = c.activationError;
+        FakeWatchSession watch(c.installed, c.activationError);
         WatchMetrics metrics(watch);
         metrics.updateWatchContextWithDict(context);
         EXPECT_EQ(metrics.contextDict(), context);
         EXPECT_EQ(watch.sent, c.sent ? std::vector<Dictionary>{context} : std::vector<Dictionary>{});
     }
-    // Without watch support the context is only kept.
-    platform::NoWatchConnectivity none;
-    WatchMetrics metrics(none);
-    metrics.updateWatchContextWithDict(context);
-    EXPECT_EQ(metrics.contextDict(), context);
-    EXPECT_EQ(metrics.delegate(), nullptr);
 }
 
 }  // namespace

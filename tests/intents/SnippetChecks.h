@@ -34,13 +34,19 @@ struct SnippetCase {
     const char* image;
 };
 
+// `texts[i]` for `views[i]`, and the stars line every snippet empties.
+template <std::size_t N>
+Texts named(const char* const (&views)[N], const char* const (&texts)[N]) {
+    Texts named{{"starsLabel", ""}};
+    for (std::size_t i = 0; i < N; ++i) named.emplace_back(views[i], texts[i]);
+    return named;
+}
+
 // The two-row panel's eight texts in a fixed order.
 inline Texts panel(const char* const (&t)[8]) {
     static const char* const kViews[8] = {"sleepHeadingLabel", "sleepGlyph",  "sleepTimeLabel", "sleepGoalLabel",
                                           "bankHeadingLabel",  "bankGlyph",   "bankTimeLabel",  "bankBalanceLabel"};
-    Texts texts{{"starsLabel", ""}};
-    for (int i = 0; i < 8; ++i) texts.emplace_back(kViews[i], t[i]);
-    return texts;
+    return named(kViews, t);
 }
 
 inline Tints rows(Tint upper, Tint lower) { return {{"sleepIndicator", upper}, {"bankIndicator", lower}}; }

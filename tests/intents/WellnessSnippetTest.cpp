@@ -28,9 +28,6 @@ TEST(WellnessSnippets, FillEveryFieldFromTheStoreFileInEnglishAndGerman) {
         {"WristTempIntent", "en_US", Store::Tonight,
          panel({"TEMPERATURE", "\u00B0", "0.31\u00B0\u2197", "35.92\u00B0", "BASELINE", "", "", "35.61\u00B0"}),
          rows(fromRecord("ratingColour"), kClear), "drawn"},
-        {"WristTempIntent", "de_DE", Store::Tonight,
-         panel({"TEMPERATUR", "\u00B0", "0,31\u00B0\u2197", "35,92\u00B0", "BASISWERT", "", "", "35,61\u00B0"}),
-         rows(fromRecord("ratingColour"), kClear), "drawn"},
         {"WristTempIntent", "en_US", Store::LastNight,
          panel({"TEMPERATURE", "\u00B0", "", "", "BASELINE", "", "", ""}), rows(kDarkGray, kClear), nullptr},
         // Readiness and sleep fuel differ only in their record and lower heading.
