@@ -1,7 +1,5 @@
 #include "SnippetChecks.h"
 
-#include <gtest/gtest.h>
-
 using namespace velmorant;
 using namespace velmorant::testing;
 
