@@ -1,46 +1,25 @@
-#include "demo/DemoData.h"
-#include "platform/Image.h"
-#include "snippet_ui/SleepMetricsUI.h"
-
-#include <gtest/gtest.h>
+#include "SnippetUiTestSupport.h"
 
 #include <algorithm>
 #include <functional>
 #include <set>
 
-namespace velmorant {
+namespace velmorant::testing {
 namespace {
 
 using platform::Date;
-using platform::Dictionary;
-using platform::Value;
 
-const Date kMorning = Date::fromUnix(1709641800);  // 2024-03-05 07:30 in New York
-const Date kAfterNightHour = Date::fromUnix(1709690520);  // 21:02 the same day
+const Date kAfterNightHour = Date::fromUnix(1709690520);  // 21:02 the same day as kMorning
 
-// The demo night in memory (or an empty store), every diagnostic line kept.
-class RequestsTest : public ::testing::Test {
+// The demo night in memory.
+class RequestsTest : public SnippetUiTest {
 protected:
     void SetUp() override { start(kMorning); }
-    void start(Date now, bool demo = true) {
-        ui.reset();
-        reported.clear();
-        platform::PlatformOptions options{.now = now, .timeZoneId = "America/New_York", .localeId = "en_US", .scale = 2};
-        options.resourceDir = VELMORANT_TEST_RESOURCE_DIR;
-        options.diagnostics = [this](std::string_view line) { reported.emplace_back(line); };
-        platform_ = std::make_unique<platform::Platform>(std::move(options));
-        if (demo) demo::installDemoStores(*platform_);
-        ui = std::make_unique<SleepMetricsUI>(*platform_);
-    }
-    void put(std::string_view key, Value value) { platform_->suiteNamed(platform::kAppGroupSuite)->setObject(value, key); }
+    void start(Date now, bool demo = true) { SnippetUiTest::start(2, "en_US", now, demo); }
     static std::string text(const Dictionary& record, std::string_view key) {
         const Value* value = record.objectForKey(key);
         return value && value->string() ? *value->string() : "<absent>";
     }
-
-    std::vector<std::string> reported;
-    std::unique_ptr<platform::Platform> platform_;
-    std::unique_ptr<SleepMetricsUI> ui;
 };
 
 struct RecordCase {
@@ -161,4 +140,4 @@ TEST_F(RequestsTest, WidgetBedtimeIsTheNextOneAndIsLoggedOnEachRequest) {
 }
 
 }  // namespace
-}  // namespace velmorant
+}  // namespace velmorant::testing

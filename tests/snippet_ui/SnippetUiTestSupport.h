@@ -1,5 +1,6 @@
 #pragma once
 
+#include "demo/DemoData.h"
 #include "snippet_ui/SleepMetricsUI.h"
 
 #include "platform/Image.h"
@@ -9,7 +10,9 @@
 #include <cmath>
 #include <memory>
 #include <sstream>
+#include <string>
 #include <string_view>
+#include <vector>
 
 namespace velmorant::testing {
 
@@ -23,21 +26,24 @@ using platform::Value;
 inline constexpr platform::Date kMorning = platform::Date::fromUnix(1709641800);
 
 // In-memory stores at a fixed instant, zone and locale, the project's own
-// artwork and fonts, and the `SleepMetricsUI` `ui` on them.
+// artwork and fonts, and the `SleepMetricsUI` `ui` on them; every diagnostic line is kept.
 class SnippetUiTest : public ::testing::Test {
 protected:
     void SetUp() override { start(); }
 
-    // Starts afresh; `scale` is pixels per point of the drawn images.
-    void start(double scale = 2, const char* localeId = "en_US", platform::Date now = kMorning) {
+    // Starts afresh; `scale` is pixels per point of the drawn images; `demo` fills the stores with the demo night.
+    void start(double scale = 2, const char* localeId = "en_US", platform::Date now = kMorning, bool demo = false) {
         ui.reset();
+        reported.clear();
         platform::PlatformOptions options;
         options.now = now;
         options.timeZoneId = "America/New_York";
         options.localeId = localeId;
         options.scale = scale;
         options.resourceDir = VELMORANT_TEST_RESOURCE_DIR;
+        options.diagnostics = [this](std::string_view line) { reported.emplace_back(line); };
         platform_ = std::make_unique<platform::Platform>(std::move(options));
+        if (demo) demo::installDemoStores(*platform_);
         ui = std::make_unique<SleepMetricsUI>(*platform_);
     }
 
@@ -75,6 +81,7 @@ protected:
         return text.str();
     }
 
+    std::vector<std::string> reported;
     std::unique_ptr<platform::Platform> platform_;
     std::unique_ptr<SleepMetricsUI> ui;
 };
