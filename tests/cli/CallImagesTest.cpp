@@ -57,7 +57,6 @@ TEST(CallImages, ArgumentsReachTheOperation) {
         json expected;
     } cases[] = {
         {{"SleepMetricsUI.getShadowForPercent:", "0.5"}, {{"width", -1}, {"height", 1}}},
-        {{"SleepMetricsUI.radians:", "180"}, 3.141592653589793},
         {{"SleepMetricsUI.getVelmorantConfigValueForKey:", "requiredHours"}, 8},
         {{"SleepMetricsUI.requestSpO2ForSwift"}, nullptr},
         // Without --images an image is described, not written.

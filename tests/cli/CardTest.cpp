@@ -62,8 +62,6 @@ int brightPixels(const platform::Image& image, Rect r) {
     return count;
 }
 
-bool contains(Rect r, Point p) { return p.x >= r.x && p.x < r.x + r.width && p.y >= r.y && p.y < r.y + r.height; }
-
 // Checks one card: its size, its light texts, the rings picture, and nothing drawn in a panel outside its views.
 void checkCard(const Card& card, double width) {
     const platform::Image& image = *card.image;
@@ -76,7 +74,7 @@ void checkCard(const Card& card, double width) {
         // Light texts leave light pixels in their frame (glyphs on indicators are dark).
         bool lightText = view->textColor() && luminance(view->textColor()->rgba()) > 0.5;
         if (view->text() && !platform::spokenText(*view->text(), {}).empty() && lightText)
-            EXPECT_GT(brightPixels(image, layout.frameOf(view->name())), 10) << view->name() << " \"" << *view->text() << "\"";
+            EXPECT_GT(brightPixels(image, layout.frameOf(view->name())), 10) << view->name() << ": " << *view->text();
     }
     // The picture sits where the interface puts it: an opaque point of it near its centre shows unchanged.
     const platform::View& rings = *card.views().view("ringsImage");
@@ -108,7 +106,7 @@ void checkCard(const Card& card, double width) {
         int stray = 0;
         eachPixel(image, {p.x + r, p.y + 1, p.width - 2 * r, p.height - 2}, [&](Point at) {
             for (const Rect& c : children)
-                if (contains(c, at)) return;
+                if (at.x >= c.x && at.x < c.x + c.width && at.y >= c.y && at.y < c.y + c.height) return;
             stray += difference(image.pixelAt(at), image.pixelAt({p.x + r, at.y})) > 3.0 / 255;
         });
         EXPECT_EQ(stray, 0) << panelName;
