@@ -37,39 +37,24 @@ bool hasStagingLeftovers(const fs::path& dir) {
     return false;
 }
 
-// One gallery drawn at a width other than the default, shared by the content tests.
-class GalleryContents : public ::testing::Test {
-protected:
-    static void SetUpTestSuite() {
-        dir_ = new TempDir;
-        outcome_ = new Outcome(run({"gallery", gallery().string(), "--width", "320", "--locale", "en_US"}));
-    }
-    static void TearDownTestSuite() {
-        delete outcome_;
-        delete dir_;
-    }
-    static fs::path gallery() { return dir_->path() / "out" / "gallery"; }
-    static json readJson(const std::string& file) { return json::parse(readFile(gallery() / file)); }
+// One gallery drawn at a width other than the default, checked from its page.
+TEST(Gallery, EveryPictureIsThereAtItsSizeWithItsWordsEveryLinkResolvesAndMirrorsAreListed) {
+    TempDir tmp;
+    const fs::path gallery = tmp.path() / "out" / "gallery";
+    auto readJson = [&](const std::string& file) { return json::parse(readFile(gallery / file)); };
+    Outcome outcome = run({"gallery", gallery.string(), "--width", "320", "--locale", "en_US"});
+    ASSERT_EQ(outcome.status, 0) << outcome.err;
+    EXPECT_EQ(outcome.out, (gallery / "index.html").string() + "\n");
+    EXPECT_EQ(outcome.errLines(), 5) << outcome.err;
+    EXPECT_FALSE(hasStagingLeftovers(gallery.parent_path()));
+    EXPECT_TRUE(fs::exists(gallery / std::string(cli::kGalleryMarker)));
 
-    static TempDir* dir_;
-    static Outcome* outcome_;
-};
-TempDir* GalleryContents::dir_ = nullptr;
-Outcome* GalleryContents::outcome_ = nullptr;
-
-TEST_F(GalleryContents, EveryPictureIsThereAtItsSizeWithItsWordsEveryLinkResolvesAndMirrorsAreListed) {
-    ASSERT_EQ(outcome_->status, 0) << outcome_->err;
-    EXPECT_EQ(outcome_->out, (gallery() / "index.html").string() + "\n");
-    EXPECT_EQ(outcome_->errLines(), 5) << outcome_->err;
-    EXPECT_FALSE(hasStagingLeftovers(gallery().parent_path()));
-    EXPECT_TRUE(fs::exists(gallery() / std::string(cli::kGalleryMarker)));
-
-    const std::string html = readFile(gallery() / "index.html");
+    const std::string html = readFile(gallery / "index.html");
     for (const char* absent : {"http:", "https:", "src=\"/", "href=\"/", "<script", "<link", "@import", "url("})
         EXPECT_EQ(html.find(absent), std::string::npos) << absent;
     static const std::regex href(R"re(href="([^"#][^"]*)")re");
     for (auto it = std::sregex_iterator(html.begin(), html.end(), href); it != std::sregex_iterator(); ++it)
-        EXPECT_TRUE(fs::exists(gallery() / unescape((*it)[1]))) << (*it)[1];
+        EXPECT_TRUE(fs::exists(gallery / unescape((*it)[1]))) << (*it)[1];
 
     // Widget pictures keep their own side; cards are as wide as asked, short for lights-off and unknown.
     const std::map<std::string, int> widgetSides = {
@@ -96,7 +81,7 @@ TEST_F(GalleryContents, EveryPictureIsThereAtItsSizeWithItsWordsEveryLinkResolve
             if (section == "snippets" && name != "UnknownIntent")  // the demo shows data the empty store does not
                 EXPECT_NE(view["accessibility"], readJson("empty/" + name + ".json")["accessibility"]);
         }
-        Png png = readPng(gallery() / file);
+        Png png = readPng(gallery / file);
         EXPECT_EQ(png.width, width * 3u);
         EXPECT_EQ(png.height, height * 3u);
         EXPECT_FALSE(png.description.empty());
