@@ -146,15 +146,8 @@ TEST_F(GaugesTest, RangeBandsAndSevenDayOverlays) {
     // The respiration week is drawn after the hub, under its soft shadow, as deep as the overlay is opaque.
     auto shaded = [&](Rgba top, float r) { return over(top, over({0, 0, 0, top.a / 3}, ready(r))); };
     auto respStars = [&](float breaths) { return stars(p.starsValueForRespRate(breaths)); };
-    struct Row {
-        const char* what;
-        Dial dial;
-        Dictionary record;
-        float side;
-        bool widget;
-        double radius, fraction;
-        Rgba want;
-    };
+    struct Row { const char* what; Dial dial; Dictionary record; float side; bool widget; double radius, fraction;
+                 Rgba want; };
     const Dictionary oxygenRange{{"averageSpO2", 102.5}, {"minSpO2", 82}, {"maxSpO2", 88}};
     const Dictionary oxygenWeek{{"averageSpO2", 102.5}, {"minSpO27", 86}, {"maxSpO27", 89}, {"averageSpO27", 97.5}};
     auto breaths = [&](std::initializer_list<std::pair<const char*, Value>> more) {
