@@ -45,11 +45,11 @@ struct Case {
 };
 
 void addGauges(std::vector<Case>& cases, const std::string& what, const Dictionary& d) {
-    cases.push_back({"spO2 " + what, [=](SleepMetricsUI& ui, float s) { return ui.drawSpO2GaugeWithSize(s, d); }, true});
-    cases.push_back({"resp " + what, [=](SleepMetricsUI& ui, float s) { return ui.drawRespRateGaugeWithSize(s, d); }, true});
-    cases.push_back(
-        {"consistency " + what, [=](SleepMetricsUI& ui, float s) { return ui.drawConsistencyGaugeWithSize(s, d); }, true});
-    cases.push_back({"wrist " + what, [=](SleepMetricsUI& ui, float s) { return ui.drawWristTempGaugeWithSize(s, d); }, true});
+    using Gauge = ImagePtr (SleepMetricsUI::*)(float, const Dictionary&);
+    int n = 0;  // spO2, respiration, consistency, wrist
+    for (Gauge gauge : {&SleepMetricsUI::drawSpO2GaugeWithSize, &SleepMetricsUI::drawRespRateGaugeWithSize,
+                        &SleepMetricsUI::drawConsistencyGaugeWithSize, &SleepMetricsUI::drawWristTempGaugeWithSize})
+        cases.push_back({"gauge " + std::to_string(n++) + " " + what, [=](SleepMetricsUI& ui, float s) { return (ui.*gauge)(s, d); }, true});
 }
 
 class HostileNumbersTest : public SnippetUiTest {
