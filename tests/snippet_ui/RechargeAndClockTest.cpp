@@ -19,26 +19,14 @@ double clockAngle(double hour) { return tip(hour / 24); }
 // New York wall-clock time on the evening of kMorning's day; 24 and more is the next day.
 platform::Date evening(double hour) { return kMorning.dateByAddingTimeInterval((hour - 7.5) * 3600); }
 
-class RechargeTest : public SnippetUiTest {
-protected:
-    // The palette as the drawing leaves it: switched to dark.
-    Pallet darkPallet() {
-        Pallet palette = pallet();
-        palette.setDarkTheme(true);
-        return palette;
-    }
-    // Opens the shared store with a sleep goal, as the sleep-bank request does.
-    void setGoal(std::optional<double> hours) {
-        if (hours) put("velmorantConfig", Value(Dictionary{{"requiredHours", *hours}}));
-        ui->requestSleepBankRings();
-    }
-};
+using RechargeTest = SnippetUiTest;
 
 // Sleep 0.8 outside, bank 0.6 inside: each ring's colour short of its tip, the
 // inner track past the bank's; white rings at the accessory side of 200; the
 // backdrop behind them except on the accessory and the smallest sides.
 TEST_F(RechargeTest, RingsEndAtTheirFractionsOnTheirTracks) {
-    Pallet palette = darkPallet();
+    Pallet palette = pallet();
+    palette.setDarkTheme(true);  // as the drawing leaves it
     struct Row { float side; double outer, inner, width; Point backdropProbe; bool backdrop; };
     const Row rows[] = {{280, 116, 89, 25, {140, 140}, true},
                 {220, 86, 59, 25, {110, 110}, true},
@@ -66,7 +54,8 @@ TEST_F(RechargeTest, RingsEndAtTheirFractionsOnTheirTracks) {
 // hour is not, a goal under four hours counts as eight, and countless hours
 // shade the track evenly, apart from both shades.
 TEST_F(RechargeTest, HourMarksFollowTheGoal) {
-    Pallet palette = darkPallet();
+    Pallet palette = pallet();
+    palette.setDarkTheme(true);  // as the drawing leaves it
     const Rgba marked = rgb(palette.innerShadeForType(0)), unmarked = rgb(palette.innerShadeForType(2));
     const double turns[] = {0.6, 0.7, 0.78, 0.9, 0.97};
     struct Row {
@@ -78,7 +67,9 @@ TEST_F(RechargeTest, HourMarksFollowTheGoal) {
                 {1e6, std::nullopt},                                 {3e38, std::nullopt}};
     for (const Row& row : rows) {
         start();
-        setGoal(row.hours);
+        // The sleep-bank request opens the shared store with the goal.
+        if (row.hours) put("velmorantConfig", Dictionary{{"requiredHours", *row.hours}});
+        ui->requestSleepBankRings();
         for (float side : {280.0f, 100.0f}) {
             const platform::ImagePtr image = ui->drawTheRechargeWithSize(side, 0.5f, 0.3f);
             auto at = [&](double turn) { return polar({side / 2.0, side / 2.0}, side == 280 ? 116 : 46, tip(turn)); };
