@@ -207,13 +207,9 @@ TEST_F(GaugesTest, IconsSitBelowTheHub) {
 TEST_F(GaugesTest, ValueTextCentredAboveTheHub) {
     // Needles rest low, away from the text.
     const std::vector<std::tuple<Dial, Dictionary, bool>> rows = {
-        {Dial::SpO2, {{"averageSpO2", 80}}, true},
-        {Dial::Consistency, {{"bedTrend", -9000}, {"starsLabel", "★★★★"}}, true},
-        {Dial::Wrist, {{"wristTempDifLabel", "+0.4°"}}, true},
-        {Dial::Wrist, {}, false},
-        {Dial::Readiness, {{"label", "Good"}}, true},
-        {Dial::Readiness, {}, false},
-    };
+        {Dial::SpO2, {{"averageSpO2", 80}}, true},  {Dial::Consistency, {{"bedTrend", -9000}, {"starsLabel", "★★★★"}}, true},
+        {Dial::Wrist, {{"wristTempDifLabel", "+0.4°"}}, true}, {Dial::Wrist, {}, false},
+        {Dial::Readiness, {{"label", "Good"}}, true},          {Dial::Readiness, {}, false}};
     const Rgba tint = rgb(pallet().tintColour());
     const double height = platform_->fonts().lineHeight({24, platform::FontWeight::Bold});
     const double top = 140 + 90 - 5.1 * height;
@@ -233,9 +229,7 @@ TEST_F(GaugesTest, ValueTextCentredAboveTheHub) {
         }
         EXPECT_EQ(inked > 0, drawn);
         EXPECT_EQ(outside, 0);
-        if (drawn) {
-            EXPECT_NEAR(left + right, 280, 3);
-        }
+        if (drawn) EXPECT_NEAR(left + right, 280, 3);
     }
 }
 
