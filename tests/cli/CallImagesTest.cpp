@@ -12,27 +12,25 @@ Outcome call(std::vector<std::string> args) {
 TEST(CallImages, EveryImageOfTheResultIsWrittenAndNamed) {
     struct Case {
         std::vector<std::string> args;
-        std::string imageKey;  // where the image sits in the result; empty when it is the result
+        const char* where;  // the file's place in the result
         std::string file;
         unsigned pixels;
     };
     const Case cases[] = {
         {{"SleepMetricsUI.drawSpO2GaugeWithSize:withDict:", "280", R"({"averageSpO2":95.4,"minSpO2":90,"maxSpO2":99})",
           "--scale", "3"},
-         "", "drawSpO2GaugeWithSize.png", 840},
-        {{"SleepMetricsUI.requestSpO2", "--scale", "1"}, "ringsImage", "ringsImage.png", 280},
-        {{"SleepMetricsUI.swiftSleepBankAccessoryImage", "--scale=2"}, "", "swiftSleepBankAccessoryImage.png", 400},
+         "/image/file", "drawSpO2GaugeWithSize.png", 840},
+        {{"SleepMetricsUI.requestSpO2", "--scale", "1"}, "/ringsImage/image/file", "ringsImage.png", 280},
+        {{"SleepMetricsUI.swiftSleepBankAccessoryImage", "--scale=2"}, "/image/file",
+         "swiftSleepBankAccessoryImage.png", 400},
     };
-    for (const Case& c : cases) {
+    for (Case c : cases) {
         SCOPED_TRACE(c.args[0]);
         TempDir tmp;
-        std::vector<std::string> args = c.args;
-        args.insert(args.end(), {"--images", tmp.path().string()});
-        Outcome r = call(args);
+        c.args.insert(c.args.end(), {"--images", tmp.path().string()});
+        Outcome r = call(c.args);
         ASSERT_EQ(r.status, 0) << r.err;
-        json result = json::parse(r.out);
-        json image = c.imageKey.empty() ? result["image"] : result[c.imageKey]["image"];
-        EXPECT_EQ(image["file"], (tmp.path() / c.file).string());
+        EXPECT_EQ(json::parse(r.out)[json::json_pointer(c.where)], (tmp.path() / c.file).string());
         EXPECT_EQ(readPng(tmp.path() / c.file).width, c.pixels);
     }
 }
