@@ -1,18 +1,12 @@
 #include "Blur.h"
 
+#include "WideLoops.h"
+
 #include <algorithm>
 #include <cmath>
 #include <cstring>
 #include <memory>
 #include <vector>
-
-// The passes below are plain loops over whole rows; built once more for AVX2
-// they run twice as wide where the processor has it.
-#if defined(__GNUC__) && !defined(__clang__) && defined(__x86_64__)
-#define VELMORANT_WIDE_LOOPS __attribute__((target_clones("avx2", "default")))
-#else
-#define VELMORANT_WIDE_LOOPS
-#endif
 
 #pragma GCC diagnostic ignored "-Wpsabi"
 

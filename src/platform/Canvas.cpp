@@ -76,6 +76,14 @@ struct PixelBox {
     bool empty() const { return !(x1 > x0 && y1 > y0); }
 };
 
+// Where a layout drawn at `p` (points) paints, in device pixels: its ink and
+// its logical box together.
+PixelBox layoutExtent(Point p, double scale, const PangoRectangle& ink, const PangoRectangle& logical) {
+    return {p.x * scale + std::min(ink.x, logical.x), p.y * scale + std::min(ink.y, logical.y),
+            p.x * scale + std::max(ink.x + ink.width, logical.x + logical.width),
+            p.y * scale + std::max(ink.y + ink.height, logical.y + logical.height)};
+}
+
 }  // namespace
 
 struct Canvas::Impl {
@@ -322,9 +330,7 @@ void Canvas::drawAtPoint(std::string_view text, Point point, const TextAttribute
     pango_layout_get_pixel_extents(layout.get(), &ink, &logical);
     Rgba background = attributes.background.rgba();
     Rgba foreground = attributes.foreground.rgba();
-    PixelBox extent{p.x * scale + std::min(ink.x, logical.x), p.y * scale + std::min(ink.y, logical.y),
-                    p.x * scale + std::max(ink.x + ink.width, logical.x + logical.width),
-                    p.y * scale + std::max(ink.y + ink.height, logical.y + logical.height)};
+    PixelBox extent = layoutExtent(p, scale, ink, logical);
     impl_->draw(extent, [&](cairo_t* target) {
         CairoSaved saved(target);
         // The layout is in canvas pixels.
@@ -446,9 +452,7 @@ void Canvas::drawTextBlock(std::string_view text, Rect rect, int lines, TextAlig
     pango_layout_get_pixel_extents(layout.get(), &ink, &logical);
     Point p = impl_->clamped({rect.x, rect.y + (rect.height - logical.height / scale) / 2});
     Rgba foreground = attributes.foreground.rgba();
-    PixelBox extent{p.x * scale + std::min(ink.x, logical.x), p.y * scale + std::min(ink.y, logical.y),
-                    p.x * scale + std::max(ink.x + ink.width, logical.x + logical.width),
-                    p.y * scale + std::max(ink.y + ink.height, logical.y + logical.height)};
+    PixelBox extent = layoutExtent(p, scale, ink, logical);
     impl_->draw(extent, [&](cairo_t* target) {
         CairoSaved saved(target);
         // The layout is in canvas pixels.

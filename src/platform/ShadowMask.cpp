@@ -1,6 +1,7 @@
 #include "ShadowMask.h"
 
 #include "Blur.h"
+#include "WideLoops.h"
 
 #include <algorithm>
 #include <cmath>
@@ -10,14 +11,6 @@
 
 #if defined(__SSE2__)
 #include <emmintrin.h>
-#endif
-
-// The scaling across below is a plain loop; built once more for AVX2 it runs
-// wider where the processor has it.
-#if defined(__GNUC__) && !defined(__clang__) && defined(__x86_64__)
-#define VELMORANT_WIDE_LOOPS __attribute__((target_clones("avx2", "default")))
-#else
-#define VELMORANT_WIDE_LOOPS
 #endif
 
 #pragma GCC diagnostic ignored "-Wpsabi"
