@@ -76,7 +76,10 @@ public:
     Value(Array a) : v_(std::move(a)) {}
     Value(platform::Dictionary d) : v_(std::move(d)) {}
     Value(platform::Colour c) : v_(c) {}
-    Value(ImagePtr image) : v_(std::move(image)) {}
+    // A missing image is no value at all: a value of kind Image always holds one.
+    Value(ImagePtr image) {
+        if (image) v_ = std::move(image);
+    }
     template <typename T>
     Value(std::optional<T> maybe) {
         if (maybe) *this = Value(std::move(*maybe));

@@ -76,6 +76,16 @@ TEST(Value, WrongKindsReadAsAbsent) {
     EXPECT_FALSE(Value(Dictionary{}).colour());
 }
 
+// A widget operation with no data hands back no image; the value it makes must
+// be none, never an image kind that readers then dereference.
+TEST(Value, MissingImageIsNone) {
+    Value missing{ImagePtr{}};
+    EXPECT_TRUE(missing.isNone());
+    EXPECT_EQ(missing.image(), nullptr);
+    Dictionary record{{"ringsImage", ImagePtr{}}};
+    EXPECT_FALSE(record.contains("ringsImage"));
+}
+
 TEST(Value, RemembersSinglePrecision) {
     EXPECT_TRUE(Value(0.1f).isSinglePrecision());
     EXPECT_FALSE(Value(0.1).isSinglePrecision());
