@@ -2,6 +2,7 @@
 
 #include "Arguments.h"
 #include "GalleryHtml.h"
+#include "GalleryManifest.h"
 #include "ValueJson.h"
 #include "intents/IntentViewController.h"
 #include "metrics/GroupMetrics.h"
@@ -282,18 +283,18 @@ json runMirrors(platform::Platform& platform) {
     return keys;
 }
 
+void clearStore(platform::PreferencesStore& store) {
+    for (const auto& [key, value] : store.dictionaryRepresentation()) store.removeObjectForKey(key);
+}
+
+}  // namespace
+
 MirrorTable mirrorTable(std::string title, const json& keys) {
     MirrorTable table{std::move(title), {}};
     for (const auto& [key, value] : keys.items())
         table.rows.emplace_back(key, value.is_string() ? value.get<std::string>() : value.dump());
     return table;
 }
-
-void clearStore(platform::PreferencesStore& store) {
-    for (const auto& [key, value] : store.dictionaryRepresentation()) store.removeObjectForKey(key);
-}
-
-}  // namespace
 
 void checkGalleryFolder(const fs::path& dir) {
     if (dir.empty()) throw UsageError("gallery needs a folder to write into, not an empty name");
@@ -362,6 +363,8 @@ fs::path writeGallery(platform::Platform& platform, const GalleryOptions& option
     checkGalleryFolder(options.dir);
     fs::path target = targetPath(options.dir);
     mapLargeBlocksApart();
+    // Taken before drawing: the mirrors and the empty state change the stores.
+    review::Manifest manifest = startManifest(platform, options.width);
     StagingFolder staging(target);
     const fs::path& gallery = staging.path();
     writeFile(gallery / std::string(kGalleryMarker), kMarkerText);
@@ -392,6 +395,8 @@ fs::path writeGallery(platform::Platform& platform, const GalleryOptions& option
     page.mirrors = {mirrorTable("With the night's results", mirrors["night"]),
                     mirrorTable("With an empty store", mirrors["empty"])};
     writeFile(gallery / page.mirrorsFile, mirrors.dump(1) + "\n");
+    addItems(manifest, page, gallery);
+    writeFile(gallery / std::string(review::kManifestFile), review::toJson(manifest).dump(1) + "\n");
     progress << "gallery: writing index.html" << std::endl;
     writeFile(gallery / "index.html", galleryHtml(page));
     staging.commit();

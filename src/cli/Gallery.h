@@ -1,7 +1,9 @@
 #pragma once
 
+#include "GalleryHtml.h"
 #include "platform/Geometry.h"
 #include "platform/Platform.h"
+#include "review/Manifest.h"
 
 #include <nlohmann/json.hpp>
 
@@ -14,7 +16,7 @@ namespace velmorant::cli {
 
 // The file that marks a folder as a gallery this program made, so that only
 // such a folder is ever replaced.
-inline constexpr std::string_view kGalleryMarker = ".velmorant-gallery";
+inline constexpr std::string_view kGalleryMarker = review::kGalleryMarker;
 
 struct GalleryOptions {
     // The gallery folder; replaced as a whole once the new gallery is complete.
@@ -40,6 +42,9 @@ void checkGalleryFolder(const std::filesystem::path& dir);
 // `options.dir` as it was.
 std::filesystem::path writeGallery(platform::Platform& platform, const GalleryOptions& options,
                                    std::ostream& progress);
+
+// A widget mirrors' table for the index page: keys with their values as text.
+MirrorTable mirrorTable(std::string title, const nlohmann::json& keys);
 
 // Replaces what the stores of `to` hold with what the stores of `from` hold.
 void copyStores(platform::Platform& from, platform::Platform& to);

@@ -13,6 +13,9 @@ Commands:
   demo --prefs DIR         write the built-in demo stores (dated tonight) into DIR
   gallery DIR              draw every snippet, its empty state and every widget picture into
                            DIR, with DIR/index.html showing them side by side
+                           (--against BASELINE: then review it against that gallery)
+  review NEW BASELINE      what a user would now see differently: NEW/review.html and .json
+  accept NEW BASELINE ..   copy changed items of NEW into BASELINE, drawing nothing
 
 Options for every command:
   --prefs DIR      folder of the store files: DIR/group.brumelkai.Velmorant.plist (shared
@@ -31,7 +34,8 @@ Examples:
   velmorant-snippet call FormatTools.formattedTimeInterval 27000
   velmorant-snippet demo --prefs /tmp/prefs && velmorant-snippet show ReadinessIntent --prefs /tmp/prefs
 
-Exit status: 0 on success, 2 for bad input (the message says which input and what is wrong).
+Exit status: 0 on success, 2 for bad input (the message says which input and what is wrong);
+review and gallery --against: 1 when something changed, 3 when not reproducible.
 )";
 
 constexpr std::string_view kShow = R"(Usage: velmorant-snippet show INTENT [--width W] [--png FILE] [--images DIR] [OPTIONS]
@@ -95,6 +99,59 @@ only when complete, so DIR is never left half written.
   --width W      the host's maximum snippet width in points, 300 to 600 (default 390)
   --locale ID    the language of the snippets, e.g. de_DE for a German gallery
   --now, --tz, --scale, --prefs as for every command.
+  --against BASELINE  then review the new gallery against the gallery BASELINE, as
+                 `review DIR BASELINE` does (same exit status); the baseline is checked
+                 before anything is drawn
+  --threshold T, --allowed-pixels N  as for review
+
+DIR/manifest.json records what the gallery was made from (digests of the stores, fonts,
+artwork and this program's build, and the options), so that a review can tell a change of
+input from drawing that is not repeatable.
+)";
+
+constexpr std::string_view kReview = R"(Usage: velmorant-snippet review NEW BASELINE [--threshold T] [--allowed-pixels N]
+
+Compares two galleries this program drew (see `gallery --help`) without drawing anything,
+and tells what a user would now see differently:
+  pictures    pixel by pixel with a perceptual colour distance (YIQ); a differing pixel on an
+              edge that its neighbours explain is anti-aliasing, reported but not a change;
+              a picture of another size is changed
+  records     each card's view record field by field: "sleepTimeLabel text "7h 36m" →
+              "7h 40m"" (text, font, colour, hidden, image, frame, spoken text)
+  mirrors     mirrors.json key by key
+Writes NEW/review.html (changed items first, grouped by card, with before, after, a
+difference view, side by side and a slider; tick items to copy their accept command) and
+NEW/review.json, and prints one line: review: 3 changed, 1 added, 0 removed, 35 unchanged
+
+  --threshold T       colour distance a pixel may move without differing, 0 to 1 (default
+                      0.1; 0 counts every change of colour)
+  --allowed-pixels N  changed pixels a picture may have and still count as the same
+                      (default 0: a one-pixel divider that moved is a change); such
+                      pictures are still listed
+
+Exit status: 0 nothing changed (anti-aliasing only counts as nothing), 1 something changed,
+was added or removed, 3 not reproducible (both galleries drawn from the same store, fonts,
+artwork, program and options, yet they differ), 2 bad input: a folder that is not a gallery,
+a missing or damaged file in one, galleries of different scale, width or locale. On bad
+input nothing is written.
+
+CI: keep a baseline gallery in the repository, then on every change
+  velmorant-snippet gallery out --now 2024-03-05T22:10:00 --tz UTC --against baseline
+publish out/review.html, and accept what is meant with `accept out baseline`.
+)";
+
+constexpr std::string_view kAccept = R"(Usage: velmorant-snippet accept NEW BASELINE [ITEM...] [--threshold T] [--allowed-pixels N]
+
+Copies items of the gallery NEW into the gallery BASELINE, without drawing anything; with no
+ITEM, every item `review NEW BASELINE` finds changed, added or removed (with the same
+--threshold and --allowed-pixels). An ITEM is a path without extension as review names it
+(snippets/SleepSpO2Intent, empty/ReadinessIntent, widgets/swiftSpO2Image, mirrors) or a card
+(SleepSpO2Intent: its snippet, empty state and widget pictures). An item NEW lacks is
+removed from BASELINE.
+
+BASELINE is replaced in one step and stays a gallery: its manifest.json and index.html
+describe what it now holds. review.html lets you tick items and copy this command.
+Exit status: 0 when done, 2 for bad input (nothing is written).
 )";
 
 constexpr std::string_view kDemo = R"(Usage: velmorant-snippet demo --prefs DIR [--now ISO8601] [--tz ZONE]
@@ -113,6 +170,8 @@ std::string_view helpText(std::string_view command) {
     if (command == "call") return kCall;
     if (command == "demo") return kDemo;
     if (command == "gallery") return kGallery;
+    if (command == "review") return kReview;
+    if (command == "accept") return kAccept;
     return {};
 }
 

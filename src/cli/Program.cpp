@@ -5,6 +5,7 @@
 #include "DemoData.h"
 #include "Gallery.h"
 #include "Help.h"
+#include "ReviewCommands.h"
 #include "IsoDate.h"
 #include "ValueJson.h"
 #include "intents/IntentViewController.h"
@@ -39,6 +40,8 @@ const std::map<std::string, std::vector<std::string>> kOptions = {
     {"--tz", {"show", "call", "demo", "gallery"}},    {"--locale", {"show", "call", "demo", "gallery"}},
     {"--scale", {"show", "call", "demo", "gallery"}}, {"--width", {"show", "gallery"}},
     {"--png", {"show"}},                   {"--images", {"show", "call"}},
+    {"--against", {"gallery"}},            {"--threshold", {"gallery", "review", "accept"}},
+    {"--allowed-pixels", {"gallery", "review", "accept"}},
 };
 
 CommandLine parse(const std::vector<std::string>& args) {
@@ -300,8 +303,17 @@ int runGallery(const CommandLine& line, std::ostream& out, std::ostream& err) {
         copyStores(*makePlatform(line), *platform);
         gallery.source = "the stores in " + *prefs;
     }
+    auto against = option(line, "--against");
+    if (!against && (option(line, "--threshold") || option(line, "--allowed-pixels")))
+        throw UsageError("--threshold and --allowed-pixels need --against BASELINE");
+    review::ReviewOptions reviewOptions = readReviewOptions(option(line, "--threshold"), option(line, "--allowed-pixels"));
+    // The baseline is read whole before drawing, so a bad one leaves DIR as it was.
+    std::optional<review::GalleryContents> baseline;
+    if (against)
+        baseline = readBaselineFor(*against, gallery.dir.string(),
+                                   {.options = {platform->screenScale(), gallery.width, platform->localeId()}});
     out << writeGallery(*platform, gallery, err).string() << '\n';
-    return 0;
+    return baseline ? reviewDrawnGallery(gallery.dir, *baseline, reviewOptions, out) : 0;
 }
 
 }  // namespace
@@ -314,10 +326,10 @@ int runProgram(const std::vector<std::string>& args, std::ostream& out, std::ost
                 out << helpText("");
                 return 0;
             }
-            throw UsageError("no command given (commands: show, call, demo, gallery; see --help)");
+            throw UsageError("no command given (commands: show, call, demo, gallery, review, accept; see --help)");
         }
         if (helpText(line.command).empty())
-            throw UsageError("unknown command \"" + line.command + "\" (commands: show, call, demo, gallery; see --help)");
+            throw UsageError("unknown command \"" + line.command + "\" (commands: show, call, demo, gallery, review, accept; see --help)");
         if (line.help && !(line.command == "call" && !line.positional.empty())) {
             out << helpText(line.command);
             return 0;
@@ -325,6 +337,10 @@ int runProgram(const std::vector<std::string>& args, std::ostream& out, std::ost
         if (line.command == "show") return runShow(line, out);
         if (line.command == "call") return runCall(line, out);
         if (line.command == "gallery") return runGallery(line, out, err);
+        if (line.command == "review" || line.command == "accept") {
+            auto options = readReviewOptions(option(line, "--threshold"), option(line, "--allowed-pixels"));
+            return (line.command == "review" ? runReview : runAccept)(line.positional, options, out);
+        }
         return runDemo(line, out);
     } catch (const UsageError& e) {
         err << "velmorant-snippet: " << e.what() << '\n';
