@@ -38,7 +38,9 @@ Picture decodePng(std::string_view bytes, const std::string& name) {
 std::string encodePng(const Picture& picture) {
     SpngContext ctx(spng_ctx_new(SPNG_CTX_ENCODER));
     spng_set_option(ctx.get(), SPNG_ENCODE_TO_BUFFER, 1);
-    spng_set_option(ctx.get(), SPNG_IMG_COMPRESSION_LEVEL, 2);
+    // Difference pictures are mostly flat: no row filters and a fast zlib level keep them quick and small.
+    spng_set_option(ctx.get(), SPNG_IMG_COMPRESSION_LEVEL, 1);
+    spng_set_option(ctx.get(), SPNG_FILTER_CHOICE, SPNG_DISABLE_FILTERING);
     spng_ihdr header{};
     header.width = picture.width;
     header.height = picture.height;
