@@ -49,10 +49,13 @@ figcaption { margin-top: 4px; color: #8b949e; font-size: 12.5px; }
 img { display: block; max-width: 100%; height: auto; background: #000; border-radius: 6px; }
 .frame { position: relative; display: inline-block; }
 .box { position: absolute; outline: 2px solid #ff2850; outline-offset: 3px; pointer-events: none; }
-.slider { position: relative; display: inline-block; }
-.slider .before { position: absolute; inset: 0; }
-.slider .before img { width: 100%; height: 100%; }
-.slider input { display: block; width: 100%; margin-top: 6px; }
+.slider { display: inline-block; }
+.stage { position: relative; }
+.stage .before { position: absolute; inset: 0; }
+.stage .before img { width: 100%; height: 100%; }
+.stage .handle { position: absolute; top: 0; bottom: 0; width: 2px; margin-left: -1px; background: #fff;
+  box-shadow: 0 0 0 1px rgba(0, 0, 0, 0.5); pointer-events: none; }
+.slider input { display: block; width: 100%; margin: 8px 0 0; }
 article[data-mode="side"] .slider, article[data-mode="slider"] .side { display: none; }
 .accept { margin: 6px 0 0; font-size: 13px; color: #8b949e; }
 .accept code { color: #9ecbff; }
@@ -88,8 +91,12 @@ document.querySelectorAll('article[data-mode]').forEach(item => {
   }));
   const range = item.querySelector('.slider input');
   const before = item.querySelector('.slider .before');
+  const handle = item.querySelector('.slider .handle');
   if (range && before) {
-    const slide = () => { before.style.clipPath = 'inset(0 ' + (100 - range.value) + '% 0 0)'; };
+    const slide = () => {
+      before.style.clipPath = 'inset(0 ' + (100 - range.value) + '% 0 0)';
+      handle.style.left = range.value + '%';
+    };
     range.addEventListener('input', slide);
     slide();
   }
@@ -148,8 +155,9 @@ std::string pictureViews(const ItemReview& r) {
     html += "<figure>" + image(before, r.item, "Before: " + r.item.alt) + "<figcaption>Before (baseline)</figcaption></figure>";
     html += "<figure>" + image(after, r.item, "After: " + r.item.alt) + "<figcaption>After</figcaption></figure>";
     if (!r.differencePng.empty()) html += differenceFigure(r);
-    html += "</div>\n<div class=\"views slider\"><figure><div class=\"slider\">" + image(after, r.item, "After: " + r.item.alt) +
-            "<div class=\"before\">" + image(before, r.item, "Before: " + r.item.alt) + "</div>" +
+    html += "</div>\n<div class=\"views slider\"><figure><div class=\"slider\"><div class=\"stage\">" +
+            image(after, r.item, "After: " + r.item.alt) + "<div class=\"before\">" +
+            image(before, r.item, "Before: " + r.item.alt) + "</div><div class=\"handle\"></div></div>" +
             "<input type=\"range\" min=\"0\" max=\"100\" value=\"50\" aria-label=\"Before on the left, after on the right\">"
             "</div><figcaption>Before on the left of the handle, after on the right</figcaption></figure></div>\n";
     return html;
