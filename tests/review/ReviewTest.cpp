@@ -85,6 +85,12 @@ void replaceInGallery(const fs::path& gallery, const std::string& file, const st
     writeFile(gallery / "manifest.json", manifest.dump(1));
 }
 
+void editManifest(const fs::path& gallery, const std::function<void(json&)>& edit) {
+    json manifest = json::parse(readFile(gallery / "manifest.json"));
+    edit(manifest);
+    writeFile(gallery / "manifest.json", manifest.dump(1));
+}
+
 // Every file below a folder with its bytes, for "nothing was written" checks.
 std::map<std::string, std::string> snapshot(const fs::path& dir) {
     std::map<std::string, std::string> files;
@@ -230,6 +236,12 @@ TEST_F(Review, BadInputIsOneLineExitTwoAndWritesNothing) {
         {"broken record, manifest made to match",
          [&](auto&, auto& b) { replaceInGallery(b, record, "{\"views\": {"); }, "is not readable JSON"},
         {"different scale", [](auto&, auto& b) { fs::remove_all(b); drawGallery(b, {}, 2); }, "scale 1, the baseline with 2"},
+        {"different width", [](auto&, auto& b) { editManifest(b, [](json& m) { m["options"]["width"] = 320; }); },
+         "width 390, the baseline with 320"},
+        {"another manifest format", [](auto&, auto& b) { editManifest(b, [](json& m) { m["format"] = 2; }); },
+         "another version"},
+        {"a manifest naming a file outside", [](auto& n, auto&) {
+             editManifest(n, [](json& m) { m["items"][0]["record"] = "../base/manifest.json"; }); }, "outside the gallery"},
     };
     for (const Case& c : cases) {
         SCOPED_TRACE(c.what);
@@ -252,12 +264,53 @@ TEST_F(Review, BadInputIsOneLineExitTwoAndWritesNothing) {
     }
 }
 
-TEST_F(Review, BadBaselineLeavesTheGalleryUndrawn) {
-    fs::path dir = tmp_.path() / "out";
-    Outcome outcome = runCli({"gallery", dir.string(), "--scale", "2", "--against", baseline().string()});
-    EXPECT_EQ(outcome.status, 2);
-    EXPECT_NE(outcome.err.find("cannot be compared"), std::string::npos) << outcome.err;
-    EXPECT_FALSE(fs::exists(dir));
+TEST_F(Review, BadOptionsOrBaselineLeaveTheGalleryUndrawn) {
+    const fs::path dir = tmp_.path() / "out";
+    const std::string base = baseline().string();
+    const std::pair<std::vector<std::string>, const char*> cases[] = {
+        {{"--scale", "2", "--against", base}, "cannot be compared"},
+        {{"--against", dir.string()}, "no such gallery folder"},
+        {{"--against", base, "--threshold", "1.5"}, "--threshold must be a number from 0 to 1"},
+        {{"--against", base, "--allowed-pixels", "-1"}, "--allowed-pixels must be a whole number"},
+        {{"--threshold", "0.2"}, "need --against BASELINE"},
+    };
+    for (const auto& [extra, mention] : cases) {
+        SCOPED_TRACE(mention);
+        std::vector<std::string> args = {"gallery", dir.string(), "--scale", "1"};
+        args.insert(args.end(), extra.begin(), extra.end());
+        Outcome outcome = runCli(args);
+        EXPECT_EQ(outcome.status, 2);
+        EXPECT_NE(outcome.err.find(mention), std::string::npos) << outcome.err;
+        EXPECT_FALSE(fs::exists(dir));
+    }
+}
+
+// An item only the new gallery has is added, one only the baseline has is removed; accepting
+// the card that holds both brings the baseline to the new gallery's items.
+TEST_F(Review, AddedAndRemovedItemsAreReportedAndAcceptedByCard) {
+    fs::path newer = copyOfBaseline("new"), base = copyOfBaseline("base");
+    editManifest(newer, [](json& m) {
+        auto& items = m["items"];
+        items.erase(std::remove_if(items.begin(), items.end(), [](const json& i) { return i["id"] == "empty/SleepSpO2Intent"; }),
+                    items.end());
+    });
+    editManifest(base, [](json& m) {
+        auto& items = m["items"];
+        items.erase(std::remove_if(items.begin(), items.end(), [](const json& i) { return i["id"] == "widgets/swiftSpO2Image"; }),
+                    items.end());
+    });
+    Outcome outcome = runCli({"review", newer.string(), base.string()});
+    EXPECT_EQ(outcome.status, 3);
+    EXPECT_NE(outcome.out.find("0 changed, 1 added, 1 removed, 28 unchanged"), std::string::npos) << outcome.out;
+    json result = reviewJson(newer);
+    EXPECT_EQ(idsWith(result, "added"), std::set<std::string>{"widgets/swiftSpO2Image"});
+    EXPECT_EQ(idsWith(result, "removed"), std::set<std::string>{"empty/SleepSpO2Intent"});
+
+    Outcome accepted = runCli({"accept", newer.string(), base.string(), "SleepSpO2Intent"});
+    EXPECT_EQ(accepted.status, 0) << accepted.err;
+    EXPECT_FALSE(fs::exists(base / "empty/SleepSpO2Intent.png"));
+    EXPECT_TRUE(fs::exists(base / "widgets/swiftSpO2Image.png"));
+    EXPECT_EQ(runCli({"review", newer.string(), base.string()}).status, 0);
 }
 
 TEST_F(Review, AcceptedItemsMakeTheBaselineAGalleryThatThenReviewsAsIdentical) {
