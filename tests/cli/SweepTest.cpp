@@ -268,12 +268,15 @@ TEST(Sweep, EveryCallAndCardOnEveryStore) {
     const auto ops = everyOperation(registry);
     ASSERT_GT(ops.size(), 100u);
     Stores stores;
+    TempDir out;
+    const std::string card = (out.path() / "card.png").string();
     Sweep sweep;
     for (const Store& store : stores.all()) {
         SCOPED_TRACE(store.name);
         for (const cli::Operation* op : ops) sweep.expectAnswerOrRefusal(withPrefs(typicalCall(*op), store.dir));
+        // The whole card drawn too, from whatever the store holds.
         for (const std::string& intent : everyIntent())
-            sweep.expectAnswerOrRefusal(withPrefs({"show", intent}, store.dir));
+            sweep.expectAnswerOrRefusal(withPrefs({"show", intent, "--png", card}, store.dir));
     }
 }
 
