@@ -76,4 +76,15 @@ std::vector<std::string> CallRegistry::classNames() const {
     return names;
 }
 
+CallRegistry makeCallRegistry() {
+    CallRegistry registry;
+    registerFormatToolsCalls(registry);
+    registerPalletCalls(registry);
+    registerGroupMetricsCalls(registry);
+    registerSleepMetricsUICalls(registry);
+    registerHandleLightsOffCalls(registry);
+    registerWatchMetricsCalls(registry);
+    return registry;
+}
+
 }  // namespace velmorant::cli

@@ -76,6 +76,10 @@ private:
     std::multimap<std::string, Operation, std::less<>> operations_;
 };
 
+// Every operation `call` can reach; tests sweep them all from here, so an
+// operation added later is swept too.
+CallRegistry makeCallRegistry();
+
 // Each subsystem registers its operations in its own file under calls/.
 void registerFormatToolsCalls(CallRegistry& registry);
 void registerPalletCalls(CallRegistry& registry);

@@ -148,17 +148,6 @@ std::unique_ptr<platform::Platform> makePlatform(const CommandLine& line, bool c
     return platform;
 }
 
-CallRegistry makeRegistry() {
-    CallRegistry registry;
-    registerFormatToolsCalls(registry);
-    registerPalletCalls(registry);
-    registerGroupMetricsCalls(registry);
-    registerSleepMetricsUICalls(registry);
-    registerHandleLightsOffCalls(registry);
-    registerWatchMetricsCalls(registry);
-    return registry;
-}
-
 std::string listOperations(const CallRegistry& registry, const std::string& className) {
     std::string text = className + " operations:\n";
     for (const Operation* op : registry.operationsOf(className)) {
@@ -170,7 +159,7 @@ std::string listOperations(const CallRegistry& registry, const std::string& clas
 }
 
 int runCall(const CommandLine& line, std::ostream& out) {
-    CallRegistry registry = makeRegistry();
+    CallRegistry registry = makeCallRegistry();
     auto classes = registry.classNames();
     std::string known;
     for (const auto& c : classes) known += (known.empty() ? "" : ", ") + c;

@@ -49,6 +49,16 @@ TEST(CallImages, WithoutImagesOrWithBadInputNothingIsWritten) {
     EXPECT_TRUE(fs::is_empty(tmp.path()));
 }
 
+// With an empty store the sleep-bank widgets have nothing to draw: their result is null, not a crash.
+TEST(CallImages, WidgetPicturesWithoutDataAreNull) {
+    TempDir empty;
+    for (const char* op : {"SleepMetricsUI.swiftSleepBankImage", "SleepMetricsUI.swiftSleepBankAccessoryImage"}) {
+        Outcome r = call({op, "--prefs", empty.path().string()});
+        ASSERT_EQ(r.status, 0) << op << ": " << r.err;
+        EXPECT_EQ(json::parse(r.out), nullptr) << op;
+    }
+}
+
 TEST(CallImages, ArgumentsReachTheOperation) {
     const struct {
         std::vector<std::string> args;

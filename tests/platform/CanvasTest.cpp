@@ -183,6 +183,11 @@ TEST(Canvas, ShadowsTakeTheirColourCanBeSwitchedOffAndCrossTheEdges) {
         {"over the right edge, wide blur", [](Canvas& c) { c.setShadow({0, 0}, 10); }, 3, {95, 40, 30, 20},
          {93 + 1 / 6.0, 50}, normalTail(11 / 30.0) / 3},
         {"over the bottom edge, offset up", [](Canvas& c) { c.setShadow({0, -10}, 0); }, 3, {40, 95, 20, 30}, {50, 90}, 1.0 / 3},
+        // A shadow that falls only on the first or last row or column of pixels.
+        {"onto the last row", [](Canvas& c) { c.setShadow({0, 10}, 0); }, 1, {0, 89, 100, 1}, {50, 99.5}, 1.0 / 3},
+        {"onto the first row", [](Canvas& c) { c.setShadow({0, -10}, 0); }, 1, {0, 10, 100, 1}, {50, 0.5}, 1.0 / 3},
+        {"onto the last column", [](Canvas& c) { c.setShadow({10, 0}, 0); }, 1, {89, 0, 1, 100}, {99.5, 50}, 1.0 / 3},
+        {"onto the first column", [](Canvas& c) { c.setShadow({-10, 0}, 0); }, 1, {10, 0, 1, 100}, {0.5, 50}, 1.0 / 3},
     };
     for (const auto& c : cases) {
         Rgba p = withShadow(c.set, c.scale, c.square)->pixelAt(c.probe);

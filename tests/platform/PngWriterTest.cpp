@@ -86,6 +86,38 @@ TEST(PngWriter, KeepsEveryPixelInTheSmallestFittingColourTypeAndTheDescription) 
     }
 }
 
+// An image is opaque only when every pixel is: one barely translucent pixel
+// in any corner, on any edge row or column, or inside, keeps the alpha, and
+// every pixel, the last row's and column's too, comes back as it was.
+TEST(PngWriter, OneTranslucentPixelAnywhereKeepsTheAlpha) {
+    constexpr int kWidth = 5, kHeight = 3;
+    const std::pair<int, int> translucentAt[] = {{-1, -1}, {0, 0}, {4, 0}, {0, 2}, {4, 2}, {2, 2}, {4, 1}, {2, 1}};
+    for (auto [tx, ty] : translucentAt) {
+        SCOPED_TRACE(::testing::Message() << "translucent at " << tx << ", " << ty);
+        auto image = Image::create({kWidth, kHeight}, 1);
+        cairo_surface_flush(image->surface());
+        unsigned char* data = cairo_image_surface_get_data(image->surface());
+        const int stride = cairo_image_surface_get_stride(image->surface());
+        std::vector<std::uint8_t> want;  // straight RGBA
+        for (int y = 0; y < kHeight; ++y) {
+            for (int x = 0; x < kWidth; ++x) {
+                const bool translucent = x == tx && y == ty;
+                // Opaque pixels each their own colour; the translucent one black, so premultiplying changes nothing.
+                const std::uint8_t r = translucent ? 0 : std::uint8_t(40 * x + 1), g = translucent ? 0 : std::uint8_t(80 * y + 2), b = 3 * !translucent;
+                const std::uint8_t a = translucent ? 0xfe : 0xff;
+                reinterpret_cast<std::uint32_t*>(data + y * stride)[x] = std::uint32_t(a) << 24 | r << 16 | g << 8 | b;
+                want.insert(want.end(), {r, g, b, a});
+            }
+        }
+        cairo_surface_mark_dirty(image->surface());
+        const bool opaque = tx < 0;
+        EXPECT_EQ(isOpaque(*image), opaque);
+        Decoded png = decode(encodePng(*image));
+        EXPECT_EQ(png.colourType, opaque ? SPNG_COLOR_TYPE_TRUECOLOR : SPNG_COLOR_TYPE_TRUECOLOR_ALPHA);
+        EXPECT_EQ(png.rgba, want);
+    }
+}
+
 TEST(PngWriter, SaysWhyAFileCannotBeWrittenAndLeavesNothing) {
     auto stem = std::filesystem::temp_directory_path() / ("velmorant-png-" + std::to_string(::getpid()));
     std::string error;
