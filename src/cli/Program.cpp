@@ -237,9 +237,8 @@ int runShow(const CommandLine& line, std::ostream& out) {
             return file.string();
         };
     }
-    SnippetCard card = showSnippet(*platform, line.positional[0], {.width = width, .pngFile = png.value_or(fs::path()), .images = writer});
-    const json& result = card.record;
-    out << result.dump(1) << '\n';
+    SnippetOptions snippet{.width = width, .pngFile = png.value_or(fs::path()), .images = writer};
+    out << showSnippet(*platform, line.positional[0], snippet).record.dump(1) << '\n';
     return 0;
 }
 
