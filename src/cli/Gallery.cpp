@@ -327,38 +327,6 @@ void copyStores(platform::Platform& from, platform::Platform& to) {
     copy(*from.standardUserDefaults(), *to.standardUserDefaults());
 }
 
-SnippetCard showSnippet(platform::Platform& platform, std::string_view intent, double width, const fs::path& png) {
-    ExtensionContext context;
-    context.hostedViewMaximumAllowedSize = {width, 420};
-    IntentViewController controller(platform, context);
-    controller.viewDidLoad();
-    Interaction interaction{makeIntent(intent)};
-    SnippetCard card;
-    bool success = false;
-    controller.configureViewForParameters({}, interaction, InteractiveBehavior::None, &controller.extensionContext(),
-                                          [&](bool ok, const ParameterSet&, platform::Size size) {
-                                              success = ok;
-                                              card.size = size;
-                                          });
-    json views = json::object();
-    for (const std::string& name : IntentViewController::outletNames())
-        views[name] = viewToJson(*controller.views().view(name));
-    platform::SpeechLanguage language{[&](std::string_view key) { return platform.localizedString(key); },
-                                      platform.localeId()};
-    card.spoken = platform::accessibilityText(controller.views(), language);
-    if (!png.empty()) {
-        std::string error;
-        if (!platform::writeCardPng(controller.views(), card.size, platform.screenScale(), platform.fonts(), png,
-                                    card.spoken, &error))
-            throw std::runtime_error("cannot write " + png.string() + ": " + error);
-    }
-    card.record = {{"success", success},
-                   {"size", {{"width", cli::number(card.size.width, false)}, {"height", cli::number(card.size.height, false)}}},
-                   {"views", views},
-                   {"accessibility", card.spoken}};
-    return card;
-}
-
 fs::path writeGallery(platform::Platform& platform, const GalleryOptions& options, std::ostream& progress) {
     checkGalleryFolder(options.dir);
     fs::path target = targetPath(options.dir);

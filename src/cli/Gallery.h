@@ -1,11 +1,10 @@
 #pragma once
 
 #include "GalleryHtml.h"
+#include "SnippetCard.h"
 #include "platform/Geometry.h"
 #include "platform/Platform.h"
 #include "review/Manifest.h"
-
-#include <nlohmann/json.hpp>
 
 #include <filesystem>
 #include <ostream>
@@ -48,19 +47,5 @@ MirrorTable mirrorTable(std::string title, const nlohmann::json& keys);
 
 // Replaces what the stores of `to` hold with what the stores of `from` hold.
 void copyStores(platform::Platform& from, platform::Platform& to);
-
-// One snippet filled for an intent as the host would ask for it.
-struct SnippetCard {
-    // {"success", "size", "views", "accessibility"}, as `show` prints it.
-    nlohmann::json record;
-    // What a screen reader says for the card.
-    std::string spoken;
-    platform::Size size;
-};
-
-// Fills the snippet of `intent` for a host `width` points wide; the card is
-// also drawn into `png` (with the spoken text as its description) when given.
-SnippetCard showSnippet(platform::Platform& platform, std::string_view intent, double width,
-                        const std::filesystem::path& png = {});
 
 }  // namespace velmorant::cli

@@ -7,11 +7,9 @@
 #include "Help.h"
 #include "ReviewCommands.h"
 #include "IsoDate.h"
+#include "SnippetCard.h"
 #include "ValueJson.h"
-#include "intents/IntentViewController.h"
-#include "platform/Accessibility.h"
 #include "platform/Image.h"
-#include "platform/ViewRenderer.h"
 
 #include <unistd.h>
 
@@ -222,19 +220,6 @@ int runShow(const CommandLine& line, std::ostream& out) {
         if (ec || !fs::is_directory(*imagesDir)) throw UsageError("--images " + *dir + ": cannot be created");
     }
 
-    ExtensionContext context;
-    context.hostedViewMaximumAllowedSize = {width, 420};
-    IntentViewController controller(*platform, context);
-    controller.viewDidLoad();
-    Interaction interaction{makeIntent(line.positional[0])};
-    bool success = false;
-    platform::Size size;
-    controller.configureViewForParameters({}, interaction, InteractiveBehavior::None, &controller.extensionContext(),
-                                          [&](bool ok, const ParameterSet&, platform::Size s) {
-                                              success = ok;
-                                              size = s;
-                                          });
-
     ImageWriter writer;
     if (imagesDir) {
         writer = [&](const platform::Image& image, const std::string& hint) -> std::optional<std::string> {
@@ -244,21 +229,8 @@ int runShow(const CommandLine& line, std::ostream& out) {
             return file.string();
         };
     }
-    json views = json::object();
-    for (const std::string& name : IntentViewController::outletNames())
-        views[name] = viewToJson(*controller.views().view(name), writer);
-    // The card as a screen reader says it; the picture carries the same words.
-    platform::SpeechLanguage language{[&](std::string_view key) { return platform->localizedString(key); },
-                                      platform->localeId()};
-    std::string spoken = platform::accessibilityText(controller.views(), language);
-    if (png) {
-        std::string error;
-        if (!platform::writeCardPng(controller.views(), size, platform->screenScale(), platform->fonts(), *png, spoken,
-                                    &error))
-            throw std::runtime_error("cannot write " + png->string() + ": " + error);
-    }
-    json result = {{"success", success}, {"size", {{"width", number(size.width, false)}, {"height", number(size.height, false)}}}, {"views", views}, {"accessibility", spoken}};
-    out << result.dump(1) << '\n';
+    SnippetOptions snippet{.width = width, .pngFile = png.value_or(fs::path()), .images = writer};
+    out << showSnippet(*platform, line.positional[0], snippet).record.dump(1) << '\n';
     return 0;
 }
 

@@ -37,7 +37,9 @@ Platform::Platform(PlatformOptions options)
       scale_(options.scale),
       preferencesDir_(std::move(options.preferencesDir)),
       resourceDir_(options.resourceDir.empty() ? defaultResourceDir() : std::move(options.resourceDir)),
-      diagnostics_(options.diagnostics ? Diagnostics(std::move(options.diagnostics)) : Diagnostics()) {
+      diagnostics_(options.diagnostics ? Diagnostics(std::move(options.diagnostics)) : Diagnostics()),
+      keepsArtwork_(options.shared != nullptr),
+      shared_(options.shared ? std::move(options.shared) : std::make_shared<SharedResources>()) {
     if (locale_.isBogus() || !isKnownLanguage(locale_))
         throw std::invalid_argument("unknown locale \"" + localeId_ + "\" (expected an ICU id such as en_US or de_DE)");
     if (options.timeZoneId.empty()) {
@@ -93,19 +95,23 @@ std::string Platform::localizedString(std::string_view key, std::string_view val
 }
 
 const FontSystem& Platform::fonts() {
-    if (!fonts_) fonts_ = std::make_unique<FontSystem>(resourceDir_ / "fonts" / "fonts.conf");
-    return *fonts_;
+    if (!shared_->fonts) shared_->fonts = std::make_unique<FontSystem>(resourceDir_ / "fonts" / "fonts.conf");
+    return *shared_->fonts;
 }
 
 ImagePtr Platform::imageNamed(std::string_view name) {
+    std::string key = std::string(name) + "@" + std::to_string(scale_);
+    if (auto kept = shared_->artwork.find(key); kept != shared_->artwork.end()) return kept->second;
     // Artwork is cheap to draw again but large at high scales (the recharge
-    // backdrop is 1.4 MB at scale 3): it is not kept after its last use.
+    // backdrop is 1.4 MB at scale 3): unless shared on purpose, it is not
+    // kept after its last use.
     auto it = images_.find(name);
     if (it != images_.end()) {
         if (ImagePtr image = it->second.lock()) return image;
     }
     ImagePtr image = loadNamedImage(resourceDir_ / "images", name, scale_, diagnostics_);
     if (image) images_.insert_or_assign(std::string(name), image);
+    if (image && keepsArtwork_) shared_->artwork.emplace(std::move(key), image);
     return image;
 }
 

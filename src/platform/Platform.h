@@ -23,6 +23,16 @@ namespace velmorant::platform {
 // The app group shared by the main app, its widgets and this extension.
 inline constexpr std::string_view kAppGroupSuite = "group.brumelkai.Velmorant";
 
+// What costs the most to set up and is the same for every card drawn at one
+// scale: the font system and the drawn artwork. A program drawing many cards
+// shares one among its platforms (on one thread at a time) and sets these up
+// once; a platform without one makes its own.
+struct SharedResources {
+    std::unique_ptr<FontSystem> fonts;
+    // Artwork by name and scale, kept for the life of the resources.
+    std::map<std::string, ImagePtr, std::less<>> artwork;
+};
+
 struct PlatformOptions {
     // The current instant; none follows the system clock.
     std::optional<Date> now;
@@ -40,6 +50,8 @@ struct PlatformOptions {
     std::filesystem::path resourceDir;
     // Where problems with files are reported; none reports to standard error.
     Diagnostics::Sink diagnostics;
+    // Fonts and artwork shared with other platforms; none keeps its own.
+    std::shared_ptr<SharedResources> shared;
 };
 
 // The stand-in for the phone's platform services that this system's objects use:
@@ -99,7 +111,9 @@ private:
     StringTable strings_;
     std::map<std::string, std::shared_ptr<PreferencesStore>, std::less<>> stores_;
     std::map<std::string, std::weak_ptr<const Image>, std::less<>> images_;
-    std::unique_ptr<FontSystem> fonts_;
+    // Artwork is kept for good only in resources shared on purpose.
+    bool keepsArtwork_;
+    std::shared_ptr<SharedResources> shared_;
 };
 
 }  // namespace velmorant::platform

@@ -6,6 +6,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <future>
 
 #include <unicode/uchar.h>
 
@@ -18,8 +19,10 @@ constexpr int kMostLines = 8;
 constexpr double kHeightTolerance = 0.5;
 
 // Rows of the card drawn and encoded at a time: a band of a 390-point card at
-// scale 3 takes a little over a megabyte instead of six for the whole card.
-constexpr int kBandRows = 256;
+// scale 3 takes 600 KB, and one is drawn while the one before is encoded,
+// instead of six megabytes for the whole card. (Bands of 256 rows cost 1.5 MB
+// more at the peak and 600 more page faults per card, for 1 % fewer instructions.)
+constexpr int kBandRows = 128;
 
 // Halvings of the width range when balancing lines: to a fraction of a point.
 constexpr int kBalancingSteps = 8;
@@ -174,23 +177,55 @@ ImagePtr renderCard(const ViewTree& views, Size size, double scale, const FontSy
     return canvas.makeImage();
 }
 
-bool writeCardPng(const ViewTree& views, Size size, double scale, const FontSystem& fonts,
-                  const std::filesystem::path& path, const std::string& description, std::string* error) {
-    ViewLayout layout(views, size);
-    ViewRenderer renderer(views, layout);
-    int width = canvasPixels(size.width, scale), height = canvasPixels(size.height, scale);
-    if (width == 0 || height == 0) width = height = 0;
-    PngEncoder encoder(path, width, height, !renderer.coversCard(), {.description = description});
+namespace {
+
+// Draws the card a band of rows at a time into `encoder`. Each band is encoded
+// on a helper thread while the next is drawn, so the two costs overlap: two
+// bands are held at most. The encoder is finished by the caller.
+void drawCardInto(PngEncoder& encoder, const ViewRenderer& renderer, Size size, double scale, const FontSystem& fonts,
+                  int height) {
+    std::future<bool> encoding;
+    auto previousEncoded = [&] { return !encoding.valid() || encoding.get(); };
     for (int top = 0; top < height; top += kBandRows) {
         int rows = std::min(kBandRows, height - top);
         Canvas band({size.width, rows / scale}, scale, fonts);
         renderer.draw(band, {0, top / scale});
         ImagePtr image = band.makeImage();
-        if (!image || !encoder.append(*image, rows)) break;
+        if (!previousEncoded() || !image) return;
+        encoding = std::async(std::launch::async, [&encoder, image, rows] { return encoder.append(*image, rows); });
     }
-    if (encoder.finish()) return true;
+    previousEncoded();
+}
+
+bool drawCardPng(const ViewTree& views, Size size, double scale, const FontSystem& fonts,
+                 const std::filesystem::path& path, const std::string& description, std::string* error,
+                 std::string* bytes) {
+    ViewLayout layout(views, size);
+    ViewRenderer renderer(views, layout);
+    int width = canvasPixels(size.width, scale), height = canvasPixels(size.height, scale);
+    if (width == 0 || height == 0) width = height = 0;
+    PngEncoder encoder(path, width, height, !renderer.coversCard(), {.description = description});
+    drawCardInto(encoder, renderer, size, scale, fonts, height);
+    if (encoder.finish()) {
+        if (bytes) *bytes = encoder.bytes();
+        return true;
+    }
     if (error) *error = encoder.error();
     return false;
+}
+
+}  // namespace
+
+bool writeCardPng(const ViewTree& views, Size size, double scale, const FontSystem& fonts,
+                  const std::filesystem::path& path, const std::string& description, std::string* error) {
+    return drawCardPng(views, size, scale, fonts, path, description, error, nullptr);
+}
+
+std::string encodeCardPng(const ViewTree& views, Size size, double scale, const FontSystem& fonts,
+                          const std::string& description, std::string* error) {
+    std::string bytes;
+    drawCardPng(views, size, scale, fonts, {}, description, error, &bytes);
+    return bytes;
 }
 
 }  // namespace velmorant::platform

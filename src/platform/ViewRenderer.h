@@ -43,5 +43,8 @@ ImagePtr renderCard(const ViewTree& views, Size size, double scale, const FontSy
 // On failure returns false, says why and leaves no file.
 bool writeCardPng(const ViewTree& views, Size size, double scale, const FontSystem& fonts,
                   const std::filesystem::path& path, const std::string& description, std::string* error = nullptr);
+// The same card encoded into memory; empty on failure.
+std::string encodeCardPng(const ViewTree& views, Size size, double scale, const FontSystem& fonts,
+                          const std::string& description, std::string* error = nullptr);
 
 }  // namespace velmorant::platform

@@ -1,0 +1,87 @@
+#include "SnippetCard.h"
+
+#include "intents/IntentViewController.h"
+#include "platform/Accessibility.h"
+#include "platform/PlistCodec.h"
+#include "platform/ViewRenderer.h"
+
+#include <span>
+#include <stdexcept>
+
+namespace velmorant::cli {
+namespace {
+
+using json = nlohmann::json;
+
+void fillStore(platform::PreferencesStore& store, const std::string& bytes, std::string_view which) {
+    std::string error;
+    auto document = platform::parsePlist(
+        std::span(reinterpret_cast<const std::uint8_t*>(bytes.data()), bytes.size()), &error);
+    if (!document) throw std::invalid_argument(std::string(which) + " store cannot be read: " + error);
+    for (const auto& [key, value] : document->root) store.setObject(value, key);
+}
+
+}  // namespace
+
+SnippetCard showSnippet(platform::Platform& platform, std::string_view intent, const SnippetOptions& options) {
+    ExtensionContext context;
+    context.hostedViewMaximumAllowedSize = {options.width, 420};
+    IntentViewController controller(platform, context);
+    controller.viewDidLoad();
+    Interaction interaction{makeIntent(intent)};
+    SnippetCard card;
+    bool success = false;
+    controller.configureViewForParameters({}, interaction, InteractiveBehavior::None, &controller.extensionContext(),
+                                          [&](bool ok, const ParameterSet&, platform::Size size) {
+                                              success = ok;
+                                              card.size = size;
+                                          });
+    json views = json::object();
+    for (const std::string& name : IntentViewController::outletNames())
+        views[name] = viewToJson(*controller.views().view(name), options.images);
+    platform::SpeechLanguage language{[&](std::string_view key) { return platform.localizedString(key); },
+                                      platform.localeId()};
+    card.spoken = platform::accessibilityText(controller.views(), language);
+    std::string error;
+    if (!options.pngFile.empty() &&
+        !platform::writeCardPng(controller.views(), card.size, platform.screenScale(), platform.fonts(),
+                                options.pngFile, card.spoken, &error))
+        throw std::runtime_error("cannot write " + options.pngFile.string() + ": " + error);
+    if (options.pngInMemory) {
+        card.png = platform::encodeCardPng(controller.views(), card.size, platform.screenScale(), platform.fonts(),
+                                           card.spoken, &error);
+        if (card.png.empty()) throw std::runtime_error("cannot draw the card: " + error);
+    }
+    card.record = {{"success", success},
+                   {"size", {{"width", number(card.size.width, false)}, {"height", number(card.size.height, false)}}},
+                   {"views", views},
+                   {"accessibility", card.spoken}};
+    return card;
+}
+
+CardRenderer::CardRenderer(double scale, std::filesystem::path resourceDir)
+    : scale_(scale), resourceDir_(std::move(resourceDir)), shared_(std::make_shared<platform::SharedResources>()) {
+    if (!(scale > 0 && scale <= 16)) throw std::invalid_argument("scale must be between 0 and 16 pixels per point");
+}
+
+Card CardRenderer::render(const CardRequest& request) {
+    platform::PlatformOptions options;
+    options.now = request.now;
+    options.timeZoneId = request.timeZoneId;
+    options.localeId = request.localeId;
+    options.scale = scale_;
+    options.preferencesDir = request.preferencesDir;
+    options.resourceDir = resourceDir_;
+    options.shared = shared_;
+    platform::Platform platform(std::move(options));
+    // One instant for the whole card, as the program uses.
+    platform.setNow(platform.now());
+    if (request.preferencesDir.empty()) {
+        if (request.sharedStore) fillStore(*platform.suiteNamed(platform::kAppGroupSuite), *request.sharedStore, "shared");
+        if (request.standardStore) fillStore(*platform.standardUserDefaults(), *request.standardStore, "standard");
+    }
+    SnippetCard card = showSnippet(platform, request.intent, {.width = request.width, .pngInMemory = request.png});
+    return {card.record.dump(1), std::move(card.png)};
+}
+
+}  // namespace velmorant::cli
