@@ -3,6 +3,7 @@
 #include "Arguments.h"
 #include "GalleryHtml.h"
 #include "ValueJson.h"
+#include "WidgetPictures.h"
 #include "intents/IntentViewController.h"
 #include "metrics/GroupMetrics.h"
 #include "platform/Accessibility.h"
@@ -51,26 +52,6 @@ constexpr SnippetEntry kSnippets[] = {
     {"UnknownIntent", "Unknown intent"},
 };
 constexpr std::size_t kKnownSnippets = 9;
-
-struct WidgetEntry {
-    const char* operation;
-    platform::ImagePtr (SleepMetricsUI::*draw)();
-    const char* picture;
-    bool accessory;
-};
-
-constexpr WidgetEntry kWidgets[] = {
-    {"swiftSleepRingsImage", &SleepMetricsUI::swiftSleepRingsImage, "Sleep rings", false},
-    {"swiftSleepRingsAccessoryImage", &SleepMetricsUI::swiftSleepRingsAccessoryImage, "Sleep rings", true},
-    {"swiftSleepBankImage", &SleepMetricsUI::swiftSleepBankImage, "Sleep bank recharge rings", false},
-    {"swiftSleepBankAccessoryImage", &SleepMetricsUI::swiftSleepBankAccessoryImage, "Sleep bank recharge rings", true},
-    {"swiftBedtimeImage", &SleepMetricsUI::swiftBedtimeImage, "Bedtime clock", false},
-    {"swiftReadinessImage", &SleepMetricsUI::swiftReadinessImage, "Readiness gauge", false},
-    {"swiftOctaneImage", &SleepMetricsUI::swiftOctaneImage, "Sleep fuel gauge", false},
-    {"swiftSpO2Image", &SleepMetricsUI::swiftSpO2Image, "Blood-oxygen gauge", false},
-    {"swiftRespRateImage", &SleepMetricsUI::swiftRespRateImage, "Respiration-rate gauge", false},
-    {"swiftWristTempImage", &SleepMetricsUI::swiftWristTempImage, "Wrist-temperature gauge", false},
-};
 
 // The widget mirrors in the order a widget refresh would run them; each on
 // an object of its own, as each widget makes its own.
@@ -327,6 +308,15 @@ void copyStores(platform::Platform& from, platform::Platform& to) {
 }
 
 SnippetCard showSnippet(platform::Platform& platform, std::string_view intent, double width, const fs::path& png) {
+    if (png.empty()) return showSnippet(platform, intent, width, CardDrawer{});
+    return showSnippet(platform, intent, width, [&](const platform::ViewTree& views, const SnippetCard& card) {
+        std::string error;
+        if (!platform::writeCardPng(views, card.size, platform.screenScale(), platform.fonts(), png, card.spoken, &error))
+            throw std::runtime_error("cannot write " + png.string() + ": " + error);
+    });
+}
+
+SnippetCard showSnippet(platform::Platform& platform, std::string_view intent, double width, const CardDrawer& draw) {
     ExtensionContext context;
     context.hostedViewMaximumAllowedSize = {width, 420};
     IntentViewController controller(platform, context);
@@ -345,12 +335,7 @@ SnippetCard showSnippet(platform::Platform& platform, std::string_view intent, d
     platform::SpeechLanguage language{[&](std::string_view key) { return platform.localizedString(key); },
                                       platform.localeId()};
     card.spoken = platform::accessibilityText(controller.views(), language);
-    if (!png.empty()) {
-        std::string error;
-        if (!platform::writeCardPng(controller.views(), card.size, platform.screenScale(), platform.fonts(), png,
-                                    card.spoken, &error))
-            throw std::runtime_error("cannot write " + png.string() + ": " + error);
-    }
+    if (draw) draw(controller.views(), card);
     card.record = {{"success", success},
                    {"size", {{"width", cli::number(card.size.width, false)}, {"height", cli::number(card.size.height, false)}}},
                    {"views", views},

@@ -2,10 +2,12 @@
 
 #include "platform/Geometry.h"
 #include "platform/Platform.h"
+#include "platform/ViewTree.h"
 
 #include <nlohmann/json.hpp>
 
 #include <filesystem>
+#include <functional>
 #include <ostream>
 #include <string>
 #include <string_view>
@@ -57,5 +59,9 @@ struct SnippetCard {
 // also drawn into `png` (with the spoken text as its description) when given.
 SnippetCard showSnippet(platform::Platform& platform, std::string_view intent, double width,
                         const std::filesystem::path& png = {});
+
+// The filled views, handed over while they live, for drawing them some other way.
+using CardDrawer = std::function<void(const platform::ViewTree& views, const SnippetCard& card)>;
+SnippetCard showSnippet(platform::Platform& platform, std::string_view intent, double width, const CardDrawer& draw);
 
 }  // namespace velmorant::cli

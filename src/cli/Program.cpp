@@ -6,6 +6,7 @@
 #include "Gallery.h"
 #include "Help.h"
 #include "IsoDate.h"
+#include "Serve.h"
 #include "ValueJson.h"
 #include "intents/IntentViewController.h"
 #include "platform/Accessibility.h"
@@ -35,10 +36,11 @@ struct CommandLine {
 
 // Options that take a value, and the commands that accept each.
 const std::map<std::string, std::vector<std::string>> kOptions = {
-    {"--prefs", {"show", "call", "demo", "gallery"}}, {"--now", {"show", "call", "demo", "gallery"}},
+    {"--prefs", {"show", "call", "demo", "gallery", "serve"}}, {"--now", {"show", "call", "demo", "gallery"}},
     {"--tz", {"show", "call", "demo", "gallery"}},    {"--locale", {"show", "call", "demo", "gallery"}},
     {"--scale", {"show", "call", "demo", "gallery"}}, {"--width", {"show", "gallery"}},
     {"--png", {"show"}},                   {"--images", {"show", "call"}},
+    {"--port", {"serve"}},                 {"--bind", {"serve"}},          {"--workers", {"serve"}},
 };
 
 CommandLine parse(const std::vector<std::string>& args) {
@@ -314,10 +316,10 @@ int runProgram(const std::vector<std::string>& args, std::ostream& out, std::ost
                 out << helpText("");
                 return 0;
             }
-            throw UsageError("no command given (commands: show, call, demo, gallery; see --help)");
+            throw UsageError("no command given (commands: show, call, demo, gallery, serve; see --help)");
         }
         if (helpText(line.command).empty())
-            throw UsageError("unknown command \"" + line.command + "\" (commands: show, call, demo, gallery; see --help)");
+            throw UsageError("unknown command \"" + line.command + "\" (commands: show, call, demo, gallery, serve; see --help)");
         if (line.help && !(line.command == "call" && !line.positional.empty())) {
             out << helpText(line.command);
             return 0;
@@ -325,6 +327,10 @@ int runProgram(const std::vector<std::string>& args, std::ostream& out, std::ost
         if (line.command == "show") return runShow(line, out);
         if (line.command == "call") return runCall(line, out);
         if (line.command == "gallery") return runGallery(line, out, err);
+        if (line.command == "serve") {
+            if (auto prefs = option(line, "--prefs")) checkReadableFolder(*prefs);
+            return runServe(line.options, line.positional, out);
+        }
         return runDemo(line, out);
     } catch (const UsageError& e) {
         err << "velmorant-snippet: " << e.what() << '\n';

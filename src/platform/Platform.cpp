@@ -37,7 +37,8 @@ Platform::Platform(PlatformOptions options)
       scale_(options.scale),
       preferencesDir_(std::move(options.preferencesDir)),
       resourceDir_(options.resourceDir.empty() ? defaultResourceDir() : std::move(options.resourceDir)),
-      diagnostics_(options.diagnostics ? Diagnostics(std::move(options.diagnostics)) : Diagnostics()) {
+      diagnostics_(options.diagnostics ? Diagnostics(std::move(options.diagnostics)) : Diagnostics()),
+      fonts_(std::move(options.fonts)) {
     if (locale_.isBogus() || !isKnownLanguage(locale_))
         throw std::invalid_argument("unknown locale \"" + localeId_ + "\" (expected an ICU id such as en_US or de_DE)");
     if (options.timeZoneId.empty()) {
@@ -93,7 +94,7 @@ std::string Platform::localizedString(std::string_view key, std::string_view val
 }
 
 const FontSystem& Platform::fonts() {
-    if (!fonts_) fonts_ = std::make_unique<FontSystem>(resourceDir_ / "fonts" / "fonts.conf");
+    if (!fonts_) fonts_ = std::make_shared<FontSystem>(resourceDir_ / "fonts" / "fonts.conf");
     return *fonts_;
 }
 

@@ -40,6 +40,10 @@ struct PlatformOptions {
     std::filesystem::path resourceDir;
     // Where problems with files are reported; none reports to standard error.
     Diagnostics::Sink diagnostics;
+    // Text layout shared with other platforms used one after another on the
+    // same thread (font objects are not for several threads at once); none
+    // makes one on first use.
+    std::shared_ptr<FontSystem> fonts;
 };
 
 // The stand-in for the phone's platform services that this system's objects use:
@@ -99,7 +103,7 @@ private:
     StringTable strings_;
     std::map<std::string, std::shared_ptr<PreferencesStore>, std::less<>> stores_;
     std::map<std::string, std::weak_ptr<const Image>, std::less<>> images_;
-    std::unique_ptr<FontSystem> fonts_;
+    std::shared_ptr<FontSystem> fonts_;
 };
 
 }  // namespace velmorant::platform
