@@ -89,6 +89,10 @@ struct Service::Impl {
             metrics.countRequest(name, response.status);
             respond(std::move(response));
         };
+        if (route.kind != RouteKind::NotFound && !route.allows(request.method)) {
+            auto response = jsonError(405, "method " + request.method + " not allowed here");
+            return answer(withHeader(std::move(response), "Allow", route.allowHeader()));
+        }
         if (route.kind == RouteKind::Health) {
             // Answered on the network thread, never behind a render.
             return answer(withHeader(HttpResponse{200, "application/json", {{"Cache-Control", "no-store"}}, "{\"status\": \"ok\"}\n"},
@@ -97,10 +101,6 @@ struct Service::Impl {
         if (draining)
             return answer(withHeader(overloaded(1, "the service is stopping"), "Connection", "close"));
         if (route.kind == RouteKind::NotFound) return answer(jsonError(404, "no such resource: " + route.why));
-        if (!route.allows(request.method)) {
-            auto response = jsonError(405, "method " + request.method + " not allowed here");
-            return answer(withHeader(std::move(response), "Allow", route.allowHeader()));
-        }
         switch (route.kind) {
             case RouteKind::Metrics:
                 return answer(HttpResponse{200, "text/plain; version=0.0.4", {{"Cache-Control", "no-store"}},
