@@ -2,7 +2,7 @@
 # Installs every Debian package the project needs (only the missing ones), then
 # configures and builds. Safe to run again: a second run installs nothing.
 # Usage: scripts/setup.sh [--with-browser] [PRESET [TARGET...]]
-#   --with-browser  also install Chromium, which the browser test opens the gallery in
+#   --with-browser  also install Chromium and Node.js, for the browser tests
 #   PRESET          a CMake preset (default release); TARGETs build only those
 set -euo pipefail
 
@@ -18,6 +18,9 @@ packages=(
 
 if [ "${1:-}" = "--with-browser" ]; then
   packages+=(chromium)
+  # Node.js drives the preview page's browser test; a Node.js already on the
+  # machine (with its own npm) is used as it is.
+  if ! command -v npm >/dev/null; then packages+=(nodejs npm); fi
   shift
 fi
 
