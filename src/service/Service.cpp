@@ -9,12 +9,15 @@
 #include "Routes.h"
 #include "StoreReading.h"
 
+#include <malloc.h>
 #include <signal.h>
 
 #include <algorithm>
 #include <atomic>
 #include <fstream>
 #include <iterator>
+#include <map>
+#include <mutex>
 #include <ctime>
 #include <ostream>
 #include <thread>
@@ -48,6 +51,8 @@ bool matchesAny(const std::string& ifNoneMatch, const std::string& etag) {
     return ifNoneMatch.find('*') != std::string::npos || ifNoneMatch.find(etag) != std::string::npos;
 }
 
+void releaseFreedMemory() { malloc_trim(0); }
+
 HttpResponse withHeader(HttpResponse response, std::string name, std::string value) {
     response.headers.emplace_back(std::move(name), std::move(value));
     return response;
@@ -68,6 +73,10 @@ struct Service::Impl {
     RenderPool<WorkerTools> pool;
     EventHub events;
     std::atomic<bool> draining = false;
+    // Requests waiting for a result another request is having drawn, by ETag.
+    static constexpr std::size_t kMaxWaiters = 1024;
+    std::mutex inFlightMutex;
+    std::map<std::string, std::vector<std::function<void(HttpResponse)>>> inFlight;
     HttpServer server;
 
     explicit Impl(const ServiceOptions& o)
@@ -151,7 +160,30 @@ struct Service::Impl {
             return answer(HttpResponse{200, cached->contentType, {{"ETag", etag}, {"Cache-Control", "no-cache"}}, cached->body});
         }
         metrics.countCache(hit);
-        queueRender(std::move(task), false, etag, std::move(answer));
+        // The same result already being drawn: this request waits for it
+        // instead of taking a second place in the queue.
+        {
+            std::lock_guard lock(inFlightMutex);
+            auto it = inFlight.find(etag);
+            if (it != inFlight.end()) {
+                if (it->second.size() < kMaxWaiters) return it->second.push_back(std::move(answer));
+                return answer(overloaded(pool.retryAfterSeconds(), "too many requests wait for the same result"));
+            }
+            inFlight[etag];
+        }
+        queueRender(std::move(task), false, etag, [this, etag, answer = std::move(answer)](HttpResponse response) {
+            std::vector<std::function<void(HttpResponse)>> waiting;
+            {
+                std::lock_guard lock(inFlightMutex);
+                auto it = inFlight.find(etag);
+                if (it != inFlight.end()) {
+                    waiting = std::move(it->second);
+                    inFlight.erase(it);
+                }
+            }
+            for (auto& other : waiting) other(response);
+            answer(std::move(response));
+        });
     }
 
     template <typename Answer>
@@ -170,6 +202,8 @@ struct Service::Impl {
                     return;
                 }
                 RenderOutput output = render(*taskHeld, tools, metrics);
+                // The last render of a burst gives the freed pages back.
+                if (pool.queued() == 0) releaseFreedMemory();
                 auto result = std::make_shared<CachedResult>(CachedResult{output.contentType, std::move(output.body)});
                 cache.insert(etag, result);
                 (*shared)(HttpResponse{200, result->contentType, {{"ETag", etag}, {"Cache-Control", "no-cache"}}, result->body});

@@ -11,6 +11,7 @@
 #include <atomic>
 #include <fstream>
 #include <future>
+#include <set>
 #include <thread>
 #include <vector>
 
@@ -260,6 +261,28 @@ TEST(Service, FullQueueAnswers503WithRetryAfterWhileHealthStaysUp) {
     EXPECT_EQ(ok + refused, 8);
     EXPECT_GE(ok, 1);
     EXPECT_GE(refused, 1);
+}
+
+TEST(Service, IdenticalRequestsShareOneRenderInsteadOfFillingTheQueue) {
+    ServiceOptions options;
+    options.workers = 1;
+    options.queueCapacity = 1;
+    RunningService running(options);
+    std::vector<std::future<httplib::Result>> answers;
+    for (int i = 0; i < 12; ++i)
+        answers.push_back(std::async(std::launch::async, [&] {
+            return running.client().Get("/v1/snippets/SleepRingsIntent.png?width=600&scale=6&now=2024-03-05T07:30:00");
+        }));
+    std::set<std::string> etags;
+    for (auto& answer : answers) {
+        httplib::Result result = answer.get();
+        ASSERT_TRUE(result);
+        EXPECT_EQ(result->status, 200);
+        etags.insert(result->get_header_value("ETag"));
+    }
+    EXPECT_EQ(etags.size(), 1u);
+    auto client = running.client();
+    EXPECT_EQ(renderCount(client), 1);
 }
 
 TEST(Service, StopFinishesRendersUnderWayAndRefusesNewOnes) {
