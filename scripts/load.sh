@@ -8,13 +8,12 @@
 #   4. 80 % of (2): p50 / p99 latency
 #   5. overload, 200 % and more: every answer 200 or 503, /healthz p99, resident memory
 #   6. 500 slow clients holding connections while others are served
-# Usage: scripts/load.sh [SECONDS]   (needs wrk: apt-get install wrk)
+# Usage: scripts/load.sh [SECONDS]   (installs wrk through scripts/setup.sh --with-load)
 set -euo pipefail
 cd "$(dirname "$0")/.."
 seconds="${1:-10}"
 program=build/release/src/cli/velmorant-snippet
-command -v wrk >/dev/null || { echo "load: wrk is not installed (apt-get install wrk)" >&2; exit 2; }
-[ -x "$program" ] || scripts/setup.sh release velmorant-snippet
+scripts/setup.sh --with-load release velmorant-snippet >/dev/null
 ulimit -n 4096
 
 work=$(mktemp -d)

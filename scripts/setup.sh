@@ -1,7 +1,8 @@
 #!/usr/bin/env bash
 # Installs every Debian package the project needs (only the missing ones), then
 # configures and builds. Safe to run again: a second run installs nothing.
-# Usage: scripts/setup.sh [--with-browser] [PRESET [TARGET...]]
+# Usage: scripts/setup.sh [--with-load] [--with-browser] [PRESET [TARGET...]]
+#   --with-load     also install wrk, for scripts/load.sh
 #   --with-browser  also install Chromium and Node.js, for the browser tests
 #   PRESET          a CMake preset (default release); TARGETs build only those
 set -euo pipefail
@@ -15,6 +16,12 @@ packages=(
   tzdata
   clang libclang-rt-14-dev
 )
+
+# wrk drives scripts/load.sh; CI's tests do not need it.
+if [ "${1:-}" = "--with-load" ]; then
+  packages+=(wrk)
+  shift
+fi
 
 if [ "${1:-}" = "--with-browser" ]; then
   packages+=(chromium)

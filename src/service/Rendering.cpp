@@ -12,6 +12,7 @@
 
 #include <algorithm>
 #include <chrono>
+#include <mutex>
 
 namespace velmorant::service {
 namespace {
@@ -79,7 +80,11 @@ std::string pngBytes(const platform::Image& image, const std::string& descriptio
 }  // namespace
 
 std::unique_ptr<WorkerTools> makeWorkerTools() {
-    platform::Platform platform;
+    // Fontconfig's and ICU's first-use set-up (the host zone's name is read
+    // into a static buffer) are made one worker at a time.
+    static std::mutex setUp;
+    std::lock_guard lock(setUp);
+    platform::Platform platform({.timeZoneId = "UTC"});
     auto tools = std::make_unique<WorkerTools>();
     tools->fonts = std::make_shared<platform::FontSystem>(platform.resourceDir() / "fonts" / "fonts.conf");
     return tools;

@@ -70,6 +70,8 @@ struct Service::Impl {
     ResultCache cache;
     std::string dependencies;  // program version, artwork, fonts
     std::string page;
+    // Found once: ICU reads the host's zone through a static buffer.
+    std::string hostZone;
     RenderPool<WorkerTools> pool;
     EventHub events;
     std::atomic<bool> draining = false;
@@ -84,6 +86,7 @@ struct Service::Impl {
           cache(o.cacheBytes),
           dependencies(std::string(VELMORANT_VERSION) + '|' + resourceDigest()),
           page(previewPage()),
+          hostZone(platform::Platform().timeZoneId()),
           pool(workerCount(o), o.queueCapacity ? o.queueCapacity : 4 * workerCount(o), makeWorkerTools),
           events(o.prefs, o.maxEventStreams),
           server(o.bind, o.port, o.limits, [this](HttpRequest& request, Responder respond) { handle(request, std::move(respond)); }) {}
@@ -132,6 +135,7 @@ struct Service::Impl {
             return answer(jsonError(400, e.what()));
         }
         if (task.options.now.empty()) task.options.now = currentMinute();
+        if (task.options.timeZone.empty()) task.options.timeZone = hostZone;
         task.name = route.name;
         task.product = route.product;
         if (request.method == "POST") {
