@@ -28,7 +28,7 @@ cores=$(nproc)
 "$program" serve --port 0 --workers "$cores" >"$work/serve.log" 2>&1 &
 server=$!
 for _ in $(seq 100); do
-  url=$(sed -n 's|^serving on \(http://[^ ]*\)/$|\1|p' "$work/serve.log")
+  url=$(sed -n 's|^serving on \(http://[^ ]*\)/$|\1|p' "$work/serve.log" 2>/dev/null || true)
   [ -n "$url" ] && break
   sleep 0.1
 done
@@ -39,6 +39,7 @@ card="/v1/snippets/SleepSpO2Intent.png"
 fixed="now=2024-03-05T07:30:00&tz=Europe/London"
 curl -sf "$url/v1/stores.json?$fixed" | sed 's/"averageSpO2":[0-9.]*/"averageSpO2":__SPO2__/' >"$work/store.json"
 export STORE_FILE="$work/store.json"
+export SALT=$(( $(date +%s) % 100000 ))
 
 # 1. One at a time, each a new store.
 for i in $(seq 30); do
@@ -49,6 +50,7 @@ median=$(cat "$work/median")
 
 phase() {  # name, wrk arguments...
   local name="$1"; shift
+  SALT=$((SALT + 1))
   wrk --latency "$@" >"$work/$name.txt" 2>&1 || true
   local rate statuses latency errors
   rate=$(awk '/Requests\/sec/ {print $2}' "$work/$name.txt")

@@ -1,11 +1,13 @@
 -- POSTs the store in STORE_FILE, each request with another blood-oxygen
--- average, so that no two bodies are alike and nothing comes from the cache.
+-- average, so that no two bodies are alike and nothing comes from the cache
+-- (SALT, different for each run, keeps runs apart; each thread has its id).
 -- DELAY_MS, when set, waits that long before each request (an offered load
 -- below the maximum). Counts the answers by status.
 local body_template
 local counter = 0
 statuses = {}
 local delay_ms = tonumber(os.getenv("DELAY_MS") or "0")
+local salt = tonumber(os.getenv("SALT") or "0")
 
 function init(args)
   local file = assert(io.open(os.getenv("STORE_FILE"), "rb"))
@@ -17,7 +19,7 @@ end
 
 function request()
   counter = counter + 1
-  local value = string.format("%d.%d%d", 80 + (counter % 20), id % 10, counter % 100)
+  local value = string.format("%.8f", 60 + (((salt * 16 + id) * 1000000 + counter) % 4000000000) / 100000000)
   return wrk.format(nil, nil, nil, (body_template:gsub("__SPO2__", value)))
 end
 
@@ -31,8 +33,8 @@ end
 
 local threads = {}
 function setup(thread)
-  thread:set("id", math.random(1, 1000000))
   table.insert(threads, thread)
+  thread:set("id", #threads)
 end
 
 function done(summary, latency, requests)

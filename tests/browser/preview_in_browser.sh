@@ -37,7 +37,7 @@ trap cleanup EXIT
 server=$!
 url=""
 for _ in $(seq 100); do
-  url=$(sed -n 's|^serving on \(http://[^ ]*\)$|\1|p' "$work/serve.log")
+  url=$(sed -n 's|^serving on \(http://[^ ]*\)$|\1|p' "$work/serve.log" 2>/dev/null || true)
   [ -n "$url" ] && break
   sleep 0.1
 done
