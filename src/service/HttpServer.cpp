@@ -243,23 +243,19 @@ HttpServer::HttpServer(const std::string& address, std::uint16_t port, const Htt
     impl_->limits = limits;
     impl_->handler = std::move(handler);
     sockaddr_storage storage{};
-    socklen_t length;
     auto* v4 = reinterpret_cast<sockaddr_in*>(&storage);
     auto* v6 = reinterpret_cast<sockaddr_in6*>(&storage);
     unsigned flags = MHD_USE_INTERNAL_POLLING_THREAD | MHD_USE_EPOLL | MHD_ALLOW_SUSPEND_RESUME;
     if (inet_pton(AF_INET, address.c_str(), &v4->sin_addr) == 1) {
         v4->sin_family = AF_INET;
         v4->sin_port = htons(port);
-        length = sizeof *v4;
     } else if (inet_pton(AF_INET6, address.c_str(), &v6->sin6_addr) == 1) {
         v6->sin6_family = AF_INET6;
         v6->sin6_port = htons(port);
-        length = sizeof *v6;
         flags |= MHD_USE_IPv6;
     } else {
         throw std::runtime_error("--bind " + address + ": not an IPv4 or IPv6 address");
     }
-    (void)length;
     impl_->daemon = MHD_start_daemon(
         flags, port, nullptr, nullptr, &Impl::onRequest, impl_.get(), MHD_OPTION_SOCK_ADDR, &storage,
         MHD_OPTION_URI_LOG_CALLBACK, &Impl::onTarget, impl_.get(), MHD_OPTION_NOTIFY_COMPLETED, &Impl::onCompleted,

@@ -11,6 +11,7 @@
 
 #include <malloc.h>
 #include <signal.h>
+#include <sys/resource.h>
 
 #include <algorithm>
 #include <atomic>
@@ -272,6 +273,12 @@ void runUntilSignalled(const ServiceOptions& options, std::ostream& out) {
     // Blocked before any thread starts, so every thread inherits it and only sigwait sees them.
     pthread_sigmask(SIG_BLOCK, &signals, nullptr);
     signal(SIGPIPE, SIG_IGN);
+    // Every connection is a descriptor: allow as many as the system lets us.
+    rlimit files{};
+    if (getrlimit(RLIMIT_NOFILE, &files) == 0 && files.rlim_cur < files.rlim_max) {
+        files.rlim_cur = files.rlim_max;
+        setrlimit(RLIMIT_NOFILE, &files);
+    }
     Service service(options);
     std::string host = options.bind.find(':') != std::string::npos ? "[" + options.bind + "]" : options.bind;
     out << "serving on http://" << host << ':' << service.port() << "/" << std::endl;
