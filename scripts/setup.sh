@@ -1,8 +1,9 @@
 #!/usr/bin/env bash
 # Installs every Debian package the project needs (only the missing ones), then
 # configures and builds. Safe to run again: a second run installs nothing.
-# Usage: scripts/setup.sh [--with-browser] [PRESET [TARGET...]]
-#   --with-browser  also install Chromium, which the browser test opens the gallery in
+# Usage: scripts/setup.sh [--with-load] [--with-browser] [PRESET [TARGET...]]
+#   --with-load     also install wrk, for scripts/load.sh
+#   --with-browser  also install Chromium and Node.js, for the browser tests
 #   PRESET          a CMake preset (default release); TARGETs build only those
 set -euo pipefail
 
@@ -10,13 +11,23 @@ packages=(
   build-essential cmake ninja-build pkg-config git
   libicu-dev libcairo2-dev libpango1.0-dev libplist-dev librsvg2-dev libspng-dev
   nlohmann-json3-dev libssl-dev libgtest-dev libgmock-dev libbenchmark-dev
+  libmicrohttpd-dev libcpp-httplib-dev
   fontconfig fonts-inter fonts-noto-color-emoji fonts-noto-core fonts-dejavu-core
   tzdata
   clang libclang-rt-14-dev
 )
 
+# wrk drives scripts/load.sh; CI's tests do not need it.
+if [ "${1:-}" = "--with-load" ]; then
+  packages+=(wrk)
+  shift
+fi
+
 if [ "${1:-}" = "--with-browser" ]; then
   packages+=(chromium)
+  # Node.js drives the preview page's browser test; a Node.js already on the
+  # machine (with its own npm) is used as it is.
+  if ! command -v npm >/dev/null; then packages+=(nodejs npm); fi
   shift
 fi
 

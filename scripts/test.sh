@@ -1,7 +1,8 @@
 #!/usr/bin/env bash
 # Sets everything up (packages, builds) and runs the whole test suite: the
 # optimised build, the same suite under AddressSanitizer and
-# UndefinedBehaviorSanitizer, then a short run of the store fuzzer
+# UndefinedBehaviorSanitizer, the rendering service's tests under
+# ThreadSanitizer, then a short run of the store fuzzer
 # (VELMORANT_FUZZ_SECONDS, default 60). Both suites include the browser test,
 # which opens the gallery in headless Chromium (installed here). Ends with one
 # summary line.
@@ -27,5 +28,7 @@ scripts/setup.sh --with-browser release
 run_suite release
 scripts/setup.sh asan
 run_suite asan
+scripts/setup.sh tsan
+run_suite tsan
 scripts/fuzz.sh "${VELMORANT_FUZZ_SECONDS:-60}"
 echo "tests: ${passed} passed, ${failed} failed"

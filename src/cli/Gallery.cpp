@@ -4,6 +4,7 @@
 #include "GalleryHtml.h"
 #include "GalleryManifest.h"
 #include "ValueJson.h"
+#include "WidgetPictures.h"
 #include "intents/IntentViewController.h"
 #include "metrics/GroupMetrics.h"
 #include "platform/Accessibility.h"
@@ -52,26 +53,6 @@ constexpr SnippetEntry kSnippets[] = {
     {"UnknownIntent", "Unknown intent"},
 };
 constexpr std::size_t kKnownSnippets = 9;
-
-struct WidgetEntry {
-    const char* operation;
-    platform::ImagePtr (SleepMetricsUI::*draw)();
-    const char* picture;
-    bool accessory;
-};
-
-constexpr WidgetEntry kWidgets[] = {
-    {"swiftSleepRingsImage", &SleepMetricsUI::swiftSleepRingsImage, "Sleep rings", false},
-    {"swiftSleepRingsAccessoryImage", &SleepMetricsUI::swiftSleepRingsAccessoryImage, "Sleep rings", true},
-    {"swiftSleepBankImage", &SleepMetricsUI::swiftSleepBankImage, "Sleep bank recharge rings", false},
-    {"swiftSleepBankAccessoryImage", &SleepMetricsUI::swiftSleepBankAccessoryImage, "Sleep bank recharge rings", true},
-    {"swiftBedtimeImage", &SleepMetricsUI::swiftBedtimeImage, "Bedtime clock", false},
-    {"swiftReadinessImage", &SleepMetricsUI::swiftReadinessImage, "Readiness gauge", false},
-    {"swiftOctaneImage", &SleepMetricsUI::swiftOctaneImage, "Sleep fuel gauge", false},
-    {"swiftSpO2Image", &SleepMetricsUI::swiftSpO2Image, "Blood-oxygen gauge", false},
-    {"swiftRespRateImage", &SleepMetricsUI::swiftRespRateImage, "Respiration-rate gauge", false},
-    {"swiftWristTempImage", &SleepMetricsUI::swiftWristTempImage, "Wrist-temperature gauge", false},
-};
 
 // The widget mirrors in the order a widget refresh would run them; each on
 // an object of its own, as each widget makes its own.

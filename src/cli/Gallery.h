@@ -7,6 +7,7 @@
 #include "review/Manifest.h"
 
 #include <filesystem>
+#include <functional>
 #include <ostream>
 #include <string>
 #include <string_view>

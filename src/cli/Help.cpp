@@ -16,6 +16,7 @@ Commands:
                            (--against BASELINE: then review it against that gallery)
   review NEW BASELINE      what a user would now see differently: NEW/review.html and .json
   accept NEW BASELINE ..   copy changed items of NEW into BASELINE, drawing nothing
+  serve                    serve cards and widget pictures over HTTP, with a live preview page
 
 Options for every command:
   --prefs DIR      folder of the store files: DIR/group.brumelkai.Velmorant.plist (shared
@@ -162,6 +163,25 @@ own preferences in DIR/standard.plist. Keys already in those files that the demo
 are kept; writes take the store lock, like every writer of these files.
 )";
 
+constexpr std::string_view kServe = R"(Usage: velmorant-snippet serve [--port N] [--bind ADDR] [--prefs DIR] [--workers N]
+
+Serves cards and widget pictures over HTTP/1.1 until SIGTERM or Ctrl-C, and prints the address
+of the live preview page to open in a browser.
+  --port N       port to listen on, 0 for any free one (default 8080)
+  --bind ADDR    address to listen on (default 127.0.0.1: this machine only)
+  --prefs DIR    store files drawn on GET, watched for changes (default: the demo data)
+  --workers N    render threads, 1 to 256 (default: the number of cores)
+
+  GET  /                              the live preview page
+  GET  /v1/snippets/INTENT.png|.json  card / view record; query width, scale, locale, tz, now
+  POST /v1/snippets/INTENT.png|.json  the same from the store in the body: a property list of
+                                      the shared store, or JSON {"shared": {..}, "standard": {..}}
+  GET  /v1/widgets/OPERATION.png      a widget picture (swiftSpO2Image, ...)
+  GET  /v1/events                     server-sent events when the store files change
+  GET  /healthz, /metrics             health; Prometheus metrics
+Nothing is ever written: stores in request bodies are drawn in memory.
+)";
+
 }  // namespace
 
 std::string_view helpText(std::string_view command) {
@@ -172,6 +192,7 @@ std::string_view helpText(std::string_view command) {
     if (command == "gallery") return kGallery;
     if (command == "review") return kReview;
     if (command == "accept") return kAccept;
+    if (command == "serve") return kServe;
     return {};
 }
 

@@ -8,6 +8,7 @@
 #include "ReviewCommands.h"
 #include "IsoDate.h"
 #include "SnippetCard.h"
+#include "Serve.h"
 #include "ValueJson.h"
 #include "platform/Image.h"
 
@@ -34,12 +35,13 @@ struct CommandLine {
 
 // Options that take a value, and the commands that accept each.
 const std::map<std::string, std::vector<std::string>> kOptions = {
-    {"--prefs", {"show", "call", "demo", "gallery"}}, {"--now", {"show", "call", "demo", "gallery"}},
+    {"--prefs", {"show", "call", "demo", "gallery", "serve"}}, {"--now", {"show", "call", "demo", "gallery"}},
     {"--tz", {"show", "call", "demo", "gallery"}},    {"--locale", {"show", "call", "demo", "gallery"}},
     {"--scale", {"show", "call", "demo", "gallery"}}, {"--width", {"show", "gallery"}},
     {"--png", {"show"}},                   {"--images", {"show", "call"}},
     {"--against", {"gallery"}},            {"--threshold", {"gallery", "review", "accept"}},
     {"--allowed-pixels", {"gallery", "review", "accept"}},
+    {"--port", {"serve"}},                 {"--bind", {"serve"}},          {"--workers", {"serve"}},
 };
 
 CommandLine parse(const std::vector<std::string>& args) {
@@ -287,10 +289,10 @@ int runProgram(const std::vector<std::string>& args, std::ostream& out, std::ost
                 out << helpText("");
                 return 0;
             }
-            throw UsageError("no command given (commands: show, call, demo, gallery, review, accept; see --help)");
+            throw UsageError("no command given (commands: show, call, demo, gallery, review, accept, serve; see --help)");
         }
         if (helpText(line.command).empty())
-            throw UsageError("unknown command \"" + line.command + "\" (commands: show, call, demo, gallery, review, accept; see --help)");
+            throw UsageError("unknown command \"" + line.command + "\" (commands: show, call, demo, gallery, review, accept, serve; see --help)");
         if (line.help && !(line.command == "call" && !line.positional.empty())) {
             out << helpText(line.command);
             return 0;
@@ -301,6 +303,10 @@ int runProgram(const std::vector<std::string>& args, std::ostream& out, std::ost
         if (line.command == "review" || line.command == "accept") {
             auto options = readReviewOptions(option(line, "--threshold"), option(line, "--allowed-pixels"));
             return (line.command == "review" ? runReview : runAccept)(line.positional, options, out);
+        }
+        if (line.command == "serve") {
+            if (auto prefs = option(line, "--prefs")) checkReadableFolder(*prefs);
+            return runServe(line.options, line.positional, out);
         }
         return runDemo(line, out);
     } catch (const UsageError& e) {

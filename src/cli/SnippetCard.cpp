@@ -42,6 +42,7 @@ SnippetCard showSnippet(platform::Platform& platform, std::string_view intent, c
     platform::SpeechLanguage language{[&](std::string_view key) { return platform.localizedString(key); },
                                       platform.localeId()};
     card.spoken = platform::accessibilityText(controller.views(), language);
+    if (options.draw) options.draw(controller.views(), card);
     std::string error;
     if (!options.pngFile.empty() &&
         !platform::writeCardPng(controller.views(), card.size, platform.screenScale(), platform.fonts(),

@@ -4,10 +4,12 @@
 #include "platform/Date.h"
 #include "platform/Geometry.h"
 #include "platform/Platform.h"
+#include "platform/ViewTree.h"
 
 #include <nlohmann/json.hpp>
 
 #include <filesystem>
+#include <functional>
 #include <memory>
 #include <optional>
 #include <string>
@@ -26,6 +28,10 @@ struct SnippetCard {
     std::string png;
 };
 
+struct SnippetCard;
+// Handed the filled views while they live, for drawing them some other way.
+using CardDrawer = std::function<void(const platform::ViewTree& views, const SnippetCard& card)>;
+
 struct SnippetOptions {
     // The host's maximum snippet width in points.
     double width = 390;
@@ -35,6 +41,8 @@ struct SnippetOptions {
     bool pngInMemory = false;
     // Where the record's images go, if anywhere.
     ImageWriter images;
+    // Called after the views are filled and before they are gone.
+    CardDrawer draw;
 };
 
 // Fills the snippet of `intent`; throws std::runtime_error when the card cannot be written.

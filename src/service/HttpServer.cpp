@@ -1,0 +1,284 @@
+#include "HttpServer.h"
+
+#include "EventStream.h"
+
+#include <arpa/inet.h>
+#include <microhttpd.h>
+#include <netinet/in.h>
+
+#include <algorithm>
+#include <cctype>
+#include <cstring>
+#include <mutex>
+#include <optional>
+#include <set>
+#include <stdexcept>
+
+// GNU libmicrohttpd was chosen over a thread-per-connection library: one epoll
+// thread serves every socket, so idle keep-alive clients, slow senders and open
+// event streams cost a file descriptor, not a thread, and the renderers are a
+// pool of our own that the I/O thread hands work to (a parked connection is
+// resumed when its answer is ready). It also bounds header memory, connections
+// and idle time itself, and tells the body length before reading the body.
+
+namespace velmorant::service {
+
+HttpResponse jsonError(int status, const std::string& message) {
+    HttpResponse response;
+    response.status = status;
+    response.headers.emplace_back("Cache-Control", "no-store");
+    // A JSON string with the message escaped.
+    std::string body = "{\"error\": \"";
+    for (unsigned char c : message) {
+        if (c == '"' || c == '\\') body += '\\', body += static_cast<char>(c);
+        else if (c < 0x20) {
+            char escaped[8];
+            std::snprintf(escaped, sizeof escaped, "\\u%04x", c);
+            body += escaped;
+        } else body += static_cast<char>(c);
+    }
+    response.body = body + "\"}\n";
+    return response;
+}
+
+namespace {
+
+// Connections parked while their answer is made or their stream is idle; all
+// are woken when the server stops, so none is left behind.
+struct Parking {
+    std::mutex mutex;
+    std::set<MHD_Connection*> parked;
+    bool stopped = false;
+
+    void park(MHD_Connection* connection) {
+        std::lock_guard lock(mutex);
+        MHD_suspend_connection(connection);
+        parked.insert(connection);
+    }
+    void wake(MHD_Connection* connection) {
+        std::lock_guard lock(mutex);
+        if (parked.erase(connection)) MHD_resume_connection(connection);
+    }
+    void wakeAll() {
+        std::lock_guard lock(mutex);
+        stopped = true;
+        for (MHD_Connection* connection : parked) MHD_resume_connection(connection);
+        parked.clear();
+    }
+};
+
+struct RequestState {
+    std::shared_ptr<Parking> parking;
+    std::string rawTarget;
+    HttpRequest request;
+    MHD_Connection* connection = nullptr;
+    bool started = false;
+    bool tooLarge = false;
+    bool handed = false;
+    std::mutex mutex;
+    std::optional<HttpResponse> ready;
+};
+
+struct StreamReader {
+    std::shared_ptr<EventStream> stream;
+    std::shared_ptr<Parking> parking;
+    MHD_Connection* connection;
+    std::string pending;
+    std::size_t offset = 0;
+};
+
+bool suspiciousPath(std::string_view target) {
+    std::string_view path = target.substr(0, target.find('?'));
+    return std::any_of(path.begin(), path.end(), [](unsigned char c) {
+        return !(std::isalnum(c) || c == '/' || c == '.' || c == '-' || c == '_');
+    });
+}
+
+ssize_t readEvents(void* cls, std::uint64_t, char* buffer, std::size_t max) {
+    auto& reader = *static_cast<StreamReader*>(cls);
+    if (reader.offset == reader.pending.size()) {
+        reader.pending.clear();
+        reader.offset = 0;
+        {
+            std::lock_guard lock(reader.parking->mutex);
+            if (reader.parking->stopped) return MHD_CONTENT_READER_END_OF_STREAM;
+        }
+        MHD_Connection* connection = reader.connection;
+        auto parking = reader.parking;
+        auto taken = reader.stream->take(
+            reader.pending, [&] { parking->park(connection); }, [parking, connection] { parking->wake(connection); });
+        if (taken == EventStream::Take::Ended) return MHD_CONTENT_READER_END_OF_STREAM;
+        if (taken == EventStream::Take::Parked) return 0;
+    }
+    std::size_t n = std::min(max, reader.pending.size() - reader.offset);
+    std::memcpy(buffer, reader.pending.data() + reader.offset, n);
+    reader.offset += n;
+    return static_cast<ssize_t>(n);
+}
+
+void freeEvents(void* cls) {
+    auto* reader = static_cast<StreamReader*>(cls);
+    reader->stream->close();
+    delete reader;
+}
+
+MHD_Result queue(MHD_Connection* connection, const std::shared_ptr<Parking>& parking, const HttpResponse& answer) {
+    MHD_Response* response;
+    if (answer.events) {
+        auto* reader = new StreamReader{answer.events, parking, connection};
+        response = MHD_create_response_from_callback(MHD_SIZE_UNKNOWN, 4096, readEvents, reader, freeEvents);
+        if (!response) {
+            freeEvents(reader);
+            return MHD_NO;
+        }
+    } else {
+        response = MHD_create_response_from_buffer(answer.body.size(), const_cast<char*>(answer.body.data()),
+                                                   MHD_RESPMEM_MUST_COPY);
+        if (!response) return MHD_NO;
+    }
+    MHD_add_response_header(response, MHD_HTTP_HEADER_CONTENT_TYPE, answer.contentType.c_str());
+    for (const auto& [name, value] : answer.headers) MHD_add_response_header(response, name.c_str(), value.c_str());
+    MHD_Result result = MHD_queue_response(connection, static_cast<unsigned>(answer.status), response);
+    MHD_destroy_response(response);
+    return result;
+}
+
+MHD_Result collect(void* cls, MHD_ValueKind, const char* key, const char* value) {
+    auto& into = *static_cast<std::map<std::string, std::string>*>(cls);
+    into[key] = value ? value : "";
+    return MHD_YES;
+}
+
+}  // namespace
+
+struct HttpServer::Impl {
+    HttpLimits limits;
+    HttpHandler handler;
+    std::shared_ptr<Parking> parking = std::make_shared<Parking>();
+    MHD_Daemon* daemon = nullptr;
+
+    static void* onTarget(void* cls, const char* uri, MHD_Connection*) {
+        auto& impl = *static_cast<Impl*>(cls);
+        auto* state = new std::shared_ptr<RequestState>(std::make_shared<RequestState>());
+        (*state)->parking = impl.parking;
+        (*state)->rawTarget = uri ? uri : "";
+        return state;
+    }
+
+    static void onCompleted(void*, MHD_Connection*, void** context, MHD_RequestTerminationCode) {
+        delete static_cast<std::shared_ptr<RequestState>*>(*context);
+        *context = nullptr;
+    }
+
+    static MHD_Result onRequest(void* cls, MHD_Connection* connection, const char* url, const char* method,
+                                const char*, const char* upload, std::size_t* uploadSize, void** context) {
+        auto& impl = *static_cast<Impl*>(cls);
+        std::shared_ptr<RequestState> state = *static_cast<std::shared_ptr<RequestState>*>(*context);
+        if (!state->started) return impl.begin(*state, connection, url, method);
+        if (*uploadSize) {
+            if (state->request.body.size() + *uploadSize > impl.limits.maxBodyBytes) {
+                // A body without a stated length that outgrows the limit: the
+                // connection is closed rather than read to its end.
+                return MHD_NO;
+            }
+            state->request.body.append(upload, *uploadSize);
+            *uploadSize = 0;
+            return MHD_YES;
+        }
+        if (!state->handed) {
+            state->handed = true;
+            std::weak_ptr<RequestState> weak = state;
+            impl.handler(state->request, [weak](HttpResponse response) {
+                auto held = weak.lock();
+                if (!held) return;
+                std::lock_guard lock(held->mutex);
+                held->ready = std::move(response);
+                held->parking->wake(held->connection);
+            });
+        }
+        std::lock_guard lock(state->mutex);
+        if (state->ready) return queue(connection, impl.parking, *state->ready);
+        {
+            std::lock_guard stopLock(impl.parking->mutex);
+            if (impl.parking->stopped) return MHD_NO;
+        }
+        impl.parking->park(connection);
+        return MHD_YES;
+    }
+
+    MHD_Result begin(RequestState& state, MHD_Connection* connection, const char* url, const char* method) {
+        state.started = true;
+        state.connection = connection;
+        HttpRequest& request = state.request;
+        request.method = method;
+        request.path = url;
+        request.rawPathSuspicious = suspiciousPath(state.rawTarget);
+        int count = MHD_get_connection_values(connection, MHD_HEADER_KIND, collect, &request.headers);
+        std::map<std::string, std::string> headers;
+        for (auto& [name, value] : request.headers) {
+            std::string lower = name;
+            std::transform(lower.begin(), lower.end(), lower.begin(), [](unsigned char c) { return std::tolower(c); });
+            headers[lower] = value;
+        }
+        request.headers = std::move(headers);
+        MHD_get_connection_values(connection, MHD_GET_ARGUMENT_KIND, collect, &request.query);
+        if (count < 0 || static_cast<std::size_t>(count) > limits.maxHeaderCount)
+            return queue(connection, parking, jsonError(431, "too many header fields (at most " +
+                                                                 std::to_string(limits.maxHeaderCount) + ")"));
+        std::string length = request.header("content-length");
+        if (!length.empty()) {
+            char* end = nullptr;
+            unsigned long long declared = std::strtoull(length.c_str(), &end, 10);
+            if (declared > limits.maxBodyBytes)
+                return queue(connection, parking, jsonError(413, "request body over " +
+                                                                     std::to_string(limits.maxBodyBytes) + " bytes"));
+            request.body.reserve(declared);
+        }
+        return MHD_YES;
+    }
+};
+
+HttpServer::HttpServer(const std::string& address, std::uint16_t port, const HttpLimits& limits, HttpHandler handler)
+    : impl_(std::make_unique<Impl>()) {
+    impl_->limits = limits;
+    impl_->handler = std::move(handler);
+    sockaddr_storage storage{};
+    auto* v4 = reinterpret_cast<sockaddr_in*>(&storage);
+    auto* v6 = reinterpret_cast<sockaddr_in6*>(&storage);
+    unsigned flags = MHD_USE_INTERNAL_POLLING_THREAD | MHD_USE_EPOLL | MHD_ALLOW_SUSPEND_RESUME;
+    if (inet_pton(AF_INET, address.c_str(), &v4->sin_addr) == 1) {
+        v4->sin_family = AF_INET;
+        v4->sin_port = htons(port);
+    } else if (inet_pton(AF_INET6, address.c_str(), &v6->sin6_addr) == 1) {
+        v6->sin6_family = AF_INET6;
+        v6->sin6_port = htons(port);
+        flags |= MHD_USE_IPv6;
+    } else {
+        throw std::runtime_error("--bind " + address + ": not an IPv4 or IPv6 address");
+    }
+    impl_->daemon = MHD_start_daemon(
+        flags, port, nullptr, nullptr, &Impl::onRequest, impl_.get(), MHD_OPTION_SOCK_ADDR, &storage,
+        MHD_OPTION_URI_LOG_CALLBACK, &Impl::onTarget, impl_.get(), MHD_OPTION_NOTIFY_COMPLETED, &Impl::onCompleted,
+        nullptr, MHD_OPTION_CONNECTION_MEMORY_LIMIT, static_cast<std::size_t>(limits.maxHeaderBytes),
+        MHD_OPTION_CONNECTION_TIMEOUT, limits.idleTimeoutSeconds, MHD_OPTION_CONNECTION_LIMIT,
+        limits.maxConnections, MHD_OPTION_END);
+    if (!impl_->daemon)
+        throw std::runtime_error("cannot listen on " + address + " port " + std::to_string(port) +
+                                 " (in use, or not an address of this machine)");
+}
+
+HttpServer::~HttpServer() { stop(); }
+
+std::uint16_t HttpServer::port() const {
+    const MHD_DaemonInfo* info = MHD_get_daemon_info(impl_->daemon, MHD_DAEMON_INFO_BIND_PORT);
+    return info ? info->port : 0;
+}
+
+void HttpServer::stop() {
+    if (!impl_->daemon) return;
+    impl_->parking->wakeAll();
+    MHD_stop_daemon(impl_->daemon);
+    impl_->daemon = nullptr;
+}
+
+}  // namespace velmorant::service

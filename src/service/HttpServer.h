@@ -1,0 +1,45 @@
+#pragma once
+
+#include "Http.h"
+
+#include <cstddef>
+#include <cstdint>
+#include <memory>
+#include <string>
+
+namespace velmorant::service {
+
+struct HttpLimits {
+    std::size_t maxBodyBytes = 1u << 20;
+    // Request line and headers of one request must fit in this much memory.
+    std::size_t maxHeaderBytes = 16u << 10;
+    std::size_t maxHeaderCount = 64;
+    // A connection that sends or takes nothing for this long is closed: a
+    // slow reader or writer costs a socket, never a worker.
+    unsigned idleTimeoutSeconds = 10;
+    unsigned maxConnections = 2048;
+};
+
+// The HTTP/1.1 transport: one event-driven I/O thread (epoll) reads requests
+// whole, within the limits, and hands each to the handler, which answers at
+// once or later from another thread while the connection is parked.
+class HttpServer {
+public:
+    // Listens on `address`:`port` (0 picks a free port); throws
+    // std::runtime_error naming what failed.
+    HttpServer(const std::string& address, std::uint16_t port, const HttpLimits& limits, HttpHandler handler);
+    ~HttpServer();
+    HttpServer(const HttpServer&) = delete;
+    HttpServer& operator=(const HttpServer&) = delete;
+
+    std::uint16_t port() const;
+    // Closes the listening socket and every connection; answers already handed out are dropped.
+    void stop();
+
+    struct Impl;
+
+private:
+    std::unique_ptr<Impl> impl_;
+};
+
+}  // namespace velmorant::service

@@ -1,0 +1,38 @@
+#pragma once
+
+#include <array>
+#include <cstddef>
+#include <map>
+#include <mutex>
+#include <string>
+#include <utility>
+
+namespace velmorant::service {
+
+// The stages of one render, timed separately.
+enum class Stage { Store, Records, Card, Encoding, Count };
+
+// Counters and timings, written as Prometheus text. Safe from any thread.
+class Metrics {
+public:
+    void countRequest(const std::string& route, int status);
+    void timeStage(Stage stage, double seconds);
+    void countCache(bool hit);
+
+    // The text for GET /metrics, with the pool's gauges as they are now.
+    std::string text(std::size_t queueDepth, std::size_t busyWorkers, std::size_t workers, std::size_t cacheBytes) const;
+
+private:
+    static constexpr std::array<double, 10> kBuckets = {0.001, 0.0025, 0.005, 0.01, 0.025, 0.05, 0.1, 0.25, 1, 5};
+    struct Histogram {
+        std::array<unsigned long long, kBuckets.size()> counts{};
+        unsigned long long count = 0;
+        double sum = 0;
+    };
+    mutable std::mutex mutex_;
+    std::map<std::pair<std::string, int>, unsigned long long> requests_;
+    std::array<Histogram, static_cast<std::size_t>(Stage::Count)> stages_{};
+    unsigned long long cacheHits_ = 0, cacheMisses_ = 0;
+};
+
+}  // namespace velmorant::service

@@ -1,0 +1,142 @@
+#include "Rendering.h"
+
+#include "StoreReading.h"
+#include "cli/Gallery.h"
+#include "cli/IsoDate.h"
+#include "cli/ValueJson.h"
+#include "cli/WidgetPictures.h"
+#include "intents/Intents.h"
+#include "platform/FontSystem.h"
+#include "platform/PngWriter.h"
+#include "platform/ViewRenderer.h"
+
+#include <algorithm>
+#include <chrono>
+#include <mutex>
+
+namespace velmorant::service {
+namespace {
+
+class StageTimer {
+public:
+    explicit StageTimer(Metrics& metrics) : metrics_(metrics) {}
+    // Records the time since the last mark as `stage`.
+    void mark(Stage stage) {
+        auto now = std::chrono::steady_clock::now();
+        metrics_.timeStage(stage, std::chrono::duration<double>(now - last_).count());
+        last_ = now;
+    }
+
+private:
+    Metrics& metrics_;
+    std::chrono::steady_clock::time_point last_ = std::chrono::steady_clock::now();
+};
+
+const cli::WidgetEntry* findWidget(std::string_view name) {
+    for (const auto& entry : cli::kWidgets)
+        if (name == entry.operation) return &entry;
+    return nullptr;
+}
+
+// The platform of one request: the worker's fonts, stores in memory.
+std::unique_ptr<platform::Platform> makePlatform(const RenderOptions& options, WorkerTools* tools) {
+    platform::PlatformOptions settings;
+    settings.localeId = options.locale;
+    settings.timeZoneId = options.timeZone;
+    settings.scale = options.scale;
+    if (tools) settings.shared = tools->shared;
+    // In-memory stores have nothing to report.
+    settings.diagnostics = [](std::string_view) {};
+    std::unique_ptr<platform::Platform> platform;
+    try {
+        platform = std::make_unique<platform::Platform>(std::move(settings));
+    } catch (const std::invalid_argument& e) {
+        throw BadRequest(e.what());
+    }
+    if (!options.now.empty()) {
+        auto now = cli::parseIsoDate(options.now, platform->timeZone());
+        if (!now) throw BadRequest("now must be an ISO 8601 date such as 2024-03-05T22:10:00, not \"" + options.now + "\"");
+        platform->setNow(*now);
+    } else {
+        platform->setNow(platform->now());
+    }
+    return platform;
+}
+
+void install(platform::Platform& platform, const demo::DemoStores& stores) {
+    auto shared = platform.suiteNamed(platform::kAppGroupSuite);
+    for (const auto& [key, value] : stores.shared) shared->setObject(value, key);
+    auto standard = platform.standardUserDefaults();
+    for (const auto& [key, value] : stores.standard) standard->setObject(value, key);
+}
+
+std::string pngBytes(const platform::Image& image, const std::string& description) {
+    std::string error;
+    std::string bytes = platform::encodePng(image, {.description = description}, &error);
+    if (bytes.empty()) throw std::runtime_error("cannot encode the picture: " + error);
+    return bytes;
+}
+
+}  // namespace
+
+std::unique_ptr<WorkerTools> makeWorkerTools() {
+    // Fontconfig's and ICU's first-use set-up (the host zone's name is read
+    // into a static buffer) are made one worker at a time.
+    static std::mutex setUp;
+    std::lock_guard lock(setUp);
+    platform::Platform platform({.timeZoneId = "UTC"});
+    auto tools = std::make_unique<WorkerTools>();
+    tools->shared = std::make_shared<platform::SharedResources>();
+    tools->shared->fonts = std::make_unique<platform::FontSystem>(platform.resourceDir() / "fonts" / "fonts.conf");
+    return tools;
+}
+
+bool isKnownIntent(std::string_view name) {
+    return std::find(std::begin(kIntentTypeNames), std::end(kIntentTypeNames), name) != std::end(kIntentTypeNames);
+}
+
+bool isKnownWidget(std::string_view name) { return findWidget(name) != nullptr; }
+
+RenderOutput render(const RenderTask& task, WorkerTools& tools, Metrics& metrics) {
+    StageTimer timer(metrics);
+    auto platform = makePlatform(task.options, &tools);
+    install(*platform, parseStores(task.stores, *platform));
+    timer.mark(Stage::Store);
+
+    if (task.product == Product::WidgetPng) {
+        SleepMetricsUI ui(*platform);
+        platform::ImagePtr image = (ui.*findWidget(task.name)->draw)();
+        timer.mark(Stage::Records);
+        if (!image) throw BadRequest(task.name + " draws no picture from this store (it has no data for it)");
+        RenderOutput output{"image/png", pngBytes(*image, "")};
+        timer.mark(Stage::Encoding);
+        return output;
+    }
+    RenderOutput output;
+    cli::SnippetOptions snippet{.width = task.options.width};
+    snippet.draw = [&](const platform::ViewTree& views, const cli::SnippetCard& filled) {
+                                                 if (task.product != Product::CardPng) return;
+                                                 timer.mark(Stage::Records);
+                                                 platform::ImagePtr picture = platform::renderCard(
+                                                     views, filled.size, platform->screenScale(), platform->fonts());
+                                                 timer.mark(Stage::Card);
+                                                 output = {"image/png", pngBytes(*picture, filled.spoken)};
+                                                 timer.mark(Stage::Encoding);
+                                             };
+    cli::SnippetCard card = cli::showSnippet(*platform, task.name, snippet);
+    if (task.product == Product::CardJson) {
+        timer.mark(Stage::Records);
+        output = {"application/json", card.record.dump(1) + "\n"};
+    }
+    return output;
+}
+
+std::string storesAsJson(const StoreInput& input, const RenderOptions& options) {
+    auto platform = makePlatform(options, nullptr);
+    demo::DemoStores stores = parseStores(input, *platform);
+    nlohmann::json out = {{"shared", cli::toJson(platform::Value(stores.shared))},
+                          {"standard", cli::toJson(platform::Value(stores.standard))}};
+    return out.dump() + "\n";
+}
+
+}  // namespace velmorant::service
