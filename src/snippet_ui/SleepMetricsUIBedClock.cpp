@@ -24,6 +24,11 @@ constexpr double kPi = std::numbers::pi;
 
 platform::ImagePtr SleepMetricsUI::drawTheBedClockWithSize(float size, const std::optional<platform::Date>& bedtime,
                                                            const std::optional<platform::Date>& waketime) {
+    return drawBedClock(size, bedtime, waketime, platform_.now());
+}
+
+platform::ImagePtr SleepMetricsUI::drawBedClock(float size, const std::optional<platform::Date>& bedtime,
+                                                const std::optional<platform::Date>& waketime, platform::Date now) {
     Pallet& palette = pallet();
     const float S = size;
     const float c = S * 0.5f;
@@ -39,31 +44,15 @@ platform::ImagePtr SleepMetricsUI::drawTheBedClockWithSize(float size, const std
         return clock(formatTools().currentHour(date), formatTools().currentMin(date));
     };
 
-    const platform::Date now = platform_.now();
     const long nh = formatTools().currentHour(now);
     const long nm = formatTools().currentMin(now);
 
     Canvas canvas({S, S}, platform_.screenScale(), platform_.fonts());
 
-    // Face: a line this wide round a tiny circle fills the dial.
-    canvas.setLineCap(LineCap::Round);
-    canvas.setLineWidth(S - 5);
-    canvas.setStrokeColour(Colour::blackColor());
-    canvas.addArc(centre, 2, -kPi / 2, 2 * kPi);
-    canvas.strokePath();
-
-    // Track and rim.
-    canvas.setLineCap(LineCap::Round);
-    canvas.setLineWidth(16);
-    canvas.setStrokeColour(ringBkg());
-    canvas.addArc(centre, c - 12, -kPi / 2, 2 * kPi);
-    canvas.strokePath();
-
-    canvas.setLineCap(LineCap::Round);
-    canvas.setLineWidth(1);
-    canvas.setStrokeColour(gaugeBkg());
-    canvas.addArc(centre, c - 1, -kPi / 2, 2 * kPi);
-    canvas.strokePath();
+    // Face (a line this wide round a tiny circle fills the dial), track and rim.
+    canvas.strokeArc(centre, 2, -kPi / 2, 2 * kPi, {S - 5, LineCap::Round, Colour::blackColor()});
+    canvas.strokeArc(centre, c - 12, -kPi / 2, 2 * kPi, {16, LineCap::Round, ringBkg()});
+    canvas.strokeArc(centre, c - 1, -kPi / 2, 2 * kPi, {1, LineCap::Round, gaugeBkg()});
 
     float bedAngle = 0;
     if (bedtime && waketime) {
@@ -71,19 +60,10 @@ platform::ImagePtr SleepMetricsUI::drawTheBedClockWithSize(float size, const std
         const float wakeAngle = clockOf(*waketime);
         const float nowAngle = clock(nh, nm);
 
-        // Wedge from now round to bedtime.
-        canvas.setLineCap(LineCap::Butt);
-        canvas.setLineWidth(widgetMode ? 40 : 70);
-        canvas.setStrokeColour(palette.lightRatingColour(80).colorWithAlphaComponent(1));
-        canvas.addArc(centre, widgetMode ? 20 : 40, nowAngle, bedAngle);
-        canvas.strokePath();
-
-        // The planned sleep span on the track.
-        canvas.setLineCap(LineCap::Round);
-        canvas.setLineWidth(12);
-        canvas.setStrokeColour(palette.lightRatingColour(110));
-        canvas.addArc(centre, (c - 12) + 1, bedAngle, wakeAngle);
-        canvas.strokePath();
+        // Wedge from now round to bedtime, and the planned sleep span on the track.
+        canvas.strokeArc(centre, widgetMode ? 20 : 40, nowAngle, bedAngle,
+                         {widgetMode ? 40.0 : 70.0, LineCap::Butt, palette.lightRatingColour(80).colorWithAlphaComponent(1)});
+        canvas.strokeArc(centre, (c - 12) + 1, bedAngle, wakeAngle, {12, LineCap::Round, palette.lightRatingColour(110)});
     }
 
     // Hour ticks, with a finer tick on each half hour.
