@@ -181,6 +181,31 @@ struct Canvas::Impl {
         cairo_mask_surface(cr.get(), mask->alpha.get(), mask->x, mask->y);
     }
 
+    // Strokes, then clears, the current path: the shape under its shadow, or only the shadow.
+    void stroke(bool shape) {
+        cairo_t* context = cr.get();
+        if (!drawable() || state.lineWidth <= 0 || (!shape && !state.shadow)) {
+            cairo_new_path(context);
+            return;
+        }
+        applyStroke(context);
+        double x0, y0, x1, y1;
+        cairo_stroke_extents(context, &x0, &y0, &x1, &y1);
+        PathPtr path(cairo_copy_path(context));
+        cairo_new_path(context);
+        if (path->status != CAIRO_STATUS_SUCCESS || path->num_data == 0) return;
+        auto paint = [&](cairo_t* target) {
+            applyStroke(target);
+            cairo_append_path(target, path.get());
+            cairo_stroke(target);
+        };
+        const PixelBox extent = deviceBox(x0, y0, x1, y1);
+        if (shape)
+            draw(extent, paint);
+        else
+            drawShadow(*state.shadow, extent, paint, MaskGrid::Coarse);
+    }
+
     const FontSystem& fonts;
     Size size;
     double scale = 1;
@@ -324,23 +349,21 @@ void Canvas::addLineTo(Point point) {
 
 void Canvas::closePath() { cairo_close_path(impl_->cr.get()); }
 
-void Canvas::strokePath() {
+void Canvas::strokePath() { impl_->stroke(true); }
+
+void Canvas::strokeArcShadows(std::span<const Arc> arcs, const ArcStroke& stroke) {
+    setShadow(stroke.shadow);
+    setLineCap(stroke.cap);
+    setLineWidth(stroke.width);
+    setStrokeColour(stroke.colour);
     cairo_t* cr = impl_->cr.get();
-    if (!impl_->drawable() || impl_->state.lineWidth <= 0) {
-        cairo_new_path(cr);
-        return;
-    }
-    impl_->applyStroke(cr);
-    double x0, y0, x1, y1;
-    cairo_stroke_extents(cr, &x0, &y0, &x1, &y1);
-    PathPtr path(cairo_copy_path(cr));
     cairo_new_path(cr);
-    if (path->status != CAIRO_STATUS_SUCCESS || path->num_data == 0) return;
-    impl_->draw(impl_->deviceBox(x0, y0, x1, y1), [&](cairo_t* target) {
-        impl_->applyStroke(target);
-        cairo_append_path(target, path.get());
-        cairo_stroke(target);
-    });
+    for (const Arc& arc : arcs) {
+        // Each arc on its own: no line joins it to the one before.
+        cairo_new_sub_path(cr);
+        addArc(arc.centre, arc.radius, arc.startAngle, arc.endAngle);
+    }
+    impl_->stroke(false);
 }
 
 void Canvas::fillPath() {

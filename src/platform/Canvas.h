@@ -8,6 +8,7 @@
 
 #include <memory>
 #include <optional>
+#include <span>
 #include <string_view>
 #include <vector>
 
@@ -26,6 +27,14 @@ struct Shadow {
 
     // Straight under the shape, in the platform's default colour (black at alpha 1/3).
     static Shadow soft(double blur) { return {{0, 0}, blur}; }
+};
+
+// An arc round `centre`, swept from `startAngle` to `endAngle` as `Canvas::addArc` sweeps it.
+struct Arc {
+    Point centre;
+    double radius = 0;
+    double startAngle = 0;
+    double endAngle = 0;
 };
 
 // How an arc is stroked: width, cap, colour, and the shadow under it (none: no shadow).
@@ -103,6 +112,10 @@ public:
     // Strokes one arc, as `addArc` adds it, with the width, cap, colour and shadow
     // of `stroke`; they stay in force afterwards, as if set one by one.
     void strokeArc(Point centre, double radius, double startAngle, double endAngle, const ArcStroke& stroke);
+    // Paints only the shadow that `stroke` casts under `arcs`, blurred together:
+    // shapes that share a shadow are blurred once. The arcs are left to be
+    // stroked afterwards without a shadow; the stroke stays in force.
+    void strokeArcShadows(std::span<const Arc> arcs, const ArcStroke& stroke);
     // Strokes, then clears, the current path.
     void strokePath();
     // Fills (non-zero winding), then clears, the current path.

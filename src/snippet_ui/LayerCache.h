@@ -30,8 +30,9 @@ private:
 // shadows, a dial's scale, a backdrop) drawn once per size, scale and key and
 // kept for the next drawing. Drawing over is associative, so a kept layer
 // laid over the canvas gives what the steps themselves would have drawn there.
-// Only the last few layers are kept, so memory stays bounded; one cache
-// serves one thread, as the object that owns it.
+// A layer is kept from the second time its key is asked for, and only the
+// last few layers are, so memory stays bounded; one cache serves one thread,
+// as the object that owns it.
 class LayerCache {
 public:
     explicit LayerCache(std::size_t maxLayers = 3) : maxLayers_(maxLayers) {}
@@ -47,9 +48,12 @@ private:
         platform::ImagePtr image;
         platform::Rect drawn;
     };
+    // Keys asked for once and not kept yet, most recent first.
+    static constexpr std::size_t kSeenKeys = 8;
     std::size_t maxLayers_;
     // Most recently used first.
     std::list<Layer> kept_;
+    std::list<LayerKey> seen_;
 };
 
 }  // namespace velmorant

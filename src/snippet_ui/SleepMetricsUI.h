@@ -136,6 +136,8 @@ private:
                               float goal, const platform::Colour& colour);
     platform::ImagePtr drawBedClock(float size, const std::optional<platform::Date>& bedtime,
                                     const std::optional<platform::Date>& waketime, platform::Date now);
+    // The bed clock's hour ticks, hour numbers and hub.
+    void drawClockHours(platform::Canvas& layer, float c) const;
 
     // Ring and clock geometry: the angle of a fraction of a turn (0 straight up),
     // a point at a radius and angle from the centre (c, c), and a text centred on a point.

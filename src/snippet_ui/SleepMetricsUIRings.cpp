@@ -1,5 +1,6 @@
 #include "snippet_ui/SleepMetricsUI.h"
 
+#include <array>
 #include <cmath>
 #include <cstdio>
 #include <numbers>
@@ -109,14 +110,22 @@ platform::ImagePtr SleepMetricsUI::drawSleepRingsWithSize(float size, float slee
         canvas.strokeArc(centre, (c - 82) - 20, -kPi / 2, tipAngle(rating), {3, LineCap::Round, ratingColour, Shadow::soft(2)});
 
     // 4. Data rings, inner to outer; each head is drawn again with a darker shadow
-    // so that a ring past a full turn shows its head lying over its start.
-    for (const DataRing* ring : {&bpm, &deep, &quality, &sleep}) {
-        const Colour colour = ringColour(*ring);
-        const double tip = tipAngle(ring->fraction);
-        canvas.strokeArc(centre, ring->radius, kRingStart, tip, {kRingWidth, LineCap::Round, colour, Shadow::soft(2)});
-        canvas.strokeArc(centre, ring->radius, tipAngle(ring->fraction - ring->headLength), tip,
+    // so that a ring past a full turn shows its head lying over its start. The
+    // rings' soft shadows are black, as the heads' are, so they fall in any
+    // order: one blur serves all four.
+    const DataRing* rings[] = {&bpm, &deep, &quality, &sleep};
+    std::array<platform::Arc, 4> bodies;
+    for (std::size_t i = 0; i < bodies.size(); ++i)
+        bodies[i] = {centre, rings[i]->radius, kRingStart, tipAngle(rings[i]->fraction)};
+    canvas.strokeArcShadows(bodies, {kRingWidth, LineCap::Round, Colour::blackColor(), Shadow::soft(2)});
+    for (std::size_t i = 0; i < bodies.size(); ++i) {
+        const DataRing& ring = *rings[i];
+        const Colour colour = ringColour(ring);
+        const double tip = bodies[i].endAngle;
+        canvas.strokeArc(centre, ring.radius, kRingStart, tip, {kRingWidth, LineCap::Round, colour});
+        canvas.strokeArc(centre, ring.radius, tipAngle(ring.fraction - ring.headLength), tip,
                          {kRingWidth, LineCap::Round, colour,
-                          Shadow{getShadowForPercent(ring->fraction), 5, Colour::blackColor()}});
+                          Shadow{getShadowForPercent(ring.fraction), 5, Colour::blackColor()}});
     }
 
     // 5. Glyphs at the tips and 6. the rating number, under a soft shadow.
