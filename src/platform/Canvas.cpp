@@ -142,7 +142,9 @@ struct Canvas::Impl {
                          std::ceil(extent.x1 + dx + reach), std::ceil(extent.y1 + dy + reach)});
     }
 
-    double shadowSigma(const ShadowState& shadow) const { return std::min(shadow.blur / 2 * scale, kMaxShadowSigmaPixels); }
+    double shadowSigma(const ShadowState& shadow) const {
+        return std::min(shadow.blur / 2 * scale, kMaxShadowSigmaPixels);
+    }
 
     // Draws a shape, first its shadow when one is set. `paint` draws the
     // shape into any context whose matrix maps points to that context's
@@ -269,9 +271,8 @@ void Canvas::setShadowWithColour(Size offset, double blur, const Colour& colour)
         return;
     }
     double limit = impl_->maxCoordinate();
-    impl_->state.shadow = ShadowState{{std::clamp(offset.width, -limit, limit), std::clamp(offset.height, -limit, limit)},
-                                      std::max(0.0, blur),
-                                      rgba};
+    impl_->state.shadow = ShadowState{
+        {std::clamp(offset.width, -limit, limit), std::clamp(offset.height, -limit, limit)}, std::max(0.0, blur), rgba};
 }
 
 void Canvas::setShadow(const std::optional<Shadow>& shadow) {

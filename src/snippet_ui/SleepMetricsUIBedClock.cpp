@@ -53,11 +53,12 @@ platform::ImagePtr SleepMetricsUI::drawBedClock(float size, const std::optional<
     Canvas canvas({S, S}, platform_.screenScale(), platform_.fonts());
 
     // Face (a line this wide round a tiny circle fills the dial), track and rim.
-    layers_.draw(canvas, LayerKey().add(kFaceLayer).add(ringBkg()).add(gaugeBkg()), platform_.fonts(), [&](Canvas& layer) {
-        layer.strokeArc(centre, 2, -kPi / 2, 2 * kPi, {S - 5, LineCap::Round, Colour::blackColor()});
-        layer.strokeArc(centre, c - 12, -kPi / 2, 2 * kPi, {16, LineCap::Round, ringBkg()});
-        layer.strokeArc(centre, c - 1, -kPi / 2, 2 * kPi, {1, LineCap::Round, gaugeBkg()});
-    });
+    layers_.draw(canvas, LayerKey().add(kFaceLayer).add(ringBkg()).add(gaugeBkg()), platform_.fonts(),
+                 [&](Canvas& layer) {
+                     layer.strokeArc(centre, 2, -kPi / 2, 2 * kPi, {S - 5, LineCap::Round, Colour::blackColor()});
+                     layer.strokeArc(centre, c - 12, -kPi / 2, 2 * kPi, {16, LineCap::Round, ringBkg()});
+                     layer.strokeArc(centre, c - 1, -kPi / 2, 2 * kPi, {1, LineCap::Round, gaugeBkg()});
+                 });
 
     float bedAngle = 0;
     if (bedtime && waketime) {
@@ -66,13 +67,19 @@ platform::ImagePtr SleepMetricsUI::drawBedClock(float size, const std::optional<
         const float nowAngle = clock(nh, nm);
 
         // Wedge from now round to bedtime, and the planned sleep span on the track.
-        canvas.strokeArc(centre, widgetMode ? 20 : 40, nowAngle, bedAngle,
-                         {widgetMode ? 40.0 : 70.0, LineCap::Butt, palette.lightRatingColour(80).colorWithAlphaComponent(1)});
-        canvas.strokeArc(centre, (c - 12) + 1, bedAngle, wakeAngle, {12, LineCap::Round, palette.lightRatingColour(110)});
+        canvas.strokeArc(
+            centre, widgetMode ? 20 : 40, nowAngle, bedAngle,
+            {widgetMode ? 40.0 : 70.0, LineCap::Butt, palette.lightRatingColour(80).colorWithAlphaComponent(1)});
+        canvas.strokeArc(centre, (c - 12) + 1, bedAngle, wakeAngle,
+                         {12, LineCap::Round, palette.lightRatingColour(110)});
     }
 
     // Ticks, numbers and hub, the same every day.
-    const LayerKey dial = LayerKey().add(kDialLayer).add(textColour()).add(subtleTextColour()).add(verySubtleTextColour())
+    const LayerKey dial = LayerKey()
+                              .add(kDialLayer)
+                              .add(textColour())
+                              .add(subtleTextColour())
+                              .add(verySubtleTextColour())
                               .add(needleBkg());
     layers_.draw(canvas, dial, platform_.fonts(), [&](Canvas& layer) { drawClockHours(layer, c); });
 

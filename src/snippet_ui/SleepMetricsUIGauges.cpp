@@ -91,9 +91,9 @@ platform::ImagePtr SleepMetricsUI::drawRespRateGaugeWithSize(float size, const D
     gauge.keep([&] {
         gauge.drawDisc(gaugeBkg());
         gauge.drawTrack(gaugeBkg());
-        gauge.drawScaleBands(gauge::kStarBands,
-                             gauge::starBandColours(ready(0), ready(0),
-                                                    {ready(0.6f), ready(1.0f), ready(1.1f), ready(1.0f), ready(0.6f), ready(0)}));
+        gauge.drawScaleBands(gauge::kStarBands, gauge::starBandColours(ready(0), ready(0),
+                                                                       {ready(0.6f), ready(1.0f), ready(1.1f),
+                                                                        ready(1.0f), ready(0.6f), ready(0)}));
         gauge.drawHub(needleBkg());
     });
     const float lowest = orWhenNone(number(dict, "minRespRate"), average);

@@ -86,7 +86,8 @@ platform::ImagePtr SleepMetricsUI::drawRechargeRings(Pallet& palette, float size
     // 11. Glyphs on the heads; too small to read on the smallest rings.
     if (S > 100) {
         canvas.setShadow(Shadow::soft(5));
-        drawTextCentredAt(canvas, "☾", pointAt(c, ro, static_cast<float>(tipAngle(sleep))), {Font::systemFontOfSize(12)});
+        drawTextCentredAt(canvas, "☾", pointAt(c, ro, static_cast<float>(tipAngle(sleep))),
+                          {Font::systemFontOfSize(12)});
         drawTextCentredAt(canvas, "7", pointAt(c, ri, static_cast<float>(tipAngle(bank))),
                           {Font::boldSystemFontOfSize(12)});
         if (accessory) drawTextCentredAt(canvas, "☾", centre, {Font::boldSystemFontOfSize(40), Colour::whiteColor()});
@@ -104,7 +105,8 @@ void SleepMetricsUI::drawHourMarks(Canvas& canvas, Point centre, float radius, f
         for (long i = 0; i < wholeHours; i += 2) {
             const float from = static_cast<float>(i) / goal - 0.25f;
             const float to = static_cast<float>(i + 1) / goal - 0.25f;
-            canvas.strokeArc(centre, radius, from * 2 * kPi, to * 2 * kPi, {width, LineCap::Butt, colour, Shadow::soft(2)});
+            canvas.strokeArc(centre, radius, from * 2 * kPi, to * 2 * kPi,
+                             {width, LineCap::Butt, colour, Shadow::soft(2)});
         }
     } else if (markPixels > 0) {
         // Too many hours to draw one by one: half of the track is marked, in

@@ -99,7 +99,8 @@ platform::ImagePtr SleepMetricsUI::drawSleepRingsWithSize(float size, float slee
     const LayerKey key = LayerKey().add(kLayerId).add(track).add(disc).add(discColour);
     layers_.draw(canvas, key, platform_.fonts(), [&](Canvas& layer) {
         for (const DataRing* ring : {&sleep, &quality, &deep, &bpm})
-            layer.strokeArc(centre, ring->radius, -kPi / 2, 2 * kPi, {kRingWidth, LineCap::Round, track, Shadow::soft(2)});
+            layer.strokeArc(centre, ring->radius, -kPi / 2, 2 * kPi,
+                            {kRingWidth, LineCap::Round, track, Shadow::soft(2)});
         // A round-capped line this wide round a tiny circle fills a disc; the tracks' shadow is still in force.
         if (disc)
             layer.strokeArc(centre, 2, -kPi / 2, 2 * kPi, {(c - 82) + 15, LineCap::Round, discColour, Shadow::soft(2)});
@@ -107,7 +108,8 @@ platform::ImagePtr SleepMetricsUI::drawSleepRingsWithSize(float size, float slee
 
     // 3b. The rating ring, as far as the rating.
     if (rating > 0)
-        canvas.strokeArc(centre, (c - 82) - 20, -kPi / 2, tipAngle(rating), {3, LineCap::Round, ratingColour, Shadow::soft(2)});
+        canvas.strokeArc(centre, (c - 82) - 20, -kPi / 2, tipAngle(rating),
+                         {3, LineCap::Round, ratingColour, Shadow::soft(2)});
 
     // 4. Data rings, inner to outer; each head is drawn again with a darker shadow
     // so that a ring past a full turn shows its head lying over its start. The
@@ -143,7 +145,8 @@ platform::ImagePtr SleepMetricsUI::drawSleepRingsWithSize(float size, float slee
     if (rating > 0) {
         char number[16] = "100";
         if (rating < 1) std::snprintf(number, sizeof number, "%.0f", static_cast<double>(rating * 100.0f));
-        drawTextCentredAt(canvas, number, centre, {Font::systemFontOfSize(34, platform::FontWeight::Heavy), ratingColour});
+        drawTextCentredAt(canvas, number, centre,
+                          {Font::systemFontOfSize(34, platform::FontWeight::Heavy), ratingColour});
     }
     return canvas.makeImage();
 }

@@ -113,9 +113,12 @@ TEST(CanvasStroke, SavedStateEndsAClip) {
 // A layer laid over a canvas gives what drawing its steps there would, on a blank canvas and over a drawing.
 TEST(CanvasLayer, LayerLaidOverIsTheStepsDrawnThere) {
     auto steps = [](Canvas& c) {
-        c.strokeArc({50, 50}, 25, 0, 2 * kPi, {8, LineCap::Round, Colour::systemGreenColor().colorWithAlphaComponent(0.6), Shadow::soft(3)});
+        c.strokeArc({50, 50}, 25, 0, 2 * kPi,
+                    {8, LineCap::Round, Colour::systemGreenColor().colorWithAlphaComponent(0.6), Shadow::soft(3)});
     };
-    auto below = [](Canvas& c) { c.strokeArc({30, 50}, 20, 0, 2 * kPi, {12, LineCap::Butt, Colour::systemRedColor()}); };
+    auto below = [](Canvas& c) {
+        c.strokeArc({30, 50}, 20, 0, 2 * kPi, {12, LineCap::Butt, Colour::systemRedColor()});
+    };
     Canvas layerCanvas({100, 100}, 2, fonts());
     steps(layerCanvas);
     const Rect bounds = layerCanvas.drawnBounds();

@@ -61,8 +61,8 @@ const Picture kPictures[] = {
      }},
     {"consistency-gauge",
      [](SleepMetricsUI& ui) {
-         return ui.drawConsistencyGaugeWithSize(280,
-                                                Dictionary{{"bedTrend", Value(-1260.0)}, {"starsLabel", Value("★★★⭒")}});
+         return ui.drawConsistencyGaugeWithSize(
+             280, Dictionary{{"bedTrend", Value(-1260.0)}, {"starsLabel", Value("★★★⭒")}});
      }},
     {"wrist-temp-gauge",
      [](SleepMetricsUI& ui) {
@@ -91,8 +91,10 @@ int largestDifference(cairo_surface_t* a, cairo_surface_t* b) {
     cairo_surface_flush(b);
     int largest = 0;
     for (int y = 0; y < height; ++y) {
-        const unsigned char* rowA = cairo_image_surface_get_data(a) + static_cast<size_t>(y) * cairo_image_surface_get_stride(a);
-        const unsigned char* rowB = cairo_image_surface_get_data(b) + static_cast<size_t>(y) * cairo_image_surface_get_stride(b);
+        const unsigned char* rowA =
+            cairo_image_surface_get_data(a) + static_cast<size_t>(y) * cairo_image_surface_get_stride(a);
+        const unsigned char* rowB =
+            cairo_image_surface_get_data(b) + static_cast<size_t>(y) * cairo_image_surface_get_stride(b);
         for (int i = 0; i < 4 * width; ++i) largest = std::max(largest, std::abs(rowA[i] - rowB[i]));
     }
     return largest;
