@@ -26,7 +26,7 @@ constexpr double kMaxLineWidthPixels = 1 << 20;
 constexpr double kMaxShadowSigmaPixels = 128;
 
 
-struct Shadow {
+struct ShadowState {
     Size offset;
     double blur = 0;
     Rgba colour;
@@ -37,7 +37,7 @@ struct GState {
     LineCap lineCap = LineCap::Butt;
     Rgba strokeColour{0, 0, 0, 1};
     Rgba fillColour{0, 0, 0, 1};
-    std::optional<Shadow> shadow;
+    std::optional<ShadowState> shadow;
 };
 
 bool finite(double v) { return std::isfinite(v); }
@@ -119,26 +119,52 @@ struct Canvas::Impl {
         return {x0 * scale, y0 * scale, x1 * scale, y1 * scale};
     }
 
+    // A box held to the canvas.
+    PixelBox onCanvas(PixelBox b) const {
+        return {std::max(0.0, b.x0), std::max(0.0, b.y0), std::min<double>(pixelWidth, b.x1),
+                std::min<double>(pixelHeight, b.y1)};
+    }
+
+    // Grows the box drawn on by `b` (canvas pixels).
+    void markDrawn(PixelBox b) {
+        b = onCanvas(b);
+        if (b.empty()) return;
+        drawn = drawn.empty() ? b
+                              : PixelBox{std::min(drawn.x0, b.x0), std::min(drawn.y0, b.y0), std::max(drawn.x1, b.x1),
+                                         std::max(drawn.y1, b.y1)};
+    }
+
+    // The pixels a shadow of a shape within `extent` can reach, on the canvas.
+    PixelBox shadowBox(const ShadowState& shadow, PixelBox extent, double sigma) const {
+        double reach = std::ceil(3 * sigma);
+        double dx = shadow.offset.width * scale, dy = shadow.offset.height * scale;
+        return onCanvas({std::floor(extent.x0 + dx - reach), std::floor(extent.y0 + dy - reach),
+                         std::ceil(extent.x1 + dx + reach), std::ceil(extent.y1 + dy + reach)});
+    }
+
+    double shadowSigma(const ShadowState& shadow) const {
+        return std::min(shadow.blur / 2 * scale, kMaxShadowSigmaPixels);
+    }
+
     // Draws a shape, first its shadow when one is set. `paint` draws the
     // shape into any context whose matrix maps points to that context's
     // pixels; `extent` is where the shape can put paint, in canvas pixels.
     void draw(PixelBox extent, const std::function<void(cairo_t*)>& paint, MaskGrid grid = MaskGrid::Coarse) {
         if (state.shadow) drawShadow(*state.shadow, extent, paint, grid);
         paint(cr.get());
+        // Antialiasing reaches into the pixels the extent only touches.
+        markDrawn({std::floor(extent.x0), std::floor(extent.y0), std::ceil(extent.x1), std::ceil(extent.y1)});
     }
 
     // The shadow: the shape's alpha moved by the offset, blurred, painted in
     // the shadow's colour over the pixels it can reach.
-    void drawShadow(const Shadow& shadow, PixelBox extent, const std::function<void(cairo_t*)>& paint,
+    void drawShadow(const ShadowState& shadow, PixelBox extent, const std::function<void(cairo_t*)>& paint,
                     MaskGrid grid) {
-        double sigma = std::min(shadow.blur / 2 * scale, kMaxShadowSigmaPixels);
-        double reach = std::ceil(3 * sigma);
+        double sigma = shadowSigma(shadow);
         double dx = shadow.offset.width * scale, dy = shadow.offset.height * scale;
-        PixelBox touched{std::max(0.0, std::floor(extent.x0 + dx - reach)),
-                         std::max(0.0, std::floor(extent.y0 + dy - reach)),
-                         std::min<double>(pixelWidth, std::ceil(extent.x1 + dx + reach)),
-                         std::min<double>(pixelHeight, std::ceil(extent.y1 + dy + reach))};
+        PixelBox touched = shadowBox(shadow, extent, sigma);
         if (touched.empty()) return;
+        markDrawn(touched);
         PixelBounds bounds{static_cast<int>(touched.x0), static_cast<int>(touched.y0), static_cast<int>(touched.x1),
                            static_cast<int>(touched.y1)};
         std::optional<ShadowMask> mask = makeShadowMask(bounds, sigma, [&](cairo_t* target) {
@@ -157,6 +183,31 @@ struct Canvas::Impl {
         cairo_mask_surface(cr.get(), mask->alpha.get(), mask->x, mask->y);
     }
 
+    // Strokes, then clears, the current path: the shape under its shadow, or only the shadow.
+    void stroke(bool shape) {
+        cairo_t* context = cr.get();
+        if (!drawable() || state.lineWidth <= 0 || (!shape && !state.shadow)) {
+            cairo_new_path(context);
+            return;
+        }
+        applyStroke(context);
+        double x0, y0, x1, y1;
+        cairo_stroke_extents(context, &x0, &y0, &x1, &y1);
+        PathPtr path(cairo_copy_path(context));
+        cairo_new_path(context);
+        if (path->status != CAIRO_STATUS_SUCCESS || path->num_data == 0) return;
+        auto paint = [&](cairo_t* target) {
+            applyStroke(target);
+            cairo_append_path(target, path.get());
+            cairo_stroke(target);
+        };
+        const PixelBox extent = deviceBox(x0, y0, x1, y1);
+        if (shape)
+            draw(extent, paint);
+        else
+            drawShadow(*state.shadow, extent, paint, MaskGrid::Coarse);
+    }
+
     const FontSystem& fonts;
     Size size;
     double scale = 1;
@@ -165,10 +216,15 @@ struct Canvas::Impl {
     CairoPtr cr;
     GState state;
     std::vector<GState> saved;
+    // How many of `saved` the context `cr` holds a cairo_save for.
+    int contextSaves = 0;
+    // The box drawn on so far, in canvas pixels.
+    PixelBox drawn;
 };
 
 Canvas::Canvas(Size points, double scale, const FontSystem& fonts)
     : impl_(std::make_unique<Impl>(points, scale, fonts)) {}
+
 
 Canvas::~Canvas() = default;
 
@@ -179,6 +235,9 @@ Canvas::SavedState::~SavedState() { canvas_->restoreGState(); }
 
 Canvas::SavedState Canvas::saveGState() {
     impl_->saved.push_back(impl_->state);
+    // Cairo keeps the clip: saved with the rest, so one guard ends both.
+    cairo_save(impl_->cr.get());
+    ++impl_->contextSaves;
     return SavedState(*this);
 }
 
@@ -186,6 +245,10 @@ void Canvas::restoreGState() {
     if (impl_->saved.empty()) return;
     impl_->state = impl_->saved.back();
     impl_->saved.pop_back();
+    // A canvas emptied by `makeImage` has a fresh context with nothing saved in it.
+    if (impl_->contextSaves == 0) return;
+    --impl_->contextSaves;
+    cairo_restore(impl_->cr.get());
 }
 
 void Canvas::setLineWidth(double width) {
@@ -208,9 +271,15 @@ void Canvas::setShadowWithColour(Size offset, double blur, const Colour& colour)
         return;
     }
     double limit = impl_->maxCoordinate();
-    impl_->state.shadow = Shadow{{std::clamp(offset.width, -limit, limit), std::clamp(offset.height, -limit, limit)},
-                                 std::max(0.0, blur),
-                                 rgba};
+    impl_->state.shadow = ShadowState{
+        {std::clamp(offset.width, -limit, limit), std::clamp(offset.height, -limit, limit)}, std::max(0.0, blur), rgba};
+}
+
+void Canvas::setShadow(const std::optional<Shadow>& shadow) {
+    if (shadow)
+        setShadowWithColour(shadow->offset, shadow->blur, shadow->colour);
+    else
+        setNoShadow();
 }
 
 void Canvas::setNoShadow() { impl_->state.shadow.reset(); }
@@ -233,6 +302,40 @@ void Canvas::addArc(Point centre, double radius, double startAngle, double endAn
     cairo_arc(impl_->cr.get(), c.x, c.y, r, start, start + sweep);
 }
 
+void Canvas::strokeArc(Point centre, double radius, double startAngle, double endAngle, const ArcStroke& stroke) {
+    setShadow(stroke.shadow);
+    setLineCap(stroke.cap);
+    setLineWidth(stroke.width);
+    setStrokeColour(stroke.colour);
+    addArc(centre, radius, startAngle, endAngle);
+    strokePath();
+}
+
+void Canvas::drawLayer(const Image& layer, Rect within) {
+    Impl& impl = *impl_;
+    if (!impl.drawable() || layer.pixelWidth() != impl.pixelWidth || layer.pixelHeight() != impl.pixelHeight) return;
+    PixelBox box = impl.onCanvas(impl.deviceBox(within.x, within.y, within.x + within.width, within.y + within.height));
+    box = {std::floor(box.x0), std::floor(box.y0), std::ceil(box.x1), std::ceil(box.y1)};
+    if (box.empty()) return;
+    cairo_t* cr = impl.cr.get();
+    CairoSaved saved(cr);
+    cairo_identity_matrix(cr);
+    cairo_rectangle(cr, box.x0, box.y0, box.x1 - box.x0, box.y1 - box.y0);
+    cairo_clip(cr);
+    // On a canvas nothing has been drawn on yet, over is a copy: the cheapest.
+    if (impl.drawn.empty()) cairo_set_operator(cr, CAIRO_OPERATOR_SOURCE);
+    cairo_set_source_surface(cr, layer.surface(), 0, 0);
+    cairo_paint(cr);
+    impl.markDrawn(box);
+}
+
+Rect Canvas::drawnBounds() const {
+    const PixelBox& d = impl_->drawn;
+    if (d.empty()) return {};
+    double s = impl_->scale;
+    return {d.x0 / s, d.y0 / s, (d.x1 - d.x0) / s, (d.y1 - d.y0) / s};
+}
+
 void Canvas::moveTo(Point point) {
     if (!finite(point)) return;
     Point p = impl_->clamped(point);
@@ -247,23 +350,21 @@ void Canvas::addLineTo(Point point) {
 
 void Canvas::closePath() { cairo_close_path(impl_->cr.get()); }
 
-void Canvas::strokePath() {
+void Canvas::strokePath() { impl_->stroke(true); }
+
+void Canvas::strokeArcShadows(std::span<const Arc> arcs, const ArcStroke& stroke) {
+    setShadow(stroke.shadow);
+    setLineCap(stroke.cap);
+    setLineWidth(stroke.width);
+    setStrokeColour(stroke.colour);
     cairo_t* cr = impl_->cr.get();
-    if (!impl_->drawable() || impl_->state.lineWidth <= 0) {
-        cairo_new_path(cr);
-        return;
-    }
-    impl_->applyStroke(cr);
-    double x0, y0, x1, y1;
-    cairo_stroke_extents(cr, &x0, &y0, &x1, &y1);
-    PathPtr path(cairo_copy_path(cr));
     cairo_new_path(cr);
-    if (path->status != CAIRO_STATUS_SUCCESS || path->num_data == 0) return;
-    impl_->draw(impl_->deviceBox(x0, y0, x1, y1), [&](cairo_t* target) {
-        impl_->applyStroke(target);
-        cairo_append_path(target, path.get());
-        cairo_stroke(target);
-    });
+    for (const Arc& arc : arcs) {
+        // Each arc on its own: no line joins it to the one before.
+        cairo_new_sub_path(cr);
+        addArc(arc.centre, arc.radius, arc.startAngle, arc.endAngle);
+    }
+    impl_->stroke(false);
 }
 
 void Canvas::fillPath() {
@@ -359,10 +460,10 @@ ImagePtr Canvas::makeImage() {
     cairo_scale(impl.cr.get(), impl.scale, impl.scale);
     impl.pixelWidth = impl.pixelHeight = 0;
     impl.size = {};
+    impl.contextSaves = 0;
+    impl.drawn = {};
     return image;
 }
-
-Canvas::ClipScope::~ClipScope() { cairo_restore(canvas_->impl_->cr.get()); }
 
 void Canvas::addRoundedRect(Rect rect, double radius) {
     if (!finite(rect.x) || !finite(rect.y) || !finite(rect.width) || !finite(rect.height) || !finite(radius)) return;
@@ -384,12 +485,10 @@ void Canvas::addRoundedRect(Rect rect, double radius) {
     cairo_close_path(cr);
 }
 
-Canvas::ClipScope Canvas::clipToPath() {
+void Canvas::clipToPath() {
     cairo_t* cr = impl_->cr.get();
-    cairo_save(cr);
     cairo_set_fill_rule(cr, CAIRO_FILL_RULE_WINDING);
     cairo_clip(cr);
-    return ClipScope(*this);
 }
 
 void Canvas::drawLinearGradient(const std::vector<Colour>& colours, Point start, Point end) {
@@ -405,6 +504,9 @@ void Canvas::drawLinearGradient(const std::vector<Colour>& colours, Point start,
     CairoSaved saved(cr);
     cairo_set_source(cr, pattern.get());
     cairo_paint(cr);
+    double x0, y0, x1, y1;
+    cairo_clip_extents(cr, &x0, &y0, &x1, &y1);
+    impl_->markDrawn(impl_->deviceBox(std::floor(x0), std::floor(y0), std::ceil(x1), std::ceil(y1)));
 }
 
 namespace {

@@ -7,6 +7,8 @@
 #include "Value.h"
 
 #include <memory>
+#include <optional>
+#include <span>
 #include <string_view>
 #include <vector>
 
@@ -16,6 +18,32 @@ class FontSystem;
 class Image;
 
 enum class LineCap { Butt, Round, Square };
+
+// A shadow: how far it falls and how soft it is (points), and its colour.
+struct Shadow {
+    Size offset;
+    double blur = 0;
+    Colour colour = Colour::blackColor().colorWithAlphaComponent(1.0 / 3);
+
+    // Straight under the shape, in the platform's default colour (black at alpha 1/3).
+    static Shadow soft(double blur) { return {{0, 0}, blur}; }
+};
+
+// An arc round `centre`, swept from `startAngle` to `endAngle` as `Canvas::addArc` sweeps it.
+struct Arc {
+    Point centre;
+    double radius = 0;
+    double startAngle = 0;
+    double endAngle = 0;
+};
+
+// How an arc is stroked: width, cap, colour, and the shadow under it (none: no shadow).
+struct ArcStroke {
+    double width = 1;
+    LineCap cap = LineCap::Butt;
+    Colour colour = Colour::blackColor();
+    std::optional<Shadow> shadow;
+};
 
 // What text is drawn with: the system font of a size and weight, and its colours.
 struct TextAttributes {
@@ -31,7 +59,7 @@ struct TextAttributes {
 // under every stroke, fill, image and text. One canvas serves one thread.
 class Canvas {
 public:
-    // Restores the graphics state saved by `saveGState` when it goes out of scope.
+    // Restores the graphics state saved by `saveGState`, clip included, when it goes out of scope.
     class [[nodiscard]] SavedState {
     public:
         ~SavedState();
@@ -60,7 +88,7 @@ public:
     // Pixels per point.
     double scale() const;
 
-    // Saves the graphics state until the returned guard is destroyed.
+    // Saves the graphics state (line, colours, shadow and clip) until the returned guard is destroyed.
     SavedState saveGState();
 
     void setLineWidth(double width);
@@ -71,6 +99,8 @@ public:
     // A shadow of the platform's default colour, black at alpha 1/3.
     void setShadow(Size offset, double blur);
     void setShadowWithColour(Size offset, double blur, const Colour& colour);
+    // The shadow given; none: no shadow.
+    void setShadow(const std::optional<Shadow>& shadow);
     // No shadow (offset 0, blur 0).
     void setNoShadow();
 
@@ -79,11 +109,23 @@ public:
     void moveTo(Point point);
     void addLineTo(Point point);
     void closePath();
+    // Strokes one arc, as `addArc` adds it, with the width, cap, colour and shadow
+    // of `stroke`; they stay in force afterwards, as if set one by one.
+    void strokeArc(Point centre, double radius, double startAngle, double endAngle, const ArcStroke& stroke);
+    // Paints only the shadow that `stroke` casts under `arcs`, blurred together:
+    // shapes that share a shadow are blurred once. The arcs are left to be
+    // stroked afterwards without a shadow; the stroke stays in force.
+    void strokeArcShadows(std::span<const Arc> arcs, const ArcStroke& stroke);
     // Strokes, then clears, the current path.
     void strokePath();
     // Fills (non-zero winding), then clears, the current path.
     void fillPath();
 
+    // Draws `layer`, a picture of this canvas's size and scale, pixel for pixel
+    // where it lies within `within` (points), without shadow.
+    void drawLayer(const Image& layer, Rect within);
+    // A box (points) that holds every pixel drawn on so far, shadows included; empty when none is.
+    Rect drawnBounds() const;
     // Draws an image scaled into `rect`; none draws nothing.
     void drawImage(const ImagePtr& image, Rect rect);
 
@@ -95,20 +137,6 @@ public:
     // Ends the context: the bitmap drawn so far. The canvas is left empty.
     ImagePtr makeImage();
 
-    // Limits drawing to a region until the guard from `clipToPath` is destroyed.
-    class [[nodiscard]] ClipScope {
-    public:
-        ~ClipScope();
-        ClipScope(const ClipScope&) = delete;
-        ClipScope& operator=(const ClipScope&) = delete;
-
-    private:
-        // Only `clipToPath` makes one, so every guard ends a clip it began.
-        friend class Canvas;
-        explicit ClipScope(Canvas& canvas) : canvas_(&canvas) {}
-        Canvas* canvas_;
-    };
-
     // The laid-out size of a text block and whether it had to be cut short.
     struct TextBlockSize {
         Size size;
@@ -117,8 +145,9 @@ public:
 
     // Adds a rectangle with corners rounded to `radius` (held to half the shorter side).
     void addRoundedRect(Rect rect, double radius);
-    // Intersects the clip with the current path, then clears the path.
-    ClipScope clipToPath();
+    // Intersects the clip with the current path, then clears the path. The clip
+    // is part of the graphics state: the guard of an earlier `saveGState` ends it.
+    void clipToPath();
     // Paints the clip with a linear gradient of evenly spaced colours from `start` to `end`.
     void drawLinearGradient(const std::vector<Colour>& colours, Point start, Point end);
     // A text wrapped to `width` in at most `lines` lines (0: any number), cut with an ellipsis beyond.

@@ -120,7 +120,8 @@ void ViewRenderer::drawBackground(Canvas& canvas, const View& view, Rect frame) 
     bool hasColour = view.backgroundColor() && view.backgroundColor()->alpha() > 0;
     if (!hasColour && !hasGradient) return;
     canvas.addRoundedRect(frame, view.layer().cornerRadius());
-    auto clip = canvas.clipToPath();
+    auto saved = canvas.saveGState();
+    canvas.clipToPath();
     if (hasColour) {
         canvas.addRoundedRect(frame, 0);
         canvas.setFillColour(*view.backgroundColor());
@@ -141,7 +142,8 @@ void ViewRenderer::drawImage(Canvas& canvas, const View& view, const ImagePtr& i
     double w = natural.width * fit, h = natural.height * fit;
     Rect r = onPixelGrid({frame.x + (frame.width - w) / 2, frame.y + (frame.height - h) / 2, w, h}, canvas.scale());
     canvas.addRoundedRect(frame, view.layer().cornerRadius());
-    auto clip = canvas.clipToPath();
+    auto saved = canvas.saveGState();
+    canvas.clipToPath();
     canvas.drawImage(image, r);
 }
 
@@ -166,7 +168,8 @@ void ViewRenderer::drawText(Canvas& canvas, const View& view, Rect frame) const 
     }
     Rect block = lines == 1 ? frame : balanced(canvas, text, frame, lines, view.alignment(), attributes);
     canvas.addRoundedRect(frame, 0);
-    auto clip = canvas.clipToPath();
+    auto saved = canvas.saveGState();
+    canvas.clipToPath();
     canvas.drawTextBlock(text, block, lines, view.alignment(), attributes);
 }
 

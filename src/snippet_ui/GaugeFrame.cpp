@@ -7,6 +7,7 @@ namespace velmorant::gauge {
 
 using platform::Colour;
 using platform::LineCap;
+using platform::Shadow;
 
 namespace {
 
@@ -14,6 +15,8 @@ constexpr double kTwoPi = 2 * std::numbers::pi;
 constexpr double kTrackWidth = 25;
 constexpr double kSevenDayWidth = 12.5;
 constexpr float kCentreToTextBase = 90;
+// Tells the dials' layers from other pictures' in a shared cache.
+constexpr double kLayerId = 1;
 
 Colour rangeBlue(double alpha) { return Colour::colorWithHue(193.0 / 360, 0.92, 0.5, alpha); }
 
@@ -38,102 +41,131 @@ TextPlacement valueTextPlacement(bool widgetMode) {
     return widgetMode ? TextPlacement{26, -4.3} : TextPlacement{24, -5.1};
 }
 
-GaugeFrame::GaugeFrame(float side, bool widgetMode, platform::Platform& platform)
-    : canvas_({side, side}, platform.screenScale(), platform.fonts()),
+GaugeFrame::GaugeFrame(float side, bool widgetMode, platform::Platform& platform, LayerCache& layers)
+    : platform_(platform),
+      layers_(layers),
+      canvas_({side, side}, platform.screenScale(), platform.fonts()),
+      target_(&canvas_),
+      widgetMode_(widgetMode),
       c_(side * 0.5f),
       radius_(c_ - 25),
       k_(side / 280),
       rangeWidth_(widgetMode ? 78.0f : 85 * k_) {}
 
+void GaugeFrame::keep(const std::function<void()>& steps) {
+    // The key: what the steps draw with, the shadow in force before them included.
+    LayerKey key;
+    key.add(kLayerId).add(widgetMode_).add(shadow_.has_value());
+    if (shadow_) key.add(shadow_->offset.width).add(shadow_->offset.height).add(shadow_->blur).add(shadow_->colour);
+    const std::optional<Shadow> before = shadow_;
+    key_ = &key;
+    steps();
+    key_ = nullptr;
+    const std::optional<Shadow> after = shadow_;
+    layers_.draw(canvas_, key, platform_.fonts(), [&](platform::Canvas& layer) {
+        shadow_ = before;
+        target_ = &layer;
+        steps();
+        target_ = &canvas_;
+    });
+    shadow_ = after;
+}
+
+bool GaugeFrame::describing(std::initializer_list<double> numbers, std::initializer_list<Colour> colours) {
+    if (!key_) return false;
+    for (double number : numbers) key_->add(number);
+    for (const Colour& colour : colours) key_->add(colour);
+    return true;
+}
+
 void GaugeFrame::drawDisc(const Colour& colour) {
-    canvas_.setFillColour(colour);
-    canvas_.addArc(centre(), radius_, 0, kTwoPi);
-    canvas_.addLineTo(centre());
-    canvas_.closePath();
-    canvas_.fillPath();
+    if (describing({1}, {colour})) return;
+    target_->setShadow(shadow_);
+    target_->setFillColour(colour);
+    target_->addArc(centre(), radius_, 0, kTwoPi);
+    target_->addLineTo(centre());
+    target_->closePath();
+    target_->fillPath();
 }
 
 void GaugeFrame::drawTrack(const Colour& colour) {
-    canvas_.setLineCap(LineCap::Round);
-    canvas_.setLineWidth(kTrackWidth);
-    canvas_.setStrokeColour(colour);
-    strokeArc(radius_ + 1, -std::numbers::pi / 2, kTwoPi);
+    if (describing({2}, {colour})) return;
+    strokeArc(radius_ + 1, -std::numbers::pi / 2, kTwoPi, kTrackWidth, LineCap::Round, colour);
 }
 
 void GaugeFrame::drawScaleBand(const ScaleBand& band, const Colour& colour) {
-    canvas_.setLineCap(band.cap);
-    canvas_.setLineWidth(kTrackWidth);
-    canvas_.setStrokeColour(colour);
-    strokeArc(radius_ + 1, band.startAngle, band.endAngle);
+    if (describing({3, static_cast<double>(band.cap), band.startAngle, band.endAngle}, {colour})) return;
+    strokeArc(radius_ + 1, band.startAngle, band.endAngle, kTrackWidth, band.cap, colour);
 }
 
 void GaugeFrame::drawRangeBand(float fromFraction, float toFraction) {
-    canvas_.setLineCap(LineCap::Butt);
-    canvas_.setLineWidth(rangeWidth_);
-    canvas_.setStrokeColour(rangeBlue(1));
-    strokeArc(c_ - rangeWidth_, scaleAngle(fromFraction), scaleAngle(toFraction));
+    if (describing({4, fromFraction, toFraction})) return;
+    strokeArc(c_ - rangeWidth_, scaleAngle(fromFraction), scaleAngle(toFraction), rangeWidth_, LineCap::Butt,
+              rangeBlue(1));
 }
 
 void GaugeFrame::drawSevenDayRange(float fromFraction, float toFraction) {
-    canvas_.setLineCap(LineCap::Butt);
-    canvas_.setLineWidth(kSevenDayWidth);
-    canvas_.setStrokeColour(rangeBlue(0.5));
-    strokeArc(radius_ + 1, scaleAngle(fromFraction), scaleAngle(toFraction));
+    if (describing({5, fromFraction, toFraction})) return;
+    strokeArc(radius_ + 1, scaleAngle(fromFraction), scaleAngle(toFraction), kSevenDayWidth, LineCap::Butt,
+              rangeBlue(0.5));
 }
 
 void GaugeFrame::drawSevenDayMarker(double fromFraction, double toFraction) {
-    canvas_.setLineCap(LineCap::Butt);
-    canvas_.setLineWidth(kSevenDayWidth);
-    canvas_.setStrokeColour(Colour::colorWithHue(193.0 / 360, 0.92, 0.1, 0.8));
-    strokeArc(radius_ + 1, scaleAngle(fromFraction), scaleAngle(toFraction));
+    if (describing({6, fromFraction, toFraction})) return;
+    strokeArc(radius_ + 1, scaleAngle(fromFraction), scaleAngle(toFraction), kSevenDayWidth, LineCap::Butt,
+              Colour::colorWithHue(193.0 / 360, 0.92, 0.1, 0.8));
 }
 
 void GaugeFrame::drawHub(const Colour& colour) {
-    canvas_.setShadow({0, 0}, 2);
-    canvas_.setFillColour(colour);
-    canvas_.addArc(centre(), 8, 0, kTwoPi);
-    canvas_.addLineTo(centre());
-    canvas_.closePath();
-    canvas_.fillPath();
+    shadow_ = Shadow::soft(2);
+    if (describing({7}, {colour})) return;
+    target_->setShadow(shadow_);
+    target_->setFillColour(colour);
+    target_->addArc(centre(), 8, 0, kTwoPi);
+    target_->addLineTo(centre());
+    target_->closePath();
+    target_->fillPath();
 }
 
-void GaugeFrame::drawIcon(const platform::ImagePtr& icon, float offset, float drop, float side) {
-    auto saved = canvas_.saveGState();
-    canvas_.drawImage(icon, {c_ - offset * k_, c_ + drop * k_, side * k_, side * k_});
+void GaugeFrame::drawIcon(std::string_view name, float offset, float drop, float side) {
+    if (describing({8, offset, drop, side})) {
+        key_->add(name);
+        return;
+    }
+    target_->setShadow(shadow_);
+    target_->drawImage(platform_.imageNamed(name), {c_ - offset * k_, c_ + drop * k_, side * k_, side * k_});
 }
 
 void GaugeFrame::drawText(std::string_view text, TextPlacement placement, const Colour& colour) {
-    auto saved = canvas_.saveGState();
     platform::TextAttributes attributes{
         platform::Font::systemFontOfSize(placement.fontSize, platform::FontWeight::Bold), colour, Colour::clearColor()};
-    platform::Size measured = canvas_.sizeWithAttributes(text, attributes);
-    canvas_.setNoShadow();
-    canvas_.drawAtPoint(text,
-                        {c_ - 0.5 * measured.width, (c_ + kCentreToTextBase) + measured.height * placement.lineOffset},
-                        attributes);
+    platform::Size measured = target_->sizeWithAttributes(text, attributes);
+    target_->setNoShadow();
+    target_->drawAtPoint(text,
+                         {c_ - 0.5 * measured.width, (c_ + kCentreToTextBase) + measured.height * placement.lineOffset},
+                         attributes);
 }
 
 void GaugeFrame::drawNeedle(double fraction) {
-    canvas_.setLineCap(LineCap::Round);
-    canvas_.setShadowWithColour({0, 0}, 15, Colour::blackColor());
-    canvas_.setLineWidth(6);
-    canvas_.setStrokeColour(Colour::whiteColor());
-    canvas_.setFillColour(Colour::whiteColor());
-    const float length = static_cast<float>(0.95 * radius_);
     const double angle = scaleAngle(fraction);
     if (!std::isfinite(angle)) return;
-    canvas_.moveTo(centre());
-    canvas_.addLineTo({c_ + length * std::cos(angle), c_ + length * std::sin(angle)});
-    canvas_.strokePath();
+    const float length = static_cast<float>(0.95 * radius_);
+    target_->setShadow(Shadow{{0, 0}, 15, Colour::blackColor()});
+    target_->setLineCap(LineCap::Round);
+    target_->setLineWidth(6);
+    target_->setStrokeColour(Colour::whiteColor());
+    target_->moveTo(centre());
+    target_->addLineTo({c_ + length * std::cos(angle), c_ + length * std::sin(angle)});
+    target_->strokePath();
 }
 
 platform::ImagePtr GaugeFrame::finish() { return canvas_.makeImage(); }
 
-void GaugeFrame::strokeArc(double radius, double startAngle, double endAngle) {
+void GaugeFrame::strokeArc(double radius, double startAngle, double endAngle, double width, LineCap cap,
+                           const Colour& colour) {
     // A value that is not a number has no place on the dial; its arc is left out.
     if (!std::isfinite(startAngle) || !std::isfinite(endAngle)) return;
-    canvas_.addArc(centre(), radius, startAngle, endAngle);
-    canvas_.strokePath();
+    target_->strokeArc(centre(), radius, startAngle, endAngle, {width, cap, colour, shadow_});
 }
 
 }  // namespace velmorant::gauge

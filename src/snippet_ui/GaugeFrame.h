@@ -1,5 +1,7 @@
 #pragma once
 
+#include "snippet_ui/LayerCache.h"
+
 #include "platform/Canvas.h"
 #include "platform/Colour.h"
 #include "platform/Geometry.h"
@@ -8,6 +10,8 @@
 
 #include <array>
 #include <cstddef>
+#include <functional>
+#include <optional>
 #include <string>
 #include <string_view>
 
@@ -73,7 +77,12 @@ TextPlacement valueTextPlacement(bool widgetMode);
 // and overlays, each one drawing call.
 class GaugeFrame {
 public:
-    GaugeFrame(float side, bool widgetMode, platform::Platform& platform);
+    GaugeFrame(float side, bool widgetMode, platform::Platform& platform, LayerCache& layers);
+
+    // Runs steps that do not depend on the reading (the dial, the hub, an
+    // icon) once per size, scale and their arguments, and afterwards draws
+    // what they drew from a kept layer.
+    void keep(const std::function<void()>& steps);
 
     // The dark disc.
     void drawDisc(const platform::Colour& colour);
@@ -92,8 +101,8 @@ public:
     void drawSevenDayMarker(double fromFraction, double toFraction);
     // The hub; its soft shadow stays in force for what follows.
     void drawHub(const platform::Colour& colour);
-    // An icon below the hub: `offset` left of and `drop` below the centre, `side` wide, all times k.
-    void drawIcon(const platform::ImagePtr& icon, float offset = 23, float drop = 25, float side = 46);
+    // The named icon below the hub: `offset` left of and `drop` below the centre, `side` wide, all times k.
+    void drawIcon(std::string_view name, float offset = 23, float drop = 25, float side = 46);
     // The value text centred above the hub, without shadow.
     void drawText(std::string_view text, TextPlacement placement, const platform::Colour& colour);
     // The white needle at a dial fraction; nothing when the fraction is not a number.
@@ -103,10 +112,21 @@ public:
 
 private:
     void drawScaleBand(const ScaleBand& band, const platform::Colour& colour);
-    void strokeArc(double radius, double startAngle, double endAngle);
+    // An arc round the centre, under the shadow in force.
+    void strokeArc(double radius, double startAngle, double endAngle, double width, platform::LineCap cap,
+                   const platform::Colour& colour);
     platform::Point centre() const { return {c_, c_}; }
+    // While `keep` works out its key, steps add their arguments to it instead of drawing.
+    bool describing(std::initializer_list<double> numbers, std::initializer_list<platform::Colour> colours = {});
 
+    platform::Platform& platform_;
+    LayerCache& layers_;
     platform::Canvas canvas_;
+    platform::Canvas* target_;  // the canvas, or the layer being drawn for `keep`
+    LayerKey* key_ = nullptr;   // set while `keep` describes its steps
+    // The shadow under what is drawn: none until the hub sets its own.
+    std::optional<platform::Shadow> shadow_;
+    bool widgetMode_;
     float c_;           // the centre's x and y
     float radius_;      // the disc's
     float k_;           // the icon's scale

@@ -10,6 +10,7 @@
 #include "platform/Platform.h"
 #include "platform/PreferencesStore.h"
 #include "platform/Value.h"
+#include "snippet_ui/LayerCache.h"
 
 #include <cstdint>
 #include <initializer_list>
@@ -127,6 +128,17 @@ private:
     Pallet& pallet();
     GroupMetrics& groupMetrics();
 
+    // The drawings themselves, given all they show: the recharge rings on the
+    // dark palette with the sleep goal in hours, the bed clock at `now`.
+    platform::ImagePtr drawRechargeRings(Pallet& darkPalette, float size, float sleepPercent, float bankPercent,
+                                         float goalHours);
+    static void drawHourMarks(platform::Canvas& canvas, platform::Point centre, float radius, float width,
+                              float goal, const platform::Colour& colour);
+    platform::ImagePtr drawBedClock(float size, const std::optional<platform::Date>& bedtime,
+                                    const std::optional<platform::Date>& waketime, platform::Date now);
+    // The bed clock's hour ticks, hour numbers and hub.
+    void drawClockHours(platform::Canvas& layer, float c) const;
+
     // Ring and clock geometry: the angle of a fraction of a turn (0 straight up),
     // a point at a radius and angle from the centre (c, c), and a text centred on a point.
     static double tipAngle(double fraction);
@@ -139,6 +151,8 @@ private:
     std::unique_ptr<FormatTools> formatTools_;
     std::unique_ptr<Pallet> pallet_;
     std::unique_ptr<GroupMetrics> groupMetrics_;
+    // What the pictures draw the same every time, kept per size and scale.
+    LayerCache layers_;
 };
 
 }  // namespace velmorant

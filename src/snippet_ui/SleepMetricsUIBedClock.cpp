@@ -19,11 +19,19 @@ using Text = platform::TextAttributes;
 namespace {
 
 constexpr double kPi = std::numbers::pi;
+// Tells this picture's layers from other pictures' in a shared cache.
+constexpr double kFaceLayer = 4;
+constexpr double kDialLayer = 5;
 
 }  // namespace
 
 platform::ImagePtr SleepMetricsUI::drawTheBedClockWithSize(float size, const std::optional<platform::Date>& bedtime,
                                                            const std::optional<platform::Date>& waketime) {
+    return drawBedClock(size, bedtime, waketime, platform_.now());
+}
+
+platform::ImagePtr SleepMetricsUI::drawBedClock(float size, const std::optional<platform::Date>& bedtime,
+                                                const std::optional<platform::Date>& waketime, platform::Date now) {
     Pallet& palette = pallet();
     const float S = size;
     const float c = S * 0.5f;
@@ -39,31 +47,18 @@ platform::ImagePtr SleepMetricsUI::drawTheBedClockWithSize(float size, const std
         return clock(formatTools().currentHour(date), formatTools().currentMin(date));
     };
 
-    const platform::Date now = platform_.now();
     const long nh = formatTools().currentHour(now);
     const long nm = formatTools().currentMin(now);
 
     Canvas canvas({S, S}, platform_.screenScale(), platform_.fonts());
 
-    // Face: a line this wide round a tiny circle fills the dial.
-    canvas.setLineCap(LineCap::Round);
-    canvas.setLineWidth(S - 5);
-    canvas.setStrokeColour(Colour::blackColor());
-    canvas.addArc(centre, 2, -kPi / 2, 2 * kPi);
-    canvas.strokePath();
-
-    // Track and rim.
-    canvas.setLineCap(LineCap::Round);
-    canvas.setLineWidth(16);
-    canvas.setStrokeColour(ringBkg());
-    canvas.addArc(centre, c - 12, -kPi / 2, 2 * kPi);
-    canvas.strokePath();
-
-    canvas.setLineCap(LineCap::Round);
-    canvas.setLineWidth(1);
-    canvas.setStrokeColour(gaugeBkg());
-    canvas.addArc(centre, c - 1, -kPi / 2, 2 * kPi);
-    canvas.strokePath();
+    // Face (a line this wide round a tiny circle fills the dial), track and rim.
+    layers_.draw(canvas, LayerKey().add(kFaceLayer).add(ringBkg()).add(gaugeBkg()), platform_.fonts(),
+                 [&](Canvas& layer) {
+                     layer.strokeArc(centre, 2, -kPi / 2, 2 * kPi, {S - 5, LineCap::Round, Colour::blackColor()});
+                     layer.strokeArc(centre, c - 12, -kPi / 2, 2 * kPi, {16, LineCap::Round, ringBkg()});
+                     layer.strokeArc(centre, c - 1, -kPi / 2, 2 * kPi, {1, LineCap::Round, gaugeBkg()});
+                 });
 
     float bedAngle = 0;
     if (bedtime && waketime) {
@@ -71,63 +66,24 @@ platform::ImagePtr SleepMetricsUI::drawTheBedClockWithSize(float size, const std
         const float wakeAngle = clockOf(*waketime);
         const float nowAngle = clock(nh, nm);
 
-        // Wedge from now round to bedtime.
-        canvas.setLineCap(LineCap::Butt);
-        canvas.setLineWidth(widgetMode ? 40 : 70);
-        canvas.setStrokeColour(palette.lightRatingColour(80).colorWithAlphaComponent(1));
-        canvas.addArc(centre, widgetMode ? 20 : 40, nowAngle, bedAngle);
-        canvas.strokePath();
-
-        // The planned sleep span on the track.
-        canvas.setLineCap(LineCap::Round);
-        canvas.setLineWidth(12);
-        canvas.setStrokeColour(palette.lightRatingColour(110));
-        canvas.addArc(centre, (c - 12) + 1, bedAngle, wakeAngle);
-        canvas.strokePath();
+        // Wedge from now round to bedtime, and the planned sleep span on the track.
+        canvas.strokeArc(
+            centre, widgetMode ? 20 : 40, nowAngle, bedAngle,
+            {widgetMode ? 40.0 : 70.0, LineCap::Butt, palette.lightRatingColour(80).colorWithAlphaComponent(1)});
+        canvas.strokeArc(centre, (c - 12) + 1, bedAngle, wakeAngle,
+                         {12, LineCap::Round, palette.lightRatingColour(110)});
     }
 
-    // Hour ticks, with a finer tick on each half hour.
+    // Ticks, numbers and hub, the same every day.
+    const LayerKey dial = LayerKey()
+                              .add(kDialLayer)
+                              .add(textColour())
+                              .add(subtleTextColour())
+                              .add(verySubtleTextColour())
+                              .add(needleBkg());
+    layers_.draw(canvas, dial, platform_.fonts(), [&](Canvas& layer) { drawClockHours(layer, c); });
+
     canvas.setLineCap(LineCap::Round);
-    double theta = radians(-90);
-    for (int hour = 0; hour < 24; ++hour) {
-        const bool even = hour % 2 == 0;
-        const float angle = static_cast<float>(theta);
-        canvas.setLineWidth(even ? 4 : 2);
-        canvas.setStrokeColour(even ? textColour() : subtleTextColour());
-        canvas.moveTo(pointAt(c, c - 26, angle));
-        canvas.addLineTo(pointAt(c, c - 22, angle));
-        canvas.strokePath();
-        theta += radians(7.5);
-
-        const float halfAngle = static_cast<float>(theta);
-        canvas.setLineWidth(1);
-        canvas.setStrokeColour(verySubtleTextColour());
-        canvas.moveTo(pointAt(c, c - 25, halfAngle));
-        canvas.addLineTo(pointAt(c, c - 22, halfAngle));
-        canvas.strokePath();
-        theta += radians(7.5);
-    }
-
-    // Hour numbers; the quarters of the day stand out.
-    theta = radians(-90);
-    for (int hour = 0; hour < 24; ++hour) {
-        const bool quarter = hour % 6 == 0;
-        const Text attributes =
-            quarter ? Text{Font::systemFontOfSize(12, FontWeight::Heavy), textColour()}
-                    : Text{Font::boldSystemFontOfSize(10), verySubtleTextColour()};
-        drawTextCentredAt(canvas, std::to_string(hour), pointAt(c, c - 36, theta), attributes);
-        theta += radians(15);
-    }
-
-    // Hub.
-    canvas.setShadow({0, 0}, 2);
-    canvas.setFillColour(needleBkg());
-    canvas.addArc(centre, 8, 0, 2 * kPi);
-    canvas.addLineTo(centre);
-    canvas.closePath();
-    canvas.fillPath();
-    canvas.setLineCap(LineCap::Round);
-
     canvas.setShadowWithColour({0, 0}, 5, Colour::blackColor());
 
     // A bedtime from midnight to six lies at an angle of 0 or less and has no hand.
@@ -148,6 +104,50 @@ platform::ImagePtr SleepMetricsUI::drawTheBedClockWithSize(float size, const std
     canvas.strokePath();
 
     return canvas.makeImage();
+}
+
+void SleepMetricsUI::drawClockHours(Canvas& layer, float c) const {
+    const Point centre{c, c};
+    // Hour ticks, with a finer tick on each half hour.
+    layer.setLineCap(LineCap::Round);
+    double theta = radians(-90);
+    for (int hour = 0; hour < 24; ++hour) {
+        const bool even = hour % 2 == 0;
+        const float angle = static_cast<float>(theta);
+        layer.setLineWidth(even ? 4 : 2);
+        layer.setStrokeColour(even ? textColour() : subtleTextColour());
+        layer.moveTo(pointAt(c, c - 26, angle));
+        layer.addLineTo(pointAt(c, c - 22, angle));
+        layer.strokePath();
+        theta += radians(7.5);
+
+        const float halfAngle = static_cast<float>(theta);
+        layer.setLineWidth(1);
+        layer.setStrokeColour(verySubtleTextColour());
+        layer.moveTo(pointAt(c, c - 25, halfAngle));
+        layer.addLineTo(pointAt(c, c - 22, halfAngle));
+        layer.strokePath();
+        theta += radians(7.5);
+    }
+
+    // Hour numbers; the quarters of the day stand out.
+    theta = radians(-90);
+    for (int hour = 0; hour < 24; ++hour) {
+        const bool quarter = hour % 6 == 0;
+        const Text attributes =
+            quarter ? Text{Font::systemFontOfSize(12, FontWeight::Heavy), textColour()}
+                    : Text{Font::boldSystemFontOfSize(10), verySubtleTextColour()};
+        drawTextCentredAt(layer, std::to_string(hour), pointAt(c, c - 36, theta), attributes);
+        theta += radians(15);
+    }
+
+    // Hub.
+    layer.setShadow({0, 0}, 2);
+    layer.setFillColour(needleBkg());
+    layer.addArc(centre, 8, 0, 2 * kPi);
+    layer.addLineTo(centre);
+    layer.closePath();
+    layer.fillPath();
 }
 
 }  // namespace velmorant

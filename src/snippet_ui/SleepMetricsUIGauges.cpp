@@ -56,17 +56,22 @@ platform::ImagePtr SleepMetricsUI::drawSpO2GaugeWithSize(float size, const Dicti
     const float average = number(dict, "averageSpO2");
     const float average7 = spO2Fraction(number(dict, "averageSpO27"));
 
-    GaugeFrame gauge(size, widgetMode, platform_);
-    gauge.drawDisc(gaugeBkg());
-    gauge.drawTrack(gaugeBkg());
-    gauge.drawScaleBands(gauge::kSpO2Bands, {colours.colourForReadyScore(0), colours.colourForSpO2Reading(100),
-                                             Colour::blackColor(), colours.colourForSpO2Reading(85),
-                                             colours.colourForSpO2Reading(90), colours.colourForSpO2Reading(95)});
+    GaugeFrame gauge(size, widgetMode, platform_, layers_);
+    // The dial, the hub and the icon are the same for every night.
+    gauge.keep([&] {
+        gauge.drawDisc(gaugeBkg());
+        gauge.drawTrack(gaugeBkg());
+        gauge.drawScaleBands(gauge::kSpO2Bands, {colours.colourForReadyScore(0), colours.colourForSpO2Reading(100),
+                                                 Colour::blackColor(), colours.colourForSpO2Reading(85),
+                                                 colours.colourForSpO2Reading(90), colours.colourForSpO2Reading(95)});
+    });
     gauge.drawRangeBand(spO2Fraction(number(dict, "minSpO2")), spO2Fraction(number(dict, "maxSpO2")));
     gauge.drawSevenDayRange(spO2Fraction(number(dict, "minSpO27")), spO2Fraction(number(dict, "maxSpO27")));
     gauge.drawSevenDayMarker(static_cast<float>(average7 - 0.005), static_cast<float>(average7 + 0.005));
-    gauge.drawHub(needleBkg());
-    gauge.drawIcon(platform_.imageNamed("SpO2Icon"));
+    gauge.keep([&] {
+        gauge.drawHub(needleBkg());
+        gauge.drawIcon("SpO2Icon");
+    });
     gauge.drawText(platform::localizedStringWithFormat(platform_.localeId(), "%.1f%%", {average}),
                    gauge::valueTextPlacement(widgetMode), colours.tintColour());
     double needle = (static_cast<double>(average) - 80) / 20;
@@ -81,14 +86,16 @@ platform::ImagePtr SleepMetricsUI::drawRespRateGaugeWithSize(float size, const D
     const float average = orWhenNone(number(dict, "averageRespRate"), kLeastAverage);
     const float averageStars = colours.starsValueForRespRate(average);
 
-    GaugeFrame gauge(size, widgetMode, platform_);
-    gauge.drawDisc(gaugeBkg());
-    gauge.drawTrack(gaugeBkg());
+    GaugeFrame gauge(size, widgetMode, platform_, layers_);
     auto ready = [&](float ratio) { return colours.colourForReadyScore(ratio); };
-    gauge.drawScaleBands(gauge::kStarBands, gauge::starBandColours(ready(0), ready(0),
-                                                                   {ready(0.6f), ready(1.0f), ready(1.1f), ready(1.0f),
-                                                                    ready(0.6f), ready(0)}));
-    gauge.drawHub(needleBkg());
+    gauge.keep([&] {
+        gauge.drawDisc(gaugeBkg());
+        gauge.drawTrack(gaugeBkg());
+        gauge.drawScaleBands(gauge::kStarBands, gauge::starBandColours(ready(0), ready(0),
+                                                                       {ready(0.6f), ready(1.0f), ready(1.1f),
+                                                                        ready(1.0f), ready(0.6f), ready(0)}));
+        gauge.drawHub(needleBkg());
+    });
     const float lowest = orWhenNone(number(dict, "minRespRate"), average);
     const float highest = orWhenNone(number(dict, "maxRespRate"), average);
     gauge.drawRangeBand(fractionOf(lowest), fractionOf(highest));
@@ -101,7 +108,7 @@ platform::ImagePtr SleepMetricsUI::drawRespRateGaugeWithSize(float size, const D
         const float fraction7 = fractionOf(average7);
         gauge.drawSevenDayMarker(fraction7 - 0.005, fraction7 + 0.005);
     }
-    gauge.drawIcon(platform_.imageNamed("RespIcon"));
+    gauge.keep([&] { gauge.drawIcon("RespIcon"); });
     gauge.drawText(platform::localizedStringWithFormat(platform_.localeId(), "%.1f", {average}),
                    gauge::valueTextPlacement(widgetMode), colours.tintColour());
     gauge.drawNeedle(gauge::starFraction(averageStars));
@@ -112,16 +119,18 @@ platform::ImagePtr SleepMetricsUI::drawConsistencyGaugeWithSize(float size, cons
     Pallet& colours = pallet();
     const float stars = consistencyStars(number(dict, "bedTrend") / 60);
 
-    GaugeFrame gauge(size, widgetMode, platform_);
-    gauge.drawDisc(gaugeBkg());
-    gauge.drawTrack(gaugeBkg());
+    GaugeFrame gauge(size, widgetMode, platform_, layers_);
     auto ready = [&](float ratio) { return colours.colourForReadyScore(ratio); };
     auto charge = [&](float percent) { return colours.colourForBatteryChargePercent(percent); };
-    gauge.drawScaleBands(gauge::kStarBands, gauge::starBandColours(ready(0), ready(0),
-                                                                   {ready(0.6f), charge(0.9f), charge(1.0f),
-                                                                    charge(0.9f), ready(0.6f), ready(0)}));
-    gauge.drawHub(needleBkg());
-    gauge.drawIcon(platform_.imageNamed("InBedIcon"));
+    gauge.keep([&] {
+        gauge.drawDisc(gaugeBkg());
+        gauge.drawTrack(gaugeBkg());
+        gauge.drawScaleBands(gauge::kStarBands, gauge::starBandColours(ready(0), ready(0),
+                                                                       {ready(0.6f), charge(0.9f), charge(1.0f),
+                                                                        charge(0.9f), ready(0.6f), ready(0)}));
+        gauge.drawHub(needleBkg());
+        gauge.drawIcon("InBedIcon");
+    });
     if (const std::string* label = text(dict, "starsLabel"))
         gauge.drawText(*label, {widgetMode ? 28.0f : 24.0f, -5.1}, colours.tintColour());
     gauge.drawNeedle(gauge::starFraction(stars));
@@ -132,16 +141,18 @@ platform::ImagePtr SleepMetricsUI::drawWristTempGaugeWithSize(float size, const 
     Pallet& colours = pallet();
     const float score = number(dict, "wristTempScore");
 
-    GaugeFrame gauge(size, widgetMode, platform_);
-    gauge.drawDisc(gaugeBkg());
-    gauge.drawTrack(gaugeBkg());
+    GaugeFrame gauge(size, widgetMode, platform_, layers_);
     // Both round ends keep the lowest score's colour, also the one past 7.
     auto wrist = [&](float rating) { return colours.colourForWristTempScore(rating); };
-    gauge.drawScaleBands(gauge::kStarBands, gauge::starBandColours(wrist(0.5f), wrist(0.5f),
-                                                                   {wrist(1.5f), wrist(2.5f), wrist(3.5f), wrist(4.5f),
-                                                                    wrist(5.5f), wrist(6.5f)}));
-    gauge.drawHub(needleBkg());
-    gauge.drawIcon(platform_.imageNamed("WristTempIcon"));
+    gauge.keep([&] {
+        gauge.drawDisc(gaugeBkg());
+        gauge.drawTrack(gaugeBkg());
+        gauge.drawScaleBands(gauge::kStarBands, gauge::starBandColours(wrist(0.5f), wrist(0.5f),
+                                                                       {wrist(1.5f), wrist(2.5f), wrist(3.5f),
+                                                                        wrist(4.5f), wrist(5.5f), wrist(6.5f)}));
+        gauge.drawHub(needleBkg());
+        gauge.drawIcon("WristTempIcon");
+    });
     if (const std::string* label = text(dict, "wristTempDifLabel"))
         gauge.drawText(*label, gauge::valueTextPlacement(widgetMode), colours.tintColour());
     gauge.drawNeedle(gauge::starFraction(score));

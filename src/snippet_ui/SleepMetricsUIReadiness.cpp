@@ -18,18 +18,21 @@ platform::ImagePtr SleepMetricsUI::drawReadiRingsWithSize(float size, float valu
     const float shown = value <= 0.01 ? 0.01f : value;
     const float fraction = gauge::starFraction(colours.starsValueForReadyPercent(shown));
 
-    GaugeFrame gauge(size, widgetMode, platform_);
-    gauge.drawDisc(gaugeBkg());
-    gauge.drawTrack(gaugeBkg());
+    GaugeFrame gauge(size, widgetMode, platform_, layers_);
     auto ready = [&](float ratio) { return colours.colourForReadyScore(ratio); };
-    gauge.drawScaleBands(gauge::kStarBands, gauge::starBandColours(ready(0), ready(1.6f),
-                                                                   {ready(0.6f), ready(0.75f), ready(0.9f), ready(1.1f),
-                                                                    ready(1.3f), ready(1.6f)}));
-    gauge.drawHub(needleBkg());
-    if (legend == 1)
-        gauge.drawIcon(platform_.imageNamed("FuelIcon"), 18, 28, 40);
-    else if (legend > 1)
-        gauge.drawIcon(platform_.imageNamed("Readiperson"));
+    // The dial, the hub and the icon are the same for every reading.
+    gauge.keep([&] {
+        gauge.drawDisc(gaugeBkg());
+        gauge.drawTrack(gaugeBkg());
+        gauge.drawScaleBands(gauge::kStarBands, gauge::starBandColours(ready(0), ready(1.6f),
+                                                                       {ready(0.6f), ready(0.75f), ready(0.9f),
+                                                                        ready(1.1f), ready(1.3f), ready(1.6f)}));
+        gauge.drawHub(needleBkg());
+        if (legend == 1)
+            gauge.drawIcon("FuelIcon", 18, 28, 40);
+        else if (legend > 1)
+            gauge.drawIcon("Readiperson");
+    });
     if (label) gauge.drawText(*label, gauge::valueTextPlacement(widgetMode), colours.tintColour());
     gauge.drawNeedle(fraction);
     return gauge.finish();

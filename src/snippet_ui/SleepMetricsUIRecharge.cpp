@@ -13,6 +13,7 @@ using platform::Colour;
 using platform::Font;
 using platform::LineCap;
 using platform::Point;
+using platform::Shadow;
 using Text = platform::TextAttributes;
 
 namespace {
@@ -27,13 +28,21 @@ constexpr float kAccessorySide = 200;
 // marks read as an even half-tone.
 constexpr double kMinMarkPixels = 1;
 constexpr double kMaxMarkedHours = 32768;
+// Tells this picture's layers from other pictures' in a shared cache.
+constexpr double kLayerId = 3;
 
 }  // namespace
 
 platform::ImagePtr SleepMetricsUI::drawTheRechargeWithSize(float size, float sleepPercent, float bankPercent) {
+    // 1. The recharge rings are always dark.
     Pallet& palette = pallet();
     palette.setDarkTheme(true);
+    return drawRechargeRings(palette, size, sleepPercent, bankPercent, getVelmorantConfigValueForKey("requiredHours"));
+}
 
+platform::ImagePtr SleepMetricsUI::drawRechargeRings(Pallet& palette, float size, float sleepPercent, float bankPercent,
+                                                     float goalHours) {
+    // 2. Floors.
     const float sleep = sleepPercent <= 0.012 ? 0.012f : sleepPercent;
     const float bank = bankPercent <= 0.015 ? 0.015f : bankPercent;
 
@@ -44,93 +53,39 @@ platform::ImagePtr SleepMetricsUI::drawTheRechargeWithSize(float size, float sle
     const float ro = (c - w) + 1;
     const float ri = (c - 2 * w) - 1;
     const bool accessory = S == kAccessorySide;
+    const bool backdrop = S > 100 && !accessory;
     const Colour sleepColour = accessory ? Colour::whiteColor() : palette.colourForBatteryChargePercent(sleep);
     const Colour bankColour =
         accessory ? Colour::whiteColor() : palette.colourForBatteryChargePercent(bank).colorWithAlphaComponent(1);
+    const Colour outerTrack = palette.innerShadeForType(2);
+    const Colour innerTrack = palette.innerShadeForType(2).colorWithAlphaComponent(1);
+    const Colour mark = palette.innerShadeForType(0);
+    // A missing or implausibly small goal means eight hours.
+    const float goal = goalHours < 4 ? 8 : goalHours;
 
-    // The sleep goal in hours; a missing or implausibly small goal means eight.
-    float goal = getVelmorantConfigValueForKey("requiredHours");
-    if (goal < 4) goal = 8;
-    const double wholeHours = std::trunc(goal);
-
+    // 3. to 6. Backdrop, tracks and hour marks: the same for every night at
+    // one goal, so drawn once per size and kept.
     Canvas canvas({S, S}, platform_.screenScale(), platform_.fonts());
-    if (S > 100 && !accessory) canvas.drawImage(platform_.imageNamed("RechargeBkg.png"), {0, 0, S, S});
+    const LayerKey key = LayerKey().add(kLayerId).add(goal).add(backdrop).add(outerTrack).add(innerTrack).add(mark);
+    layers_.draw(canvas, key, platform_.fonts(), [&](Canvas& layer) {
+        if (backdrop) layer.drawImage(platform_.imageNamed("RechargeBkg.png"), {0, 0, S, S});
+        layer.strokeArc(centre, ro, -kPi / 2, 2 * kPi, {w, LineCap::Round, outerTrack, Shadow::soft(2)});
+        drawHourMarks(layer, centre, ro, w, goal, mark);
+        layer.strokeArc(centre, ri, -kPi / 2, 2 * kPi, {w, LineCap::Round, innerTrack, Shadow::soft(2)});
+    });
 
-    // Outer track.
-    canvas.setShadow({0, 0}, 2);
-    canvas.setLineCap(LineCap::Round);
-    canvas.setLineWidth(w);
-    canvas.setStrokeColour(palette.innerShadeForType(2));
-    canvas.addArc(centre, ro, -kPi / 2, 2 * kPi);
-    canvas.strokePath();
+    // 7. to 10. Bank ring, then sleep ring, each with its head redrawn under a
+    // darker shadow over the ring's start.
+    canvas.strokeArc(centre, ri, kRingStart, tipAngle(bank), {w, LineCap::Round, bankColour, Shadow{{-2, -2}, 3}});
+    canvas.strokeArc(centre, ri, tipAngle(bank - 0.007), tipAngle(bank),
+                     {w, LineCap::Round, bankColour, Shadow{getShadowForPercent(bank), 5, Colour::blackColor()}});
+    canvas.strokeArc(centre, ro, kRingStart, tipAngle(sleep), {w, LineCap::Round, sleepColour, Shadow::soft(3)});
+    canvas.strokeArc(centre, ro, tipAngle(sleep - 0.006), tipAngle(sleep),
+                     {w, LineCap::Round, sleepColour, Shadow{getShadowForPercent(sleep), 5, Colour::blackColor()}});
 
-    // Every other hour of the goal, shaded apart from its neighbours; a
-    // fractional last hour is never marked.
-    const double markPixels = 2 * kPi * ro * canvas.scale() / goal;
-    if (markPixels >= kMinMarkPixels && wholeHours <= kMaxMarkedHours) {
-        for (long i = 0; i < wholeHours; i += 2) {
-            const float from = static_cast<float>(i) / goal - 0.25f;
-            const float to = static_cast<float>(i + 1) / goal - 0.25f;
-            canvas.setShadow({0, 0}, 2);
-            canvas.setLineCap(LineCap::Butt);
-            canvas.setLineWidth(w);
-            canvas.setStrokeColour(palette.innerShadeForType(0));
-            canvas.addArc(centre, ro, from * 2 * kPi, to * 2 * kPi);
-            canvas.strokePath();
-        }
-    } else if (markPixels > 0) {
-        // Too many hours to draw one by one: half of the track is marked, in
-        // slivers finer than a pixel, which looks like the mark colour at half strength.
-        canvas.setShadow({0, 0}, 2);
-        canvas.setLineCap(LineCap::Butt);
-        canvas.setLineWidth(w);
-        canvas.setStrokeColour(palette.innerShadeForType(0).colorWithAlphaComponent(0.5));
-        canvas.addArc(centre, ro, -kPi / 2, 1.5 * kPi);
-        canvas.strokePath();
-    }
-
-    // Inner track.
-    canvas.setShadow({0, 0}, 2);
-    canvas.setLineCap(LineCap::Round);
-    canvas.setLineWidth(w);
-    canvas.setStrokeColour(palette.innerShadeForType(2).colorWithAlphaComponent(1));
-    canvas.addArc(centre, ri, -kPi / 2, 2 * kPi);
-    canvas.strokePath();
-
-    // Bank ring and its head, redrawn with a darker shadow over the ring's start.
-    canvas.setShadow({-2, -2}, 3);
-    canvas.setLineCap(LineCap::Round);
-    canvas.setLineWidth(w);
-    canvas.setStrokeColour(bankColour);
-    canvas.addArc(centre, ri, kRingStart, tipAngle(bank));
-    canvas.strokePath();
-
-    canvas.setShadowWithColour(getShadowForPercent(bank), 5, Colour::blackColor());
-    canvas.setLineCap(LineCap::Round);
-    canvas.setLineWidth(w);
-    canvas.setStrokeColour(bankColour);
-    canvas.addArc(centre, ri, tipAngle(bank - 0.007), tipAngle(bank));
-    canvas.strokePath();
-
-    // Sleep ring and its head.
-    canvas.setShadow({0, 0}, 3);
-    canvas.setLineCap(LineCap::Round);
-    canvas.setLineWidth(w);
-    canvas.setStrokeColour(sleepColour);
-    canvas.addArc(centre, ro, kRingStart, tipAngle(sleep));
-    canvas.strokePath();
-
-    canvas.setShadowWithColour(getShadowForPercent(sleep), 5, Colour::blackColor());
-    canvas.setLineCap(LineCap::Round);
-    canvas.setLineWidth(w);
-    canvas.setStrokeColour(sleepColour);
-    canvas.addArc(centre, ro, tipAngle(sleep - 0.006), tipAngle(sleep));
-    canvas.strokePath();
-
-    // Glyphs on the heads; too small to read on the smallest rings.
+    // 11. Glyphs on the heads; too small to read on the smallest rings.
     if (S > 100) {
-        auto saved = canvas.saveGState();
-        canvas.setShadow({0, 0}, 5);
+        canvas.setShadow(Shadow::soft(5));
         drawTextCentredAt(canvas, "☾", pointAt(c, ro, static_cast<float>(tipAngle(sleep))),
                           {Font::systemFontOfSize(12)});
         drawTextCentredAt(canvas, "7", pointAt(c, ri, static_cast<float>(tipAngle(bank))),
@@ -138,6 +93,27 @@ platform::ImagePtr SleepMetricsUI::drawTheRechargeWithSize(float size, float sle
         if (accessory) drawTextCentredAt(canvas, "☾", centre, {Font::boldSystemFontOfSize(40), Colour::whiteColor()});
     }
     return canvas.makeImage();
+}
+
+void SleepMetricsUI::drawHourMarks(Canvas& canvas, Point centre, float radius, float width, float goal,
+                                   const Colour& colour) {
+    // Every other hour of the goal, shaded apart from its neighbours; a
+    // fractional last hour is never marked.
+    const double wholeHours = std::trunc(goal);
+    const double markPixels = 2 * kPi * radius * canvas.scale() / goal;
+    if (markPixels >= kMinMarkPixels && wholeHours <= kMaxMarkedHours) {
+        for (long i = 0; i < wholeHours; i += 2) {
+            const float from = static_cast<float>(i) / goal - 0.25f;
+            const float to = static_cast<float>(i + 1) / goal - 0.25f;
+            canvas.strokeArc(centre, radius, from * 2 * kPi, to * 2 * kPi,
+                             {width, LineCap::Butt, colour, Shadow::soft(2)});
+        }
+    } else if (markPixels > 0) {
+        // Too many hours to draw one by one: half of the track is marked, in
+        // slivers finer than a pixel, which looks like the mark colour at half strength.
+        canvas.strokeArc(centre, radius, -kPi / 2, 1.5 * kPi,
+                         {width, LineCap::Butt, colour.colorWithAlphaComponent(0.5), Shadow::soft(2)});
+    }
 }
 
 }  // namespace velmorant

@@ -1,5 +1,6 @@
 #include "snippet_ui/SleepMetricsUI.h"
 
+#include <array>
 #include <cmath>
 #include <cstdio>
 #include <numbers>
@@ -9,11 +10,13 @@
 
 namespace velmorant {
 
+using platform::ArcStroke;
 using platform::Canvas;
 using platform::Colour;
 using platform::Font;
 using platform::LineCap;
 using platform::Point;
+using platform::Shadow;
 using platform::Size;
 using Text = platform::TextAttributes;
 
@@ -25,6 +28,9 @@ constexpr double kPi = std::numbers::pi;
 constexpr double kRingStart = (0.01 - 0.25) * 2 * kPi;
 // The accessory widget is monochrome and is recognised by its size alone.
 constexpr float kMonochromeSide = 260;
+constexpr double kRingWidth = 20;
+// Tells this picture's layers from other pictures' in a shared cache.
+constexpr double kLayerId = 2;
 
 // One of the four data rings: how little it ever shows, where it lies, how long
 // its shaded head is, and the glyph at its tip.
@@ -74,6 +80,7 @@ platform::ImagePtr SleepMetricsUI::drawSleepRingsWithSize(float size, float slee
     const Point centre{c, c};
     const bool monochrome = S == kMonochromeSide;
 
+    // 1. Floors.
     const DataRing sleep{floored(sleepPercent, 0.012), c - 19, 0.006, c - 19};
     const DataRing quality{floored(qualityPercent, 0.015), c - 41, 0.007, c - 41};
     const DataRing deep{floored(deepPercent, 0.02), c - 63, 0.008, c - 62};
@@ -82,75 +89,64 @@ platform::ImagePtr SleepMetricsUI::drawSleepRingsWithSize(float size, float slee
         return monochrome ? Colour::whiteColor() : palette.colourForBatteryChargePercent(ring.fraction);
     };
     const Colour ratingColour = monochrome ? Colour::whiteColor() : palette.highTintColour();
+    const Colour track = ringBkg().colorWithAlphaComponent(1.0);
+    const bool disc = rating > 0 && !monochrome;
+    const Colour discColour = palette.colourForClockFace(5, true);
 
+    // 2. Background tracks, outer to inner, and 3a. the dark middle disc: the
+    // same for every night, so drawn once per size and kept.
     Canvas canvas({S, S}, platform_.screenScale(), platform_.fonts());
+    const LayerKey key = LayerKey().add(kLayerId).add(track).add(disc).add(discColour);
+    layers_.draw(canvas, key, platform_.fonts(), [&](Canvas& layer) {
+        for (const DataRing* ring : {&sleep, &quality, &deep, &bpm})
+            layer.strokeArc(centre, ring->radius, -kPi / 2, 2 * kPi,
+                            {kRingWidth, LineCap::Round, track, Shadow::soft(2)});
+        // A round-capped line this wide round a tiny circle fills a disc; the tracks' shadow is still in force.
+        if (disc)
+            layer.strokeArc(centre, 2, -kPi / 2, 2 * kPi, {(c - 82) + 15, LineCap::Round, discColour, Shadow::soft(2)});
+    });
 
-    // Background tracks, outer to inner.
-    for (const DataRing* ring : {&sleep, &quality, &deep, &bpm}) {
-        canvas.setShadow({0, 0}, 2);
-        canvas.setLineCap(LineCap::Round);
-        canvas.setLineWidth(20);
-        canvas.setStrokeColour(ringBkg().colorWithAlphaComponent(1.0));
-        canvas.addArc(centre, ring->radius, -kPi / 2, 2 * kPi);
-        canvas.strokePath();
+    // 3b. The rating ring, as far as the rating.
+    if (rating > 0)
+        canvas.strokeArc(centre, (c - 82) - 20, -kPi / 2, tipAngle(rating),
+                         {3, LineCap::Round, ratingColour, Shadow::soft(2)});
+
+    // 4. Data rings, inner to outer; each head is drawn again with a darker shadow
+    // so that a ring past a full turn shows its head lying over its start. The
+    // rings' soft shadows are black, as the heads' are, so they fall in any
+    // order: one blur serves all four.
+    const DataRing* rings[] = {&bpm, &deep, &quality, &sleep};
+    std::array<platform::Arc, 4> bodies;
+    for (std::size_t i = 0; i < bodies.size(); ++i)
+        bodies[i] = {centre, rings[i]->radius, kRingStart, tipAngle(rings[i]->fraction)};
+    canvas.strokeArcShadows(bodies, {kRingWidth, LineCap::Round, Colour::blackColor(), Shadow::soft(2)});
+    for (std::size_t i = 0; i < bodies.size(); ++i) {
+        const DataRing& ring = *rings[i];
+        const Colour colour = ringColour(ring);
+        const double tip = bodies[i].endAngle;
+        canvas.strokeArc(centre, ring.radius, kRingStart, tip, {kRingWidth, LineCap::Round, colour});
+        canvas.strokeArc(centre, ring.radius, tipAngle(ring.fraction - ring.headLength), tip,
+                         {kRingWidth, LineCap::Round, colour,
+                          Shadow{getShadowForPercent(ring.fraction), 5, Colour::blackColor()}});
     }
 
-    // Rating: a dark disc under a thin ring that runs as far as the rating.
+    // 5. Glyphs at the tips and 6. the rating number, under a soft shadow.
+    auto saved = canvas.saveGState();
+    canvas.setShadow(Shadow::soft(2));
+    const Text glyph{Font::boldSystemFontOfSize(13)};
+    const Text qualityGlyph{forStages ? Font::boldSystemFontOfSize(13) : Font::systemFontOfSize(12)};
+    auto tipOf = [&](const DataRing& ring) {
+        return pointAt(c, ring.glyphRadius, static_cast<float>(tipAngle(ring.fraction)));
+    };
+    drawTextCentredAt(canvas, forStages ? "R" : "★", tipOf(quality), qualityGlyph);
+    drawTextCentredAt(canvas, "Z", tipOf(deep), glyph);
+    drawTextCentredAt(canvas, "♥", tipOf(bpm), glyph);
+    drawTextCentredAt(canvas, "☾", tipOf(sleep), glyph);
     if (rating > 0) {
-        canvas.setLineCap(LineCap::Round);
-        canvas.setLineWidth((c - 82) + 15);
-        if (!monochrome) {
-            // A round-capped line this wide round a tiny circle fills a disc.
-            canvas.setStrokeColour(palette.colourForClockFace(5, true));
-            canvas.addArc(centre, 2, -kPi / 2, 2 * kPi);
-            canvas.strokePath();
-        }
-        canvas.setShadow({0, 0}, 2);
-        canvas.setLineCap(LineCap::Round);
-        canvas.setLineWidth(3);
-        canvas.setStrokeColour(ratingColour);
-        canvas.addArc(centre, (c - 82) - 20, -kPi / 2, tipAngle(rating));
-        canvas.strokePath();
-    }
-
-    // Data rings, inner to outer; each head is drawn again with a darker shadow
-    // so that a ring past a full turn shows its head lying over its start.
-    for (const DataRing* ring : {&bpm, &deep, &quality, &sleep}) {
-        const Colour colour = ringColour(*ring);
-        canvas.setShadow({0, 0}, 2);
-        canvas.setLineCap(LineCap::Round);
-        canvas.setLineWidth(20);
-        canvas.setStrokeColour(colour);
-        canvas.addArc(centre, ring->radius, kRingStart, tipAngle(ring->fraction));
-        canvas.strokePath();
-
-        canvas.setShadowWithColour(getShadowForPercent(ring->fraction), 5, Colour::blackColor());
-        canvas.setLineCap(LineCap::Round);
-        canvas.setLineWidth(20);
-        canvas.setStrokeColour(colour);
-        canvas.addArc(centre, ring->radius, tipAngle(ring->fraction - ring->headLength), tipAngle(ring->fraction));
-        canvas.strokePath();
-    }
-
-    {
-        auto saved = canvas.saveGState();
-        canvas.setShadow({0, 0}, 2);
-        const Text glyph{Font::boldSystemFontOfSize(13)};
-        const Text qualityGlyph{forStages ? Font::boldSystemFontOfSize(13) : Font::systemFontOfSize(12)};
-        auto tipOf = [&](const DataRing& ring) {
-            return pointAt(c, ring.glyphRadius, static_cast<float>(tipAngle(ring.fraction)));
-        };
-        drawTextCentredAt(canvas, forStages ? "R" : "★", tipOf(quality), qualityGlyph);
-        drawTextCentredAt(canvas, "Z", tipOf(deep), glyph);
-        drawTextCentredAt(canvas, "♥", tipOf(bpm), glyph);
-        drawTextCentredAt(canvas, "☾", tipOf(sleep), glyph);
-
-        if (rating > 0) {
-            char number[16] = "100";
-            if (rating < 1) std::snprintf(number, sizeof number, "%.0f", static_cast<double>(rating * 100.0f));
-            drawTextCentredAt(canvas, number, centre,
-                              {Font::systemFontOfSize(34, platform::FontWeight::Heavy), ratingColour});
-        }
+        char number[16] = "100";
+        if (rating < 1) std::snprintf(number, sizeof number, "%.0f", static_cast<double>(rating * 100.0f));
+        drawTextCentredAt(canvas, number, centre,
+                          {Font::systemFontOfSize(34, platform::FontWeight::Heavy), ratingColour});
     }
     return canvas.makeImage();
 }

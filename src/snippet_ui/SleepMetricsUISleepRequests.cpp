@@ -80,7 +80,8 @@ platform::Dictionary SleepMetricsUI::requestSleepBankRings() {
     const Dictionary* track = trackValue.dictionary();
     if (!track) return record;
 
-    const float goal = held(static_cast<double>(getVelmorantConfigValueForKey("requiredHours")) * 3600.0);
+    const float goalHours = getVelmorantConfigValueForKey("requiredHours");
+    const float goal = held(static_cast<double>(goalHours) * 3600.0);
     const float asleep = held(storeNumber(*track, "rawSleepTime"));
     const float bank = held(storeNumber(*track, "rawSleepBankTime"));
     // Without a goal there is nothing to measure against: the rings stay empty
@@ -91,7 +92,10 @@ platform::Dictionary SleepMetricsUI::requestSleepBankRings() {
     const float bankFraction = ofGoal(bank);
 
     const float side = widgetAccessoryMode ? 200.0f : widgetMode ? 220.0f : 280.0f;
-    record.setObject(Value(drawTheRechargeWithSize(side, sleepFraction, bankFraction)), "ringsImage");
+    // The rings are dark, and so is everything coloured after them.
+    Pallet& darkPalette = pallet();
+    darkPalette.setDarkTheme(true);
+    record.setObject(Value(drawRechargeRings(darkPalette, side, sleepFraction, bankFraction, goalHours)), "ringsImage");
 
     const std::string& locale = platform_.localeId();
     auto localized = [&](std::string_view key) { return platform_.localizedString(key, "", ""); };
@@ -137,7 +141,7 @@ SleepMetricsUI::Record SleepMetricsUI::requestLatestBedtime() {
     if (!source || !source->contains("latestBedLabel")) return std::nullopt;
     const std::optional<Date> bedTime = dateIn(*source, "bedTime");
     Dictionary record;
-    record.setObject(Value(drawTheBedClockWithSize(wellnessImageSide(), bedTime, dateIn(*source, "wakeTime"))),
+    record.setObject(Value(drawBedClock(wellnessImageSide(), bedTime, dateIn(*source, "wakeTime"), platform_.now())),
                      "ringsImage");
     copyKeys(*source, record, {"latestBedTime", "wakeTimeLabel", "timeUntilBedLabel", "timeUntilWakeLabel"});
 

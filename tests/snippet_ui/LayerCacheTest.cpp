@@ -1,0 +1,77 @@
+// Layers are kept from the second time they are asked for, per key, size and
+// scale, and no more of them than the cache holds.
+#include "snippet_ui/LayerCache.h"
+
+#include "platform/FontSystem.h"
+
+#include <gtest/gtest.h>
+
+#include <filesystem>
+
+namespace velmorant {
+namespace {
+
+using platform::Canvas;
+using platform::Colour;
+
+const platform::FontSystem& fonts() {
+    static const platform::FontSystem system(std::filesystem::path(VELMORANT_TEST_RESOURCE_DIR) / "fonts" /
+                                             "fonts.conf");
+    return system;
+}
+
+class LayerCacheTest : public ::testing::Test {
+protected:
+    // Draws the layer under `key` on a fresh canvas; true when its steps ran.
+    bool drawsSteps(const LayerKey& key, platform::Size size = {50, 50}, double scale = 2) {
+        Canvas canvas(size, scale, fonts());
+        bool ran = false;
+        cache.draw(canvas, key, fonts(), [&](Canvas& layer) {
+            ran = true;
+            layer.setFillColour(Colour::whiteColor());
+            layer.addRoundedRect({10, 10, 20, 20}, 0);
+            layer.fillPath();
+        });
+        painted = canvas.makeImage()->pixelAt({20, 20}).a == 1;
+        return ran;
+    }
+
+    LayerCache cache{2};
+    bool painted = false;
+};
+
+TEST_F(LayerCacheTest, KeptFromTheSecondAskAndPaintedEveryTime) {
+    const LayerKey key = LayerKey().add(1).add(Colour::whiteColor());
+    EXPECT_TRUE(drawsSteps(key)) << "first: drawn in place";
+    EXPECT_TRUE(painted);
+    EXPECT_TRUE(drawsSteps(key)) << "second: drawn as a layer and kept";
+    EXPECT_TRUE(painted);
+    EXPECT_FALSE(drawsSteps(key)) << "third: from the kept layer";
+    EXPECT_TRUE(painted);
+}
+
+TEST_F(LayerCacheTest, KeySizeAndScaleEachTellLayersApart) {
+    const LayerKey key = LayerKey().add(1).add("name");
+    for (int ask = 0; ask < 2; ++ask) drawsSteps(key);
+    struct Row { LayerKey key; platform::Size size; double scale; const char* what; };
+    const Row rows[] = {{LayerKey().add(1).add("other"), {50, 50}, 2, "text"},
+                        {LayerKey().add(2).add("name"), {50, 50}, 2, "number"},
+                        {LayerKey().add(1).add(Colour::blackColor()), {50, 50}, 2, "colour"},
+                        {key, {60, 50}, 2, "size"},
+                        {key, {50, 50}, 3, "scale"}};
+    for (const Row& row : rows) EXPECT_TRUE(drawsSteps(row.key, row.size, row.scale)) << row.what;
+    EXPECT_FALSE(drawsSteps(key)) << "still kept";
+}
+
+TEST_F(LayerCacheTest, HoldsNoMoreLayersThanAskedTheLeastRecentlyUsedGoes) {
+    const LayerKey a = LayerKey().add(1), b = LayerKey().add(2), c = LayerKey().add(3);
+    for (const LayerKey* key : {&a, &a, &b, &b}) drawsSteps(*key);
+    EXPECT_FALSE(drawsSteps(a)) << "a used last";
+    for (int ask = 0; ask < 2; ++ask) drawsSteps(c);
+    EXPECT_FALSE(drawsSteps(a));
+    EXPECT_FALSE(drawsSteps(c));
+    EXPECT_TRUE(drawsSteps(b)) << "b went to make room for c";
+}
+
+}  // namespace
+}  // namespace velmorant
