@@ -5,9 +5,9 @@
 // hyperfine; these show where that time goes.
 #include "demo/DemoData.h"
 #include "intents/IntentViewController.h"
-#include "platform/Image.h"
-#include "platform/PngWriter.h"
-#include "platform/ViewRenderer.h"
+#include "platform/graphics/Image.h"
+#include "platform/graphics/PngWriter.h"
+#include "platform/views/ViewRenderer.h"
 
 #include <benchmark/benchmark.h>
 

@@ -5,7 +5,7 @@
 // medians compare directly.
 #include "BenchSupport.h"
 
-#include "platform/Image.h"
+#include "platform/graphics/Image.h"
 #include "snippet_ui/SleepMetricsUI.h"
 
 #include <benchmark/benchmark.h>

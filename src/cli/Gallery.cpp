@@ -5,10 +5,10 @@
 #include "ValueJson.h"
 #include "intents/IntentViewController.h"
 #include "metrics/GroupMetrics.h"
-#include "platform/Accessibility.h"
-#include "platform/Image.h"
-#include "platform/PngWriter.h"
-#include "platform/ViewRenderer.h"
+#include "platform/views/Accessibility.h"
+#include "platform/graphics/Image.h"
+#include "platform/graphics/PngWriter.h"
+#include "platform/views/ViewRenderer.h"
 #include "snippet_ui/SleepMetricsUI.h"
 
 #include <unicode/smpdtfmt.h>

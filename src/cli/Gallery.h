@@ -1,7 +1,7 @@
 #pragma once
 
-#include "platform/Geometry.h"
-#include "platform/Platform.h"
+#include "platform/core/Geometry.h"
+#include "platform/services/Platform.h"
 
 #include <nlohmann/json.hpp>
 

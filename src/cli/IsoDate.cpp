@@ -1,6 +1,6 @@
 #include "IsoDate.h"
 
-#include "platform/IcuStrings.h"
+#include "platform/text/detail/IcuStrings.h"
 
 #include <unicode/smpdtfmt.h>
 

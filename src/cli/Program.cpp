@@ -8,9 +8,9 @@
 #include "IsoDate.h"
 #include "ValueJson.h"
 #include "intents/IntentViewController.h"
-#include "platform/Accessibility.h"
-#include "platform/Image.h"
-#include "platform/ViewRenderer.h"
+#include "platform/views/Accessibility.h"
+#include "platform/graphics/Image.h"
+#include "platform/views/ViewRenderer.h"
 
 #include <unistd.h>
 

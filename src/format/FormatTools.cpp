@@ -1,11 +1,11 @@
 #include "format/FormatTools.h"
 
-#include "platform/Calendar.h"
-#include "platform/DateComponentsFormatter.h"
-#include "platform/DateFormatter.h"
-#include "platform/ISO8601DateFormatter.h"
-#include "platform/Text.h"
-#include "platform/Value.h"
+#include "platform/text/Calendar.h"
+#include "platform/text/DateComponentsFormatter.h"
+#include "platform/text/DateFormatter.h"
+#include "platform/text/ISO8601DateFormatter.h"
+#include "platform/text/Text.h"
+#include "platform/core/Value.h"
 
 #include <unicode/uchar.h>
 #include <unicode/unistr.h>

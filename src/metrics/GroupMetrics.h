@@ -1,11 +1,11 @@
 #pragma once
 
 #include "format/FormatTools.h"
-#include "platform/Date.h"
-#include "platform/Platform.h"
-#include "platform/PreferencesStore.h"
-#include "platform/StringFormat.h"
-#include "platform/Value.h"
+#include "platform/core/Date.h"
+#include "platform/services/Platform.h"
+#include "platform/store/PreferencesStore.h"
+#include "platform/text/StringFormat.h"
+#include "platform/core/Value.h"
 
 #include <memory>
 #include <optional>

@@ -3,13 +3,13 @@
 #include "format/FormatTools.h"
 #include "metrics/GroupMetrics.h"
 #include "palette/Pallet.h"
-#include "platform/Canvas.h"
-#include "platform/Colour.h"
-#include "platform/Date.h"
-#include "platform/Geometry.h"
-#include "platform/Platform.h"
-#include "platform/PreferencesStore.h"
-#include "platform/Value.h"
+#include "platform/graphics/Canvas.h"
+#include "platform/core/Colour.h"
+#include "platform/core/Date.h"
+#include "platform/core/Geometry.h"
+#include "platform/services/Platform.h"
+#include "platform/store/PreferencesStore.h"
+#include "platform/core/Value.h"
 
 #include <cstdint>
 #include <initializer_list>
