@@ -1,7 +1,5 @@
 #include "platform/core/Value.h"
 
-#include "platform/graphics/Image.h"
-
 #include <algorithm>
 #include <charconv>
 #include <cmath>
