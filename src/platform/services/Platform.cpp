@@ -1,10 +1,8 @@
 #include "platform/services/Platform.h"
 
 #include "platform/store/FilePreferencesStore.h"
+#include "platform/graphics/FontSystem.h"
 #include "platform/graphics/ImageResources.h"
-
-#include <unicode/ucal.h>
-#include <unicode/uloc.h>
 
 #include <chrono>
 #include <cstdlib>
@@ -14,17 +12,22 @@
 namespace velmorant::platform {
 namespace {
 
-bool isKnownLanguage(const icu::Locale& locale) {
-    const char* language = locale.getLanguage();
-    if (!language || !*language) return false;
-    for (const char* const* l = icu::Locale::getISOLanguages(); *l; ++l) {
-        if (std::strcmp(*l, language) == 0) return true;
-    }
-    return false;
+TimeZone zoneNamed(const std::string& id) {
+    if (id.empty()) return TimeZone::host();
+    std::optional<TimeZone> zone = TimeZone::named(id);
+    if (!zone) throw std::invalid_argument("unknown time zone \"" + id + "\" (expected an IANA name such as Europe/London)");
+    return *zone;
 }
 
 std::filesystem::path defaultResourceDir() {
     if (const char* env = std::getenv("VELMORANT_RESOURCES"); env && *env) return env;
+    // An installed program finds them where the install put them, relative to itself.
+    std::error_code error;
+    const std::filesystem::path program = std::filesystem::read_symlink("/proc/self/exe", error);
+    if (!error) {
+        std::filesystem::path installed = program.parent_path() / VELMORANT_RESOURCES_FROM_PROGRAM;
+        if (std::filesystem::is_regular_file(installed / "fonts" / "fonts.conf", error)) return installed.lexically_normal();
+    }
     return VELMORANT_RESOURCE_DIR;
 }
 
@@ -33,32 +36,24 @@ std::filesystem::path defaultResourceDir() {
 Platform::Platform(PlatformOptions options)
     : fixedNow_(options.now),
       localeId_(options.localeId.empty() ? "en_US" : options.localeId),
-      locale_(localeId_.c_str()),
+      locale_(localeId_),
+      timeZone_(zoneNamed(options.timeZoneId)),
       scale_(options.scale),
       preferencesDir_(std::move(options.preferencesDir)),
       resourceDir_(options.resourceDir.empty() ? defaultResourceDir() : std::move(options.resourceDir)),
       diagnostics_(options.diagnostics ? Diagnostics(std::move(options.diagnostics)) : Diagnostics()) {
-    if (locale_.isBogus() || !isKnownLanguage(locale_))
+    if (!locale_.isKnown())
         throw std::invalid_argument("unknown locale \"" + localeId_ + "\" (expected an ICU id such as en_US or de_DE)");
-    if (options.timeZoneId.empty()) {
-        timeZone_.reset(icu::TimeZone::detectHostTimeZone());
-    } else {
-        timeZone_.reset(icu::TimeZone::createTimeZone(icu::UnicodeString::fromUTF8(options.timeZoneId)));
-        icu::UnicodeString id;
-        timeZone_->getID(id);
-        if (id == icu::UnicodeString(UCAL_UNKNOWN_ZONE_ID))
-            throw std::invalid_argument("unknown time zone \"" + options.timeZoneId +
-                                        "\" (expected an IANA name such as Europe/London)");
-    }
-    icu::UnicodeString id;
-    timeZone_->getID(id);
-    id.toUTF8String(timeZoneId_);
     if (!(scale_ > 0 && scale_ <= 16)) throw std::invalid_argument("scale must be between 0 and 16 pixels per point");
+    // Drawing needs the pinned fonts: a missing configuration is refused here, not at the first picture.
+    std::error_code error;
+    if (!std::filesystem::is_regular_file(resourceDir_ / "fonts" / "fonts.conf", error))
+        throw std::invalid_argument("no font configuration at " + (resourceDir_ / "fonts" / "fonts.conf").string());
 
     preferredLanguages_ = std::move(options.preferredLanguages);
     if (preferredLanguages_.empty()) {
-        std::string tag = locale_.getLanguage();
-        if (*locale_.getCountry()) tag += std::string("-") + locale_.getCountry();
+        std::string tag = locale_.language();
+        if (!locale_.country().empty()) tag += "-" + locale_.country();
         preferredLanguages_.push_back(tag);
     }
     strings_ = StringTable::load(resourceDir_ / "strings", localeId_, diagnostics_);

@@ -2,13 +2,11 @@
 
 #include "platform/core/Date.h"
 #include "platform/core/Diagnostics.h"
-#include "platform/graphics/FontSystem.h"
 #include "platform/store/PreferencesStore.h"
 #include "platform/text/StringTable.h"
 #include "platform/core/Value.h"
-
-#include <unicode/locid.h>
-#include <unicode/timezone.h>
+#include "platform/text/Locale.h"
+#include "platform/text/TimeZone.h"
 
 #include <filesystem>
 #include <map>
@@ -19,6 +17,8 @@
 #include <vector>
 
 namespace velmorant::platform {
+
+class FontSystem;
 
 // The app group shared by the main app, its widgets and this extension.
 inline constexpr std::string_view kAppGroupSuite = "group.brumelkai.Velmorant";
@@ -57,10 +57,10 @@ public:
     Date now() const;
     void setNow(std::optional<Date> now) { fixedNow_ = now; }
 
-    const icu::Locale& locale() const { return locale_; }
+    const Locale& locale() const { return locale_; }
     const std::string& localeId() const { return localeId_; }
-    const icu::TimeZone& timeZone() const { return *timeZone_; }
-    const std::string& timeZoneId() const { return timeZoneId_; }
+    const TimeZone& timeZone() const { return timeZone_; }
+    const std::string& timeZoneId() const { return timeZone_.id(); }
     const std::vector<std::string>& preferredLanguages() const { return preferredLanguages_; }
     double screenScale() const { return scale_; }
 
@@ -88,9 +88,8 @@ private:
 
     std::optional<Date> fixedNow_;
     std::string localeId_;
-    icu::Locale locale_;
-    std::string timeZoneId_;
-    std::unique_ptr<icu::TimeZone> timeZone_;
+    Locale locale_;
+    TimeZone timeZone_;
     std::vector<std::string> preferredLanguages_;
     double scale_;
     std::filesystem::path preferencesDir_;

@@ -1,5 +1,7 @@
 #include "platform/text/Calendar.h"
 
+#include "platform/text/detail/IcuHandles.h"
+
 #include <unicode/gregocal.h>
 
 namespace velmorant::platform {
@@ -23,7 +25,19 @@ Calendar::Calendar(const icu::TimeZone& timeZone, const icu::Locale& locale) {
     calendar_->setLenient(true);
 }
 
+Calendar::Calendar(const TimeZone& timeZone, const Locale& locale) : Calendar(icuZone(timeZone), icuLocale(locale)) {}
+
 Calendar::~Calendar() = default;
+
+std::optional<Date> Calendar::dateByAddingDays(Date date, long days) const {
+    if (!within(days, kDayLimit)) return std::nullopt;
+    UErrorCode status = U_ZERO_ERROR;
+    calendar_->setTime(date.icuMillis(), status);
+    calendar_->add(UCAL_DATE, static_cast<int32_t>(days), status);
+    UDate millis = calendar_->getTime(status);
+    if (U_FAILURE(status)) return std::nullopt;
+    return Date::fromIcuMillis(millis);
+}
 
 const icu::TimeZone& Calendar::timeZone() const { return calendar_->getTimeZone(); }
 

@@ -1,6 +1,8 @@
 #pragma once
 
 #include "platform/core/Date.h"
+#include "platform/text/Locale.h"
+#include "platform/text/TimeZone.h"
 
 #include <unicode/locid.h>
 #include <unicode/timezone.h>
@@ -35,6 +37,7 @@ struct DateComponents {
 class Calendar {
 public:
     explicit Calendar(const icu::TimeZone& timeZone, const icu::Locale& locale = icu::Locale("en_US_POSIX"));
+    explicit Calendar(const TimeZone& timeZone, const Locale& locale = Locale::posix());
     ~Calendar();
     Calendar(const Calendar&) = delete;
     Calendar& operator=(const Calendar&) = delete;
@@ -47,6 +50,8 @@ public:
     // The date of the given year, month, day, hour, minute and second; none
     // when a field lies beyond a million years' worth of its unit.
     std::optional<Date> dateFromComponents(const DateComponents& components) const;
+    // The same wall time `days` days later (earlier when negative); none beyond the calendar's range.
+    std::optional<Date> dateByAddingDays(Date date, long days) const;
 
 private:
     std::unique_ptr<icu::Calendar> calendar_;

@@ -1,5 +1,6 @@
 #include "platform/text/DateComponentsFormatter.h"
 
+#include "platform/text/detail/IcuHandles.h"
 #include "platform/text/detail/IcuStrings.h"
 
 #include <unicode/dcfmtsym.h>
@@ -79,6 +80,7 @@ bool isClockRun(const std::vector<Part>& parts) {
 }  // namespace
 
 DateComponentsFormatter::DateComponentsFormatter(const icu::Locale& locale) : locale_(locale) {}
+DateComponentsFormatter::DateComponentsFormatter(const Locale& locale) : locale_(icuLocale(locale)) {}
 
 DateComponentsFormatter::~DateComponentsFormatter() = default;
 

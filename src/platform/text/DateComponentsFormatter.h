@@ -1,5 +1,7 @@
 #pragma once
 
+#include "platform/text/Locale.h"
+
 #include <unicode/locid.h>
 
 #include <map>
@@ -62,6 +64,7 @@ public:
     };
 
     explicit DateComponentsFormatter(const icu::Locale& locale);
+    explicit DateComponentsFormatter(const Locale& locale);
     ~DateComponentsFormatter();
     DateComponentsFormatter(const DateComponentsFormatter&) = delete;
     DateComponentsFormatter& operator=(const DateComponentsFormatter&) = delete;

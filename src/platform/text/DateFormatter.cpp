@@ -1,5 +1,6 @@
 #include "platform/text/DateFormatter.h"
 
+#include "platform/text/detail/IcuHandles.h"
 #include "platform/text/detail/IcuStrings.h"
 
 #include <unicode/calendar.h>
@@ -36,6 +37,9 @@ std::string bestPattern(const icu::UnicodeString& skeleton, const icu::Locale& l
 
 DateFormatter::DateFormatter(const icu::Locale& locale, const icu::TimeZone& timeZone)
     : locale_(locale), timeZone_(timeZone.clone()) {}
+
+DateFormatter::DateFormatter(const Locale& locale, const TimeZone& timeZone)
+    : DateFormatter(icuLocale(locale), icuZone(timeZone)) {}
 
 DateFormatter::~DateFormatter() = default;
 
@@ -95,6 +99,10 @@ std::optional<Date> DateFormatter::dateFromString(std::string_view text) {
 
 std::string DateFormatter::dateFormatFromTemplate(std::string_view dateTemplate, const icu::Locale& locale) {
     return bestPattern(fromUtf8(dateTemplate), locale);
+}
+
+std::string DateFormatter::dateFormatFromTemplate(std::string_view dateTemplate, const Locale& locale) {
+    return dateFormatFromTemplate(dateTemplate, icuLocale(locale));
 }
 
 }  // namespace velmorant::platform

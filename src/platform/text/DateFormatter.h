@@ -1,6 +1,8 @@
 #pragma once
 
 #include "platform/core/Date.h"
+#include "platform/text/Locale.h"
+#include "platform/text/TimeZone.h"
 
 #include <unicode/locid.h>
 #include <unicode/timezone.h>
@@ -29,6 +31,7 @@ namespace velmorant::platform {
 class DateFormatter {
 public:
     DateFormatter(const icu::Locale& locale, const icu::TimeZone& timeZone);
+    DateFormatter(const Locale& locale, const TimeZone& timeZone);
     ~DateFormatter();
     DateFormatter(const DateFormatter&) = delete;
     DateFormatter& operator=(const DateFormatter&) = delete;
@@ -51,6 +54,7 @@ public:
     // The locale's best pattern for a template of pattern letters ("h:mma" ->
     // "h:mm a" in en_US). Options are those of the phone's call with 0.
     static std::string dateFormatFromTemplate(std::string_view dateTemplate, const icu::Locale& locale);
+    static std::string dateFormatFromTemplate(std::string_view dateTemplate, const Locale& locale);
 
 private:
     icu::SimpleDateFormat& formatter();

@@ -1,5 +1,6 @@
 #include "platform/text/ISO8601DateFormatter.h"
 
+#include "platform/text/detail/IcuHandles.h"
 #include "platform/text/detail/IcuStrings.h"
 
 #include <unicode/gregocal.h>
@@ -61,6 +62,10 @@ ISO8601DateFormatter::~ISO8601DateFormatter() = default;
 
 std::string ISO8601DateFormatter::stringFromDate(Date date) const {
     return stringFromDate(date, *timeZone_, options_);
+}
+
+std::string ISO8601DateFormatter::stringFromDate(Date date, const TimeZone& timeZone, unsigned options) {
+    return stringFromDate(date, icuZone(timeZone), options);
 }
 
 std::string ISO8601DateFormatter::stringFromDate(Date date, const icu::TimeZone& timeZone, unsigned options) {

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "platform/core/Date.h"
+#include "platform/text/TimeZone.h"
 
 #include <unicode/timezone.h>
 
@@ -49,6 +50,7 @@ public:
 
     // One-off formatting in the given zone, as the phone's class method does.
     static std::string stringFromDate(Date date, const icu::TimeZone& timeZone, unsigned options);
+    static std::string stringFromDate(Date date, const TimeZone& timeZone, unsigned options);
 
 private:
     std::unique_ptr<icu::TimeZone> timeZone_;

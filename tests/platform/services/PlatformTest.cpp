@@ -1,3 +1,4 @@
+#include "platform/graphics/FontSystem.h"
 #include "platform/graphics/Image.h"
 #include "platform/services/Platform.h"
 
