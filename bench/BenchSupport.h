@@ -1,7 +1,7 @@
 #pragma once
 
 #include "demo/DemoData.h"
-#include "platform/Platform.h"
+#include "platform/services/Platform.h"
 
 #include <benchmark/benchmark.h>
 

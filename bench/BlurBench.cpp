@@ -1,9 +1,9 @@
 // Cost of shadows: the two blur methods on the mask of a 280-point gauge ring
 // at scale 3, and a whole shadowed stroke against a plain one. A gauge draws a
 // handful of shadowed strokes and must stay under 4 ms.
-#include "platform/Blur.h"
-#include "platform/Canvas.h"
-#include "platform/Platform.h"
+#include "platform/graphics/detail/Blur.h"
+#include "platform/graphics/Canvas.h"
+#include "platform/services/Platform.h"
 
 #include <benchmark/benchmark.h>
 

@@ -9,9 +9,9 @@
 #include "cli/SnippetCard.h"
 #include "demo/DemoData.h"
 #include "intents/IntentViewController.h"
-#include "platform/Image.h"
-#include "platform/PngWriter.h"
-#include "platform/ViewRenderer.h"
+#include "platform/graphics/Image.h"
+#include "platform/graphics/PngWriter.h"
+#include "platform/views/ViewRenderer.h"
 
 #include <benchmark/benchmark.h>
 

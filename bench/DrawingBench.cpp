@@ -8,7 +8,7 @@
 // between drawings (its data-independent layers) counts from the third call.
 #include "BenchSupport.h"
 
-#include "platform/Image.h"
+#include "platform/graphics/Image.h"
 #include "snippet_ui/SleepMetricsUI.h"
 
 #include <benchmark/benchmark.h>

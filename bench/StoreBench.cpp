@@ -1,8 +1,8 @@
 // Speed of the store paths every request takes: a read of an unchanged file
 // (a stat and the cached parse), a fresh parse, and a locked write.
 #include "demo/DemoData.h"
-#include "platform/FilePreferencesStore.h"
-#include "platform/PlistCodec.h"
+#include "platform/store/FilePreferencesStore.h"
+#include "platform/store/PlistCodec.h"
 
 #include <benchmark/benchmark.h>
 

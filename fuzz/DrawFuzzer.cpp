@@ -5,7 +5,7 @@
 // snippet's range here, since a huge side only makes the canvas's largest
 // bitmap, which the table test covers. It fails on a crash, a sanitizer report,
 // a slow input, or a picture larger than its side allows.
-#include "platform/Image.h"
+#include "platform/graphics/Image.h"
 #include "snippet_ui/SleepMetricsUI.h"
 
 #include <cmath>

@@ -6,7 +6,7 @@
 
 #include "demo/DemoData.h"
 #include "metrics/GroupMetrics.h"
-#include "platform/PlistCodec.h"
+#include "platform/store/PlistCodec.h"
 
 #include <cmath>
 #include <cstdio>

@@ -3,7 +3,7 @@
 // Checks shared by the store fuzzer and the reliability tests: what counts as
 // garbage on screen, and reading a store file's bytes.
 
-#include "platform/Value.h"
+#include "platform/core/Value.h"
 
 #include <cstdint>
 #include <filesystem>

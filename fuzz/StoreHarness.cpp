@@ -4,8 +4,8 @@
 #include "intents/Intents.h"
 #include "metrics/GroupMetrics.h"
 #include "palette/Pallet.h"
-#include "platform/Platform.h"
-#include "platform/PlistCodec.h"
+#include "platform/services/Platform.h"
+#include "platform/store/PlistCodec.h"
 #include "snippet_ui/SleepMetricsUI.h"
 
 #include <nlohmann/json.hpp>

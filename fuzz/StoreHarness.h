@@ -2,8 +2,8 @@
 
 #include "StoreChecks.h"
 
-#include "platform/Date.h"
-#include "platform/Value.h"
+#include "platform/core/Date.h"
+#include "platform/core/Value.h"
 
 #include <cstdint>
 #include <span>

@@ -2,8 +2,8 @@
 
 #include "StoreHarness.h"
 
-#include "platform/PlistHandles.h"
-#include "platform/PlistStructure.h"
+#include "platform/store/detail/PlistHandles.h"
+#include "platform/store/detail/PlistStructure.h"
 
 #include <algorithm>
 #include <cmath>

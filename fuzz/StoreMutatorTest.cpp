@@ -5,7 +5,7 @@
 
 #include "StoreHarness.h"
 
-#include "platform/PlistCodec.h"
+#include "platform/store/PlistCodec.h"
 
 #include <gtest/gtest.h>
 

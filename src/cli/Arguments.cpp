@@ -1,7 +1,7 @@
 #include "Arguments.h"
 
 #include "IsoDate.h"
-#include "platform/Canvas.h"
+#include "platform/graphics/Canvas.h"
 
 #include <nlohmann/json.hpp>
 

@@ -1,7 +1,7 @@
 #pragma once
 
-#include "platform/Platform.h"
-#include "platform/Value.h"
+#include "platform/services/Platform.h"
+#include "platform/core/Value.h"
 
 #include <functional>
 #include <map>

@@ -7,13 +7,12 @@
 #include "WidgetPictures.h"
 #include "intents/IntentViewController.h"
 #include "metrics/GroupMetrics.h"
-#include "platform/Accessibility.h"
-#include "platform/Image.h"
-#include "platform/PngWriter.h"
-#include "platform/ViewRenderer.h"
+#include "platform/views/Accessibility.h"
+#include "platform/graphics/Image.h"
+#include "platform/graphics/PngWriter.h"
+#include "platform/text/DateFormatter.h"
+#include "platform/views/ViewRenderer.h"
 #include "snippet_ui/SleepMetricsUI.h"
-
-#include <unicode/smpdtfmt.h>
 
 #include <fcntl.h>
 #include <malloc.h>
@@ -174,20 +173,12 @@ private:
     bool committed_ = false;
 };
 
-std::string languageTag(const platform::Platform& platform) {
-    UErrorCode status = U_ZERO_ERROR;
-    std::string tag = platform.locale().toLanguageTag<std::string>(status);
-    return U_SUCCESS(status) && !tag.empty() ? tag : "en";
-}
+std::string languageTag(const platform::Platform& platform) { return platform.locale().languageTag(); }
 
 std::string localTime(const platform::Platform& platform) {
-    UErrorCode status = U_ZERO_ERROR;
-    icu::SimpleDateFormat format(icu::UnicodeString("yyyy-MM-dd HH:mm"), icu::Locale("en_US_POSIX"), status);
-    format.setTimeZone(platform.timeZone());
-    icu::UnicodeString text;
-    format.format(platform.now().icuMillis(), text);
-    std::string out;
-    return text.toUTF8String(out);
+    platform::DateFormatter format(platform::Locale::posix(), platform.timeZone());
+    format.setDateFormat("yyyy-MM-dd HH:mm");
+    return format.stringFromDate(platform.now());
 }
 
 std::string number(double value) {

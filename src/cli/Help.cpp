@@ -29,6 +29,7 @@ Options for every command:
                    else en_US)
   --scale N        pixels per point of drawn images, 1 to 16 (default 3)
   --help           this text; `velmorant-snippet COMMAND --help` for one command
+  --version        the program's version
 
 Examples:
   velmorant-snippet show SleepSpO2Intent --png spo2.png

@@ -1,30 +1,19 @@
 #include "IsoDate.h"
 
-#include "platform/IcuStrings.h"
-
-#include <unicode/smpdtfmt.h>
-
-#include <memory>
+#include "platform/text/DateFormatter.h"
 
 namespace velmorant::cli {
 
-std::optional<platform::Date> parseIsoDate(std::string_view text, const icu::TimeZone& zone) {
+std::optional<platform::Date> parseIsoDate(std::string_view text, const platform::TimeZone& zone) {
     static constexpr const char* kPatterns[] = {
         "yyyy-MM-dd'T'HH:mm:ss.SSSXXX", "yyyy-MM-dd'T'HH:mm:ssXXX", "yyyy-MM-dd'T'HH:mmXXX",
         "yyyy-MM-dd'T'HH:mm:ss.SSS",    "yyyy-MM-dd'T'HH:mm:ss",    "yyyy-MM-dd'T'HH:mm",
         "yyyy-MM-dd",
     };
-    icu::UnicodeString input = platform::fromUtf8(text);
+    platform::DateFormatter format(platform::Locale::posix(), zone);
     for (const char* pattern : kPatterns) {
-        UErrorCode status = U_ZERO_ERROR;
-        icu::SimpleDateFormat format(icu::UnicodeString(pattern), icu::Locale("en_US_POSIX"), status);
-        if (U_FAILURE(status)) continue;
-        format.setLenient(false);
-        format.setTimeZone(zone);
-        icu::ParsePosition position(0);
-        UDate millis = format.parse(input, position);
-        if (position.getErrorIndex() < 0 && position.getIndex() == input.length())
-            return platform::Date::fromIcuMillis(millis);
+        format.setDateFormat(pattern);
+        if (auto date = format.dateFromString(text)) return date;
     }
     return std::nullopt;
 }

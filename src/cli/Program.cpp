@@ -31,6 +31,7 @@ struct CommandLine {
     std::vector<std::string> positional;
     std::map<std::string, std::string> options;
     bool help = false;
+    bool version = false;
 };
 
 // Options that take a value, and the commands that accept each.
@@ -50,6 +51,8 @@ CommandLine parse(const std::vector<std::string>& args) {
         const std::string& arg = args[i];
         if (arg == "--help" || arg == "-h") {
             line.help = true;
+        } else if (arg == "--version") {
+            line.version = true;
         } else if (arg.starts_with("--")) {
             std::string name = arg, value;
             bool inlineValue = false;
@@ -284,6 +287,10 @@ int runGallery(const CommandLine& line, std::ostream& out, std::ostream& err) {
 int runProgram(const std::vector<std::string>& args, std::ostream& out, std::ostream& err) {
     try {
         CommandLine line = parse(args);
+        if (line.version) {
+            out << "velmorant-snippet " << VELMORANT_VERSION << '\n';
+            return 0;
+        }
         if (line.command.empty()) {
             if (line.help) {
                 out << helpText("");

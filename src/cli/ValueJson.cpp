@@ -1,6 +1,6 @@
 #include "ValueJson.h"
 
-#include "platform/Image.h"
+#include "platform/graphics/Image.h"
 
 #include <charconv>
 #include <cmath>

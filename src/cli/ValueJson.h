@@ -1,7 +1,7 @@
 #pragma once
 
-#include "platform/Value.h"
-#include "platform/View.h"
+#include "platform/core/Value.h"
+#include "platform/views/View.h"
 
 #include <nlohmann/json.hpp>
 

@@ -1,7 +1,7 @@
 #include "DemoData.h"
 
-#include <unicode/gregocal.h>
-#include <unicode/smpdtfmt.h>
+#include "platform/text/Calendar.h"
+#include "platform/text/DateFormatter.h"
 
 #include <algorithm>
 #include <memory>
@@ -18,42 +18,30 @@ constexpr int kNightHour = 21;
 // Local calendar arithmetic for dating the demo night.
 class LocalCalendar {
 public:
-    explicit LocalCalendar(const platform::Platform& platform) {
-        UErrorCode status = U_ZERO_ERROR;
-        calendar_ = std::make_unique<icu::GregorianCalendar>(platform.timeZone(), icu::Locale("en_US_POSIX"), status);
-        keyFormat_ = std::make_unique<icu::SimpleDateFormat>(icu::UnicodeString("yyyyMMdd"), icu::Locale("en_US_POSIX"), status);
-        keyFormat_->setTimeZone(platform.timeZone());
+    explicit LocalCalendar(const platform::Platform& platform)
+        : calendar_(platform.timeZone()), keyFormat_(platform::Locale::posix(), platform.timeZone()) {
+        keyFormat_.setDateFormat("yyyyMMdd");
     }
 
     // The start of the night that `now` belongs to.
     Date nightStart(Date now) {
-        UErrorCode status = U_ZERO_ERROR;
-        calendar_->setTime(now.icuMillis(), status);
-        if (calendar_->get(UCAL_HOUR_OF_DAY, status) < kNightHour) calendar_->add(UCAL_DATE, -1, status);
-        calendar_->set(UCAL_HOUR_OF_DAY, kNightHour);
-        calendar_->set(UCAL_MINUTE, 0);
-        calendar_->set(UCAL_SECOND, 0);
-        calendar_->set(UCAL_MILLISECOND, 0);
-        return Date::fromIcuMillis(calendar_->getTime(status));
+        auto today = calendar_.components(now);
+        if (!today) return now;
+        auto day = today->hour < kNightHour ? calendar_.components(plusDays(now, -1)) : today;
+        if (!day) return now;
+        day->hour = kNightHour;
+        day->minute = 0;
+        day->second = 0;
+        return calendar_.dateFromComponents(*day).value_or(now);
     }
 
-    Date plusDays(Date date, int days) {
-        UErrorCode status = U_ZERO_ERROR;
-        calendar_->setTime(date.icuMillis(), status);
-        calendar_->add(UCAL_DATE, days, status);
-        return Date::fromIcuMillis(calendar_->getTime(status));
-    }
+    Date plusDays(Date date, int days) { return calendar_.dateByAddingDays(date, days).value_or(date); }
 
-    std::string dayKey(Date date) {
-        icu::UnicodeString text;
-        keyFormat_->format(date.icuMillis(), text);
-        std::string out;
-        return text.toUTF8String(out);
-    }
+    std::string dayKey(Date date) { return keyFormat_.stringFromDate(date); }
 
 private:
-    std::unique_ptr<icu::GregorianCalendar> calendar_;
-    std::unique_ptr<icu::SimpleDateFormat> keyFormat_;
+    platform::Calendar calendar_;
+    platform::DateFormatter keyFormat_;
 };
 
 }  // namespace

@@ -1,15 +1,12 @@
 #include "format/FormatTools.h"
 
-#include "platform/Calendar.h"
-#include "platform/DateComponentsFormatter.h"
-#include "platform/DateFormatter.h"
-#include "platform/ISO8601DateFormatter.h"
-#include "platform/Text.h"
-#include "platform/Value.h"
-
-#include <unicode/uchar.h>
-#include <unicode/unistr.h>
-#include <unicode/utf8.h>
+#include "platform/text/Calendar.h"
+#include "platform/text/DatePattern.h"
+#include "platform/text/DateComponentsFormatter.h"
+#include "platform/text/DateFormatter.h"
+#include "platform/text/ISO8601DateFormatter.h"
+#include "platform/text/Text.h"
+#include "platform/core/Value.h"
 
 #include <climits>
 #include <cmath>
@@ -26,95 +23,6 @@ namespace {
 
 constexpr long kDefaultNightHour = 21;
 constexpr double kSecondsPerDay = 86400.0;
-
-// A date pattern split into fields (runs of one pattern letter) and literal
-// text (quoted text, or any single other character).
-struct PatternToken {
-    bool field;
-    char16_t letter;
-    icu::UnicodeString text;
-};
-
-bool isPatternLetter(char16_t c) { return (c >= u'a' && c <= u'z') || (c >= u'A' && c <= u'Z'); }
-
-std::vector<PatternToken> tokenize(const icu::UnicodeString& pattern) {
-    std::vector<PatternToken> tokens;
-    const int32_t length = pattern.length();
-    int32_t i = 0;
-    while (i < length) {
-        const char16_t c = pattern.charAt(i);
-        int32_t end = i + 1;
-        if (c == u'\'') {
-            // A quoted run ends at the next single quote; '' inside it is a
-            // quote, and '' on its own is a quote too.
-            while (end < length) {
-                if (pattern.charAt(end) == u'\'') {
-                    if (end + 1 < length && pattern.charAt(end + 1) == u'\'' && end > i + 1) {
-                        end += 2;
-                        continue;
-                    }
-                    ++end;
-                    break;
-                }
-                ++end;
-            }
-            tokens.push_back({false, 0, icu::UnicodeString(pattern, i, end - i)});
-        } else if (isPatternLetter(c)) {
-            while (end < length && pattern.charAt(end) == c) ++end;
-            tokens.push_back({true, c, icu::UnicodeString(pattern, i, end - i)});
-        } else {
-            end = i + U16_LENGTH(pattern.char32At(i));
-            tokens.push_back({false, 0, icu::UnicodeString(pattern, i, end - i)});
-        }
-        i = end;
-    }
-    return tokens;
-}
-
-bool isDayPeriod(const PatternToken& token) {
-    return token.field && (token.letter == u'a' || token.letter == u'b' || token.letter == u'B');
-}
-
-bool isBlank(const PatternToken& token) {
-    return !token.field && token.text.length() > 0 && u_isUWhiteSpace(token.text.char32At(0));
-}
-
-// The locale's best pattern for a template, held to the fields the template
-// asks for (see the class comment).
-std::string keepToTemplate(const std::string& bestPattern, std::string_view dateTemplate) {
-    const auto asked = tokenize(icu::UnicodeString::fromUTF8(
-        icu::StringPiece(dateTemplate.data(), static_cast<int32_t>(dateTemplate.size()))));
-    bool asksDayPeriod = false, hasLiterals = false;
-    for (const auto& token : asked) {
-        asksDayPeriod = asksDayPeriod || isDayPeriod(token);
-        hasLiterals = hasLiterals || !token.field;
-    }
-
-    auto tokens = tokenize(icu::UnicodeString::fromUTF8(bestPattern));
-    if (!asksDayPeriod) {
-        for (std::size_t i = 0; i < tokens.size();) {
-            if (!isDayPeriod(tokens[i])) {
-                ++i;
-                continue;
-            }
-            // The marker goes with the space that set it apart.
-            std::size_t from = i, to = i + 1;
-            while (from > 0 && isBlank(tokens[from - 1])) --from;
-            if (from == i)
-                while (to < tokens.size() && isBlank(tokens[to])) ++to;
-            tokens.erase(tokens.begin() + static_cast<std::ptrdiff_t>(from),
-                         tokens.begin() + static_cast<std::ptrdiff_t>(to));
-            i = from;
-        }
-    }
-    if (!hasLiterals && !asked.empty()) std::erase_if(tokens, [](const PatternToken& t) { return !t.field; });
-
-    icu::UnicodeString pattern;
-    for (const auto& token : tokens) pattern += token.text;
-    std::string out;
-    pattern.toUTF8String(out);
-    return out;
-}
 
 // a - b, held within the range of long.
 long saturatingMinus(long a, long b) {
@@ -174,7 +82,7 @@ platform::DateFormatter& FormatTools::outputFormatter() {
 platform::DateFormatter& FormatTools::HHFormatter() {
     // Fixed locale: the hour and day must read back as ASCII digits whatever the user's locale.
     if (!HHFormatter_)
-        HHFormatter_ = std::make_unique<platform::DateFormatter>(icu::Locale("en_US_POSIX"), platform_.timeZone());
+        HHFormatter_ = std::make_unique<platform::DateFormatter>(platform::Locale::posix(), platform_.timeZone());
     return *HHFormatter_;
 }
 
@@ -197,7 +105,7 @@ std::string FormatTools::formatPattern(std::string_view pattern, Date date) {
 }
 
 std::string FormatTools::localisedPattern(std::string_view dateTemplate) {
-    return keepToTemplate(platform::DateFormatter::dateFormatFromTemplate(dateTemplate, platform_.locale()),
+    return platform::patternKeepingToTemplate(platform::DateFormatter::dateFormatFromTemplate(dateTemplate, platform_.locale()),
                           dateTemplate);
 }
 
@@ -498,15 +406,11 @@ long FormatTools::isDaylightSavings(Date date) {
 long FormatTools::getDaylightSavingsHourForDate(Date date, long mode) {
     const Date midnight = dayAt(date, 0, 0, 0);
     auto daylightOffset = [&](long hour) {
-        int32_t raw = 0, dst = 0;
-        UErrorCode status = U_ZERO_ERROR;
-        platform_.timeZone().getOffset(midnight.dateByAddingTimeInterval(hour * 3600.0).icuMillis(), false, raw, dst,
-                                       status);
-        return dst;
+        return platform_.timeZone().daylightSavingTimeOffset(midnight.dateByAddingTimeInterval(hour * 3600.0));
     };
-    int32_t previous = daylightOffset(0);
+    double previous = daylightOffset(0);
     for (long k = 1; k <= 5; ++k) {
-        const int32_t offset = daylightOffset(k);
+        const double offset = daylightOffset(k);
         if (offset != previous) return mode == 1 ? k - 1 : k;
         previous = offset;
     }

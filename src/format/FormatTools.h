@@ -1,7 +1,7 @@
 #pragma once
 
-#include "platform/Date.h"
-#include "platform/Platform.h"
+#include "platform/core/Date.h"
+#include "platform/services/Platform.h"
 
 #include <functional>
 #include <memory>

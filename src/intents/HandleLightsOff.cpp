@@ -1,7 +1,7 @@
 #include "HandleLightsOff.h"
 
 #include "format/FormatTools.h"
-#include "platform/StringFormat.h"
+#include "platform/text/StringFormat.h"
 
 namespace velmorant {
 

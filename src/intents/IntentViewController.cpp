@@ -1,7 +1,7 @@
 #include "IntentViewController.h"
 
 #include "format/FormatTools.h"
-#include "platform/Text.h"
+#include "platform/text/Text.h"
 #include "snippet_ui/SleepMetricsUI.h"
 
 #include <stdexcept>

@@ -1,9 +1,9 @@
 #pragma once
 
 #include "intents/Intents.h"
-#include "platform/Geometry.h"
-#include "platform/Platform.h"
-#include "platform/ViewTree.h"
+#include "platform/core/Geometry.h"
+#include "platform/services/Platform.h"
+#include "platform/views/ViewTree.h"
 
 #include <functional>
 #include <memory>

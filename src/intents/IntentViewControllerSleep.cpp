@@ -3,8 +3,8 @@
 
 #include "RecordFields.h"
 #include "format/FormatTools.h"
-#include "platform/StringFormat.h"
-#include "platform/Text.h"
+#include "platform/text/StringFormat.h"
+#include "platform/text/Text.h"
 #include "snippet_ui/SleepMetricsUI.h"
 
 namespace velmorant {

@@ -2,7 +2,7 @@
 #include "IntentViewController.h"
 
 #include "RecordFields.h"
-#include "platform/StringFormat.h"
+#include "platform/text/StringFormat.h"
 #include "snippet_ui/SleepMetricsUI.h"
 
 namespace velmorant {

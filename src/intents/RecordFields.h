@@ -1,8 +1,8 @@
 #pragma once
 
-#include "platform/Colour.h"
-#include "platform/Value.h"
-#include "platform/View.h"
+#include "platform/core/Colour.h"
+#include "platform/core/Value.h"
+#include "platform/views/View.h"
 
 #include <optional>
 #include <string>

@@ -1,7 +1,7 @@
 #pragma once
 
-#include "platform/Value.h"
-#include "platform/WatchSession.h"
+#include "platform/core/Value.h"
+#include "platform/services/WatchSession.h"
 
 #include <optional>
 #include <string>

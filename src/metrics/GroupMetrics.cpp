@@ -93,14 +93,17 @@ std::string GroupMetrics::localeFormat(std::string_view format, const std::vecto
     return platform::localizedStringWithFormat(platform_.localeId(), format, args);
 }
 
-float GroupMetrics::getVelmorantConfigValueForKey(std::string_view key) {
+float GroupMetrics::getVelmorantConfigValueForKey(std::string_view key) { return configValueForKey(key).value_or(-1.0f); }
+
+std::optional<float> GroupMetrics::configValueForKey(std::string_view key) {
     auto config = storeDictionary("velmorantConfig");
-    if (!config) return -1.0f;
+    if (!config) return std::nullopt;
     const Value* value = config->objectForKey(key);
-    if (!value) return -1.0f;
+    if (!value) return std::nullopt;
     // An unreadable value counts as a missing setting rather than as NaN.
     auto number = numberFor(value);
-    return number ? static_cast<float>(*number) : -1.0f;
+    if (!number) return std::nullopt;
+    return static_cast<float>(*number);
 }
 
 bool GroupMetrics::getVelmorantSwitchValueForKey(std::string_view key) {

@@ -1,11 +1,11 @@
 #pragma once
 
 #include "format/FormatTools.h"
-#include "platform/Date.h"
-#include "platform/Platform.h"
-#include "platform/PreferencesStore.h"
-#include "platform/StringFormat.h"
-#include "platform/Value.h"
+#include "platform/core/Date.h"
+#include "platform/services/Platform.h"
+#include "platform/store/PreferencesStore.h"
+#include "platform/text/StringFormat.h"
+#include "platform/core/Value.h"
 
 #include <memory>
 #include <optional>
@@ -55,8 +55,10 @@ public:
 
     // Product configuration. These read whatever store handle is already open
     // (none reads as an empty store): call them after a request has opened it.
-    // A missing (or unreadable) setting gives -1.
+    // A missing (or unreadable) setting gives -1, as the app reads it.
     float getVelmorantConfigValueForKey(std::string_view key);
+    // The same setting, none when it is missing or unreadable (a stored -1 stays -1).
+    std::optional<float> configValueForKey(std::string_view key);
     // A switch is on by being present, whatever its value.
     bool getVelmorantSwitchValueForKey(std::string_view key);
 

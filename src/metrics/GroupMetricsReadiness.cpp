@@ -1,7 +1,7 @@
 // Readiness and sleep fuel: HRV and heart rate against their baselines.
 #include "metrics/GroupMetrics.h"
 
-#include "platform/Text.h"
+#include "platform/text/Text.h"
 
 #include <cmath>
 

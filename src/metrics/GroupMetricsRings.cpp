@@ -1,7 +1,7 @@
 // Sleep rings: the watch-tracked night against the sleep goal.
 #include "metrics/GroupMetrics.h"
 
-#include "platform/Text.h"
+#include "platform/text/Text.h"
 
 #include <algorithm>
 

@@ -2,7 +2,7 @@
 // bedtime that follows from it, cached for the hours after the night hour.
 #include "metrics/GroupMetrics.h"
 
-#include "platform/Text.h"
+#include "platform/text/Text.h"
 
 #include <algorithm>
 #include <cmath>

@@ -1,6 +1,6 @@
 #include "palette/Pallet.h"
 
-#include "platform/StringFormat.h"
+#include "platform/text/StringFormat.h"
 
 #include <cmath>
 #include <memory>

@@ -1,10 +1,10 @@
 #pragma once
 
-#include "platform/Colour.h"
-#include "platform/Controls.h"
-#include "platform/Platform.h"
-#include "platform/Value.h"
-#include "platform/View.h"
+#include "platform/core/Colour.h"
+#include "platform/views/Controls.h"
+#include "platform/services/Platform.h"
+#include "platform/core/Value.h"
+#include "platform/views/View.h"
 
 #include <optional>
 #include <string>

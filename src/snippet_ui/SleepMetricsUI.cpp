@@ -30,16 +30,19 @@ GroupMetrics& SleepMetricsUI::groupMetrics() {
     return *groupMetrics_;
 }
 
-float SleepMetricsUI::getVelmorantConfigValueForKey(std::string_view key) {
-    // Only a store some request has opened is read; before that the setting is 0.
-    if (!groupPrefs_) return 0;
+float SleepMetricsUI::getVelmorantConfigValueForKey(std::string_view key) { return configValueForKey(key).value_or(0); }
+
+std::optional<float> SleepMetricsUI::configValueForKey(std::string_view key) {
+    // Only a store some request has opened is read; before that there is no setting.
+    if (!groupPrefs_) return std::nullopt;
     platform::Value config = groupPrefs_->objectForKey("velmorantConfig");
     const platform::Dictionary* dict = config.dictionary();
-    if (!dict) return 0;
+    if (!dict) return std::nullopt;
     const platform::Value* value = dict->objectForKey(key);
-    if (!value) return 0;
+    if (!value) return std::nullopt;
     float number = value->floatValue();
-    return std::isfinite(number) ? number : 0;
+    if (!std::isfinite(number)) return std::nullopt;
+    return number;
 }
 
 Colour SleepMetricsUI::gaugeBkg() const { return Colour::colorWithHue(193.0 / 360, 0.92, 0.10, 1); }

@@ -42,6 +42,8 @@ public:
     // The product setting under `key` in the shared store's "velmorantConfig";
     // 0 when the store has not been opened yet, or the dictionary or key is missing.
     float getVelmorantConfigValueForKey(std::string_view key);
+    // The same setting, none in those cases (a stored 0 stays 0).
+    std::optional<float> configValueForKey(std::string_view key);
 
     // Colours shared by the gauges, rings and clock.
     platform::Colour gaugeBkg() const;

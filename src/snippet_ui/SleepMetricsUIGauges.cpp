@@ -3,7 +3,7 @@
 #include "snippet_ui/GaugeFrame.h"
 #include "snippet_ui/SleepMetricsUI.h"
 
-#include "platform/StringFormat.h"
+#include "platform/text/StringFormat.h"
 
 #include <cmath>
 

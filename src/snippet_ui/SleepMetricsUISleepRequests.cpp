@@ -2,8 +2,8 @@
 // bedtime consistency, with their pictures.
 #include "snippet_ui/SleepMetricsUI.h"
 
-#include "platform/StringFormat.h"
-#include "platform/Text.h"
+#include "platform/text/StringFormat.h"
+#include "platform/text/Text.h"
 
 #include <cmath>
 #include <limits>

@@ -2,7 +2,7 @@
 // its gauge, as the snippets show them.
 #include "snippet_ui/SleepMetricsUI.h"
 
-#include "platform/StringFormat.h"
+#include "platform/text/StringFormat.h"
 
 #include <algorithm>
 #include <cmath>

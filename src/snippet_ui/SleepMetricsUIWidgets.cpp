@@ -2,7 +2,7 @@
 // shared store under "Swift-" keys, and the records' pictures.
 #include "snippet_ui/SleepMetricsUI.h"
 
-#include "platform/Text.h"
+#include "platform/text/Text.h"
 
 #include <utility>
 #include <vector>

@@ -1,9 +1,9 @@
 #include "demo/DemoData.h"
 #include "intents/IntentViewController.h"
-#include "platform/Accessibility.h"
-#include "platform/Image.h"
-#include "platform/ViewLayout.h"
-#include "platform/ViewRenderer.h"
+#include "platform/views/Accessibility.h"
+#include "platform/graphics/Image.h"
+#include "platform/views/ViewLayout.h"
+#include "platform/views/ViewRenderer.h"
 
 #include <gtest/gtest.h>
 

@@ -44,6 +44,14 @@ TEST(Program, HelpTeachesEachCommand) {
         EXPECT_NE(run({command, "--help"}).out.find(std::string("velmorant-snippet ") + command), std::string::npos);
 }
 
+TEST(Program, VersionIsTheProjectsWhereverItStands) {
+    for (const std::vector<std::string>& args : {std::vector<std::string>{"--version"}, {"show", "--version"}}) {
+        Outcome r = run(args);
+        EXPECT_EQ(r.status, 0) << r.err;
+        EXPECT_EQ(r.out, "velmorant-snippet " VELMORANT_VERSION "\n");
+    }
+}
+
 TEST(Program, OptionValuesMayFollowAnEqualsSignAndTheLastOneWins) {
     const std::vector<std::string> forms[] = {
         {"show", "SleepSpO2Intent", "--width=320", "--tz=Europe/London", "--now=2024-03-05T22:10:00"},

@@ -2,7 +2,7 @@
 
 #include "TempDir.h"
 #include "cli/Program.h"
-#include "platform/CHandles.h"
+#include "platform/graphics/detail/CHandles.h"
 
 #include <gtest/gtest.h>
 #include <nlohmann/json.hpp>

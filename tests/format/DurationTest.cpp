@@ -1,5 +1,5 @@
 #include "FormatTestSupport.h"
-#include "platform/DateComponentsFormatter.h"
+#include "platform/text/DateComponentsFormatter.h"
 
 #include <gtest/gtest.h>
 

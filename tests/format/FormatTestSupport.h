@@ -1,7 +1,7 @@
 #pragma once
 
 #include "format/FormatTools.h"
-#include "platform/Platform.h"
+#include "platform/services/Platform.h"
 
 #include <unicode/gregocal.h>
 #include <unicode/timezone.h>

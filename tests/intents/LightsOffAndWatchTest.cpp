@@ -1,6 +1,6 @@
 #include "intents/HandleLightsOff.h"
 #include "intents/WatchMetrics.h"
-#include "platform/FilePreferencesStore.h"
+#include "platform/store/FilePreferencesStore.h"
 
 #include "SnippetStores.h"
 

@@ -2,7 +2,7 @@
 
 #include "SnippetStores.h"
 
-#include "platform/Image.h"
+#include "platform/graphics/Image.h"
 #include "snippet_ui/SleepMetricsUI.h"
 
 #include <gtest/gtest.h>

@@ -1,6 +1,6 @@
 #include "SnippetChecks.h"
 
-#include "platform/Text.h"
+#include "platform/text/Text.h"
 
 #include <gtest/gtest.h>
 

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "intents/IntentViewController.h"
-#include "platform/Platform.h"
+#include "platform/services/Platform.h"
 
 #include "TempDir.h"
 

@@ -1,5 +1,6 @@
 #include "MetricsTestSupport.h"
 
+#include <cmath>
 #include <limits>
 
 namespace velmorant::testing {
@@ -13,6 +14,7 @@ TEST_F(GroupMetricsCore, ConfiguredNightHourAndPreviousDay) {
     struct { Value nightHour; int hourNow; float value; bool previous; } cases[] = {
         {Value(), 20, -1, false}, {Value(), 21, -1, true}, {Value(5.9), 4, 5.9f, false}, {Value("5.9 h"), 5, 5.9f, true},
         {Value(0), 23, 0, false}, {Value(-0.5), 23, -0.5f, false}, {Value(-2), 21, -2, true}, {Value(kNaN), 21, -1, true},
+        {Value(-1), 21, -1, true},  // stored: the sentinel cannot tell it from missing, the optional can
     };
     for (const auto& c : cases) {
         start(local(2024, 3, 2, c.hourNow, 30));
@@ -20,6 +22,8 @@ TEST_F(GroupMetricsCore, ConfiguredNightHourAndPreviousDay) {
         EXPECT_FALSE(m->shouldReportPreviousDay() || m->getVelmorantSwitchValueForKey("nightHour"));  // store not open
         m->watchDictIsValid();
         EXPECT_EQ(m->getVelmorantConfigValueForKey("nightHour"), c.value);
+        const bool missing = c.nightHour.isNone() || std::isnan(c.nightHour.doubleValue());
+        EXPECT_EQ(m->configValueForKey("nightHour"), missing ? std::nullopt : std::optional<float>(c.value));
         EXPECT_EQ(m->getVelmorantSwitchValueForKey("nightHour"), !c.nightHour.isNone());
         EXPECT_EQ(m->shouldReportPreviousDay(), c.previous) << c.nightHour.doubleValue() << " at " << c.hourNow;
     }

@@ -1,6 +1,6 @@
 #include "PalletTesting.h"
 
-#include "platform/Image.h"
+#include "platform/graphics/Image.h"
 
 namespace velmorant {
 namespace {

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "palette/Pallet.h"
-#include "platform/Platform.h"
+#include "platform/services/Platform.h"
 
 #include <gtest/gtest.h>
 

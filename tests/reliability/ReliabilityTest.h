@@ -4,7 +4,7 @@
 #include "TempDir.h"
 
 #include "demo/DemoData.h"
-#include "platform/Platform.h"
+#include "platform/services/Platform.h"
 
 #include <gtest/gtest.h>
 

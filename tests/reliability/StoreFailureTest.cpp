@@ -4,7 +4,7 @@
 #include "ReliabilityTest.h"
 
 #include "metrics/GroupMetrics.h"
-#include "platform/FilePreferencesStore.h"
+#include "platform/store/FilePreferencesStore.h"
 
 #include <gtest/gtest.h>
 #include <sys/resource.h>

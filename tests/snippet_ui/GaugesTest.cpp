@@ -1,5 +1,6 @@
 // Pixel probes of the dial gauges at places their geometry fixes.
 #include "SnippetUiTestSupport.h"
+#include "platform/graphics/FontSystem.h"
 
 #include <limits>
 #include <numbers>

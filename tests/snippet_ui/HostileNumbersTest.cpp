@@ -4,7 +4,7 @@
 // the usual side it must be whole, so a bad number cannot stop it half way.
 #include "SnippetUiTestSupport.h"
 
-#include "platform/Canvas.h"
+#include "platform/graphics/Canvas.h"
 
 #include <cstdint>
 #include <functional>

@@ -3,7 +3,7 @@
 #include "demo/DemoData.h"
 #include "snippet_ui/SleepMetricsUI.h"
 
-#include "platform/Image.h"
+#include "platform/graphics/Image.h"
 
 #include <gtest/gtest.h>
 

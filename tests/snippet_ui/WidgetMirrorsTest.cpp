@@ -1,6 +1,6 @@
 #include "TempDir.h"
 #include "demo/DemoData.h"
-#include "platform/Image.h"
+#include "platform/graphics/Image.h"
 #include "snippet_ui/SleepMetricsUI.h"
 
 #include <gtest/gtest.h>

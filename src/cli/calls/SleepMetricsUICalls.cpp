@@ -1,6 +1,6 @@
 #include "cli/Arguments.h"
 #include "cli/CallRegistry.h"
-#include "platform/Canvas.h"
+#include "platform/graphics/Canvas.h"
 #include "snippet_ui/SleepMetricsUI.h"
 
 #include <algorithm>

@@ -1,0 +1,571 @@
+#include "platform/graphics/Canvas.h"
+
+#include "platform/graphics/detail/CHandles.h"
+#include "platform/graphics/FontSystem.h"
+#include "platform/graphics/Image.h"
+#include "platform/graphics/detail/ShadowMask.h"
+
+#include <pango/pangocairo.h>
+
+#include <algorithm>
+#include <cmath>
+#include <functional>
+#include <optional>
+#include <vector>
+
+namespace velmorant::platform {
+namespace {
+
+constexpr double kTurn = 2 * M_PI;
+// Cairo keeps device coordinates in 24.8 fixed point (about +-8.4 million
+// pixels). Points, radii and widths are held well inside that, so no sum of
+// them wraps around and no arc is cut into unbounded numbers of pieces.
+constexpr double kMaxCoordinatePixels = 1 << 21;
+constexpr double kMaxLineWidthPixels = 1 << 20;
+// A wider shadow is indistinguishable from a faint tint and would only cost time.
+constexpr double kMaxShadowSigmaPixels = 128;
+
+
+struct ShadowState {
+    Size offset;
+    double blur = 0;
+    Rgba colour;
+};
+
+struct GState {
+    double lineWidth = 1;
+    LineCap lineCap = LineCap::Butt;
+    Rgba strokeColour{0, 0, 0, 1};
+    Rgba fillColour{0, 0, 0, 1};
+    std::optional<ShadowState> shadow;
+};
+
+bool finite(double v) { return std::isfinite(v); }
+bool finite(Point p) { return finite(p.x) && finite(p.y); }
+
+// A side too large to draw gives no pixels at all rather than a corner of a
+// picture hundreds of megabytes large.
+int pixelsAlong(double points, double scale) {
+    double pixels = std::ceil(points * scale);
+    if (!finite(pixels) || pixels <= 0 || pixels > Canvas::kMaxPixels) return 0;
+    return static_cast<int>(pixels);
+}
+
+cairo_line_cap_t cairoCap(LineCap cap) {
+    switch (cap) {
+        case LineCap::Butt: return CAIRO_LINE_CAP_BUTT;
+        case LineCap::Round: return CAIRO_LINE_CAP_ROUND;
+        case LineCap::Square: return CAIRO_LINE_CAP_SQUARE;
+    }
+    return CAIRO_LINE_CAP_BUTT;
+}
+
+// Longer runs are cut: a one-line run this long is far wider than any canvas.
+constexpr size_t kMaxTextBytes = 1 << 16;
+
+// The run as valid UTF-8 (bad bytes become U+FFFD), at most kMaxTextBytes long.
+GCharPtr validText(std::string_view text) {
+    return GCharPtr(g_utf8_make_valid(text.data(), static_cast<gssize>(std::min(text.size(), kMaxTextBytes))));
+}
+
+void setSource(cairo_t* cr, const Rgba& c) { cairo_set_source_rgba(cr, c.r, c.g, c.b, c.a); }
+
+// A box in device pixels.
+struct PixelBox {
+    double x0 = 0, y0 = 0, x1 = 0, y1 = 0;
+    bool empty() const { return !(x1 > x0 && y1 > y0); }
+};
+
+// Where a layout drawn at `p` (points) paints, in device pixels: its ink and
+// its logical box together.
+PixelBox layoutExtent(Point p, double scale, const PangoRectangle& ink, const PangoRectangle& logical) {
+    return {p.x * scale + std::min(ink.x, logical.x), p.y * scale + std::min(ink.y, logical.y),
+            p.x * scale + std::max(ink.x + ink.width, logical.x + logical.width),
+            p.y * scale + std::max(ink.y + ink.height, logical.y + logical.height)};
+}
+
+}  // namespace
+
+struct Canvas::Impl {
+    Impl(Size points, double scale, const FontSystem& fonts) : fonts(fonts) {
+        bool usable = finite(points.width) && finite(points.height) && finite(scale) && scale > 0;
+        this->scale = usable ? scale : 1;
+        int w = usable ? pixelsAlong(points.width, scale) : 0;
+        int h = usable ? pixelsAlong(points.height, scale) : 0;
+        if (w == 0 || h == 0) w = h = 0;
+        size = w == 0 ? Size{} : points;
+        surface.reset(cairo_image_surface_create(CAIRO_FORMAT_ARGB32, w, h));
+        cr.reset(cairo_create(surface.get()));
+        cairo_scale(cr.get(), this->scale, this->scale);
+        pixelWidth = w;
+        pixelHeight = h;
+    }
+
+    bool drawable() const {
+        return pixelWidth > 0 && cr && cairo_status(cr.get()) == CAIRO_STATUS_SUCCESS;
+    }
+
+    double maxCoordinate() const { return kMaxCoordinatePixels / scale; }
+    double clampCoordinate(double v) const { return std::clamp(v, -maxCoordinate(), maxCoordinate()); }
+    Point clamped(Point p) const { return {clampCoordinate(p.x), clampCoordinate(p.y)}; }
+
+    void applyStroke(cairo_t* target) const {
+        cairo_set_line_width(target, state.lineWidth);
+        cairo_set_line_cap(target, cairoCap(state.lineCap));
+        setSource(target, state.strokeColour);
+    }
+
+    PixelBox deviceBox(double x0, double y0, double x1, double y1) const {
+        return {x0 * scale, y0 * scale, x1 * scale, y1 * scale};
+    }
+
+    // A box held to the canvas.
+    PixelBox onCanvas(PixelBox b) const {
+        return {std::max(0.0, b.x0), std::max(0.0, b.y0), std::min<double>(pixelWidth, b.x1),
+                std::min<double>(pixelHeight, b.y1)};
+    }
+
+    // Grows the box drawn on by `b` (canvas pixels).
+    void markDrawn(PixelBox b) {
+        b = onCanvas(b);
+        if (b.empty()) return;
+        drawn = drawn.empty() ? b
+                              : PixelBox{std::min(drawn.x0, b.x0), std::min(drawn.y0, b.y0), std::max(drawn.x1, b.x1),
+                                         std::max(drawn.y1, b.y1)};
+    }
+
+    // The pixels a shadow of a shape within `extent` can reach, on the canvas.
+    PixelBox shadowBox(const ShadowState& shadow, PixelBox extent, double sigma) const {
+        double reach = std::ceil(3 * sigma);
+        double dx = shadow.offset.width * scale, dy = shadow.offset.height * scale;
+        return onCanvas({std::floor(extent.x0 + dx - reach), std::floor(extent.y0 + dy - reach),
+                         std::ceil(extent.x1 + dx + reach), std::ceil(extent.y1 + dy + reach)});
+    }
+
+    double shadowSigma(const ShadowState& shadow) const {
+        return std::min(shadow.blur / 2 * scale, kMaxShadowSigmaPixels);
+    }
+
+    // Draws a shape, first its shadow when one is set. `paint` draws the
+    // shape into any context whose matrix maps points to that context's
+    // pixels; `extent` is where the shape can put paint, in canvas pixels.
+    void draw(PixelBox extent, const std::function<void(cairo_t*)>& paint, MaskGrid grid = MaskGrid::Coarse) {
+        if (state.shadow) drawShadow(*state.shadow, extent, paint, grid);
+        paint(cr.get());
+        // Antialiasing reaches into the pixels the extent only touches.
+        markDrawn({std::floor(extent.x0), std::floor(extent.y0), std::ceil(extent.x1), std::ceil(extent.y1)});
+    }
+
+    // The shadow: the shape's alpha moved by the offset, blurred, painted in
+    // the shadow's colour over the pixels it can reach.
+    void drawShadow(const ShadowState& shadow, PixelBox extent, const std::function<void(cairo_t*)>& paint,
+                    MaskGrid grid) {
+        double sigma = shadowSigma(shadow);
+        double dx = shadow.offset.width * scale, dy = shadow.offset.height * scale;
+        PixelBox touched = shadowBox(shadow, extent, sigma);
+        if (touched.empty()) return;
+        markDrawn(touched);
+        PixelBounds bounds{static_cast<int>(touched.x0), static_cast<int>(touched.y0), static_cast<int>(touched.x1),
+                           static_cast<int>(touched.y1)};
+        std::optional<ShadowMask> mask = makeShadowMask(bounds, sigma, [&](cairo_t* target) {
+            cairo_translate(target, dx, dy);
+            cairo_scale(target, scale, scale);
+            paint(target);
+        }, grid);
+        if (!mask || mask->parts.empty()) return;
+        CairoSaved saved(cr.get());
+        cairo_identity_matrix(cr.get());
+        cairo_rectangle(cr.get(), bounds.x0, bounds.y0, bounds.width(), bounds.height());
+        cairo_clip(cr.get());
+        for (const PixelBounds& part : mask->parts) cairo_rectangle(cr.get(), part.x0, part.y0, part.width(), part.height());
+        cairo_clip(cr.get());
+        setSource(cr.get(), shadow.colour);
+        cairo_mask_surface(cr.get(), mask->alpha.get(), mask->x, mask->y);
+    }
+
+    // Strokes, then clears, the current path: the shape under its shadow, or only the shadow.
+    void stroke(bool shape) {
+        cairo_t* context = cr.get();
+        if (!drawable() || state.lineWidth <= 0 || (!shape && !state.shadow)) {
+            cairo_new_path(context);
+            return;
+        }
+        applyStroke(context);
+        double x0, y0, x1, y1;
+        cairo_stroke_extents(context, &x0, &y0, &x1, &y1);
+        PathPtr path(cairo_copy_path(context));
+        cairo_new_path(context);
+        if (path->status != CAIRO_STATUS_SUCCESS || path->num_data == 0) return;
+        auto paint = [&](cairo_t* target) {
+            applyStroke(target);
+            cairo_append_path(target, path.get());
+            cairo_stroke(target);
+        };
+        const PixelBox extent = deviceBox(x0, y0, x1, y1);
+        if (shape)
+            draw(extent, paint);
+        else
+            drawShadow(*state.shadow, extent, paint, MaskGrid::Coarse);
+    }
+
+    const FontSystem& fonts;
+    Size size;
+    double scale = 1;
+    int pixelWidth = 0, pixelHeight = 0;
+    SurfacePtr surface;
+    CairoPtr cr;
+    GState state;
+    std::vector<GState> saved;
+    // How many of `saved` the context `cr` holds a cairo_save for.
+    int contextSaves = 0;
+    // The box drawn on so far, in canvas pixels.
+    PixelBox drawn;
+};
+
+Canvas::Canvas(Size points, double scale, const FontSystem& fonts)
+    : impl_(std::make_unique<Impl>(points, scale, fonts)) {}
+
+
+Canvas::~Canvas() = default;
+
+Size Canvas::size() const { return impl_->size; }
+double Canvas::scale() const { return impl_->scale; }
+
+Canvas::SavedState::~SavedState() { canvas_->restoreGState(); }
+
+Canvas::SavedState Canvas::saveGState() {
+    impl_->saved.push_back(impl_->state);
+    // Cairo keeps the clip: saved with the rest, so one guard ends both.
+    cairo_save(impl_->cr.get());
+    ++impl_->contextSaves;
+    return SavedState(*this);
+}
+
+void Canvas::restoreGState() {
+    if (impl_->saved.empty()) return;
+    impl_->state = impl_->saved.back();
+    impl_->saved.pop_back();
+    // A canvas emptied by `makeImage` has a fresh context with nothing saved in it.
+    if (impl_->contextSaves == 0) return;
+    --impl_->contextSaves;
+    cairo_restore(impl_->cr.get());
+}
+
+void Canvas::setLineWidth(double width) {
+    if (!finite(width) || width < 0) return;
+    impl_->state.lineWidth = std::min(width, kMaxLineWidthPixels / impl_->scale);
+}
+
+void Canvas::setLineCap(LineCap cap) { impl_->state.lineCap = cap; }
+void Canvas::setStrokeColour(const Colour& colour) { impl_->state.strokeColour = colour.rgba(); }
+void Canvas::setFillColour(const Colour& colour) { impl_->state.fillColour = colour.rgba(); }
+
+void Canvas::setShadow(Size offset, double blur) {
+    setShadowWithColour(offset, blur, Colour::blackColor().colorWithAlphaComponent(1.0 / 3));
+}
+
+void Canvas::setShadowWithColour(Size offset, double blur, const Colour& colour) {
+    Rgba rgba = colour.rgba();
+    if (!finite(offset.width) || !finite(offset.height) || !finite(blur) || rgba.a <= 0) {
+        impl_->state.shadow.reset();
+        return;
+    }
+    double limit = impl_->maxCoordinate();
+    impl_->state.shadow = ShadowState{
+        {std::clamp(offset.width, -limit, limit), std::clamp(offset.height, -limit, limit)}, std::max(0.0, blur), rgba};
+}
+
+void Canvas::setShadow(const std::optional<Shadow>& shadow) {
+    if (shadow)
+        setShadowWithColour(shadow->offset, shadow->blur, shadow->colour);
+    else
+        setNoShadow();
+}
+
+void Canvas::setNoShadow() { impl_->state.shadow.reset(); }
+
+void Canvas::addArc(Point centre, double radius, double startAngle, double endAngle) {
+    if (!finite(centre) || !finite(radius) || radius < 0 || !finite(startAngle) || !finite(endAngle)) return;
+    // Sweep through increasing angles: a negative sweep wraps to less than a
+    // turn, and more than one turn looks like one turn plus its remainder.
+    double sweep = endAngle - startAngle;
+    if (!finite(sweep)) return;
+    if (sweep < 0) {
+        sweep = std::fmod(sweep, kTurn) + kTurn;
+        if (sweep >= kTurn) sweep = 0;
+    } else if (sweep > kTurn) {
+        sweep = kTurn + std::fmod(sweep, kTurn);
+    }
+    double start = std::fmod(startAngle, kTurn);
+    Point c = impl_->clamped(centre);
+    double r = std::min(radius, impl_->maxCoordinate());
+    cairo_arc(impl_->cr.get(), c.x, c.y, r, start, start + sweep);
+}
+
+void Canvas::strokeArc(Point centre, double radius, double startAngle, double endAngle, const ArcStroke& stroke) {
+    setShadow(stroke.shadow);
+    setLineCap(stroke.cap);
+    setLineWidth(stroke.width);
+    setStrokeColour(stroke.colour);
+    addArc(centre, radius, startAngle, endAngle);
+    strokePath();
+}
+
+void Canvas::drawLayer(const Image& layer, Rect within) {
+    Impl& impl = *impl_;
+    if (!impl.drawable() || layer.pixelWidth() != impl.pixelWidth || layer.pixelHeight() != impl.pixelHeight) return;
+    PixelBox box = impl.onCanvas(impl.deviceBox(within.x, within.y, within.x + within.width, within.y + within.height));
+    box = {std::floor(box.x0), std::floor(box.y0), std::ceil(box.x1), std::ceil(box.y1)};
+    if (box.empty()) return;
+    cairo_t* cr = impl.cr.get();
+    CairoSaved saved(cr);
+    cairo_identity_matrix(cr);
+    cairo_rectangle(cr, box.x0, box.y0, box.x1 - box.x0, box.y1 - box.y0);
+    cairo_clip(cr);
+    // On a canvas nothing has been drawn on yet, over is a copy: the cheapest.
+    if (impl.drawn.empty()) cairo_set_operator(cr, CAIRO_OPERATOR_SOURCE);
+    cairo_set_source_surface(cr, layer.surface(), 0, 0);
+    cairo_paint(cr);
+    impl.markDrawn(box);
+}
+
+Rect Canvas::drawnBounds() const {
+    const PixelBox& d = impl_->drawn;
+    if (d.empty()) return {};
+    double s = impl_->scale;
+    return {d.x0 / s, d.y0 / s, (d.x1 - d.x0) / s, (d.y1 - d.y0) / s};
+}
+
+void Canvas::moveTo(Point point) {
+    if (!finite(point)) return;
+    Point p = impl_->clamped(point);
+    cairo_move_to(impl_->cr.get(), p.x, p.y);
+}
+
+void Canvas::addLineTo(Point point) {
+    if (!finite(point)) return;
+    Point p = impl_->clamped(point);
+    cairo_line_to(impl_->cr.get(), p.x, p.y);
+}
+
+void Canvas::closePath() { cairo_close_path(impl_->cr.get()); }
+
+void Canvas::strokePath() { impl_->stroke(true); }
+
+void Canvas::strokeArcShadows(std::span<const Arc> arcs, const ArcStroke& stroke) {
+    setShadow(stroke.shadow);
+    setLineCap(stroke.cap);
+    setLineWidth(stroke.width);
+    setStrokeColour(stroke.colour);
+    cairo_t* cr = impl_->cr.get();
+    cairo_new_path(cr);
+    for (const Arc& arc : arcs) {
+        // Each arc on its own: no line joins it to the one before.
+        cairo_new_sub_path(cr);
+        addArc(arc.centre, arc.radius, arc.startAngle, arc.endAngle);
+    }
+    impl_->stroke(false);
+}
+
+void Canvas::fillPath() {
+    cairo_t* cr = impl_->cr.get();
+    if (!impl_->drawable()) {
+        cairo_new_path(cr);
+        return;
+    }
+    double x0, y0, x1, y1;
+    cairo_fill_extents(cr, &x0, &y0, &x1, &y1);
+    PathPtr path(cairo_copy_path(cr));
+    cairo_new_path(cr);
+    if (path->status != CAIRO_STATUS_SUCCESS || path->num_data == 0) return;
+    impl_->draw(impl_->deviceBox(x0, y0, x1, y1), [&](cairo_t* target) {
+        setSource(target, impl_->state.fillColour);
+        cairo_set_fill_rule(target, CAIRO_FILL_RULE_WINDING);
+        cairo_append_path(target, path.get());
+        cairo_fill(target);
+    });
+}
+
+void Canvas::drawImage(const ImagePtr& image, Rect rect) {
+    if (!image || !impl_->drawable() || image->pixelWidth() == 0 || image->pixelHeight() == 0) return;
+    if (!finite(rect.x) || !finite(rect.y) || !finite(rect.width) || !finite(rect.height)) return;
+    // A rectangle of negative width or height is the same rectangle measured from its other corner.
+    if (rect.width < 0) rect = {rect.x + rect.width, rect.y, -rect.width, rect.height};
+    if (rect.height < 0) rect = {rect.x, rect.y + rect.height, rect.width, -rect.height};
+    Point origin = impl_->clamped({rect.x, rect.y});
+    double limit = impl_->maxCoordinate();
+    Rect r{origin.x, origin.y, std::min(rect.width, limit), std::min(rect.height, limit)};
+    if (r.width <= 0 || r.height <= 0) return;
+    double sx = r.width / image->pixelWidth(), sy = r.height / image->pixelHeight();
+    impl_->draw(impl_->deviceBox(r.x, r.y, r.x + r.width, r.y + r.height), [&](cairo_t* target) {
+        CairoSaved saved(target);
+        cairo_translate(target, r.x, r.y);
+        cairo_scale(target, sx, sy);
+        cairo_set_source_surface(target, image->surface(), 0, 0);
+        cairo_pattern_t* source = cairo_get_source(target);
+        // Pad keeps the edges sharp; a scaled image is filtered, not sampled.
+        cairo_pattern_set_extend(source, CAIRO_EXTEND_PAD);
+        cairo_pattern_set_filter(source, CAIRO_FILTER_GOOD);
+        cairo_rectangle(target, 0, 0, image->pixelWidth(), image->pixelHeight());
+        cairo_fill(target);
+    });
+}
+
+Size Canvas::sizeWithAttributes(std::string_view text, const TextAttributes& attributes) const {
+    GObjectPtr<PangoLayout> layout = impl_->fonts.layoutInPixels(attributes.font, impl_->scale);
+    pango_layout_set_text(layout.get(), validText(text).get(), -1);
+    PangoRectangle logical;
+    pango_layout_get_extents(layout.get(), nullptr, &logical);
+    double width = static_cast<double>(logical.width) / PANGO_SCALE / impl_->scale;
+    return {width, impl_->fonts.lineHeight(attributes.font)};
+}
+
+void Canvas::drawAtPoint(std::string_view text, Point point, const TextAttributes& attributes) {
+    if (!impl_->drawable() || !finite(point) || text.empty()) return;
+    Point p = impl_->clamped(point);
+    double scale = impl_->scale;
+    // Laid out at the final pixel size: bitmap glyphs are scaled, not redrawn.
+    GObjectPtr<PangoLayout> layout = impl_->fonts.layoutInPixels(attributes.font, scale);
+    pango_layout_set_text(layout.get(), validText(text).get(), -1);
+    PangoRectangle ink, logical;
+    pango_layout_get_pixel_extents(layout.get(), &ink, &logical);
+    Rgba background = attributes.background.rgba();
+    Rgba foreground = attributes.foreground.rgba();
+    PixelBox extent = layoutExtent(p, scale, ink, logical);
+    impl_->draw(extent, [&](cairo_t* target) {
+        CairoSaved saved(target);
+        // The layout is in canvas pixels.
+        cairo_translate(target, p.x, p.y);
+        cairo_scale(target, 1 / scale, 1 / scale);
+        if (background.a > 0) {
+            setSource(target, background);
+            cairo_rectangle(target, logical.x, logical.y, logical.width, logical.height);
+            cairo_fill(target);
+        }
+        setSource(target, foreground);
+        cairo_move_to(target, 0, 0);
+        pango_cairo_show_layout(target, layout.get());
+        // The saved state does not cover the path: leave no current point behind.
+        cairo_new_path(target);
+    }, MaskGrid::Pixels);
+}
+
+ImagePtr Canvas::makeImage() {
+    Impl& impl = *impl_;
+    cairo_surface_flush(impl.surface.get());
+    ImagePtr image = Image::adopt(std::move(impl.surface), impl.size, impl.scale);
+    // The canvas is left empty: drawing after this point goes nowhere.
+    impl.surface.reset(cairo_image_surface_create(CAIRO_FORMAT_ARGB32, 0, 0));
+    impl.cr.reset(cairo_create(impl.surface.get()));
+    cairo_scale(impl.cr.get(), impl.scale, impl.scale);
+    impl.pixelWidth = impl.pixelHeight = 0;
+    impl.size = {};
+    impl.contextSaves = 0;
+    impl.drawn = {};
+    return image;
+}
+
+void Canvas::addRoundedRect(Rect rect, double radius) {
+    if (!finite(rect.x) || !finite(rect.y) || !finite(rect.width) || !finite(rect.height) || !finite(radius)) return;
+    if (rect.width <= 0 || rect.height <= 0) return;
+    Point origin = impl_->clamped({rect.x, rect.y});
+    double limit = impl_->maxCoordinate();
+    double x = origin.x, y = origin.y, w = std::min(rect.width, limit), h = std::min(rect.height, limit);
+    double r = std::clamp(radius, 0.0, std::min(w, h) / 2);
+    cairo_t* cr = impl_->cr.get();
+    cairo_new_sub_path(cr);
+    if (r <= 0) {
+        cairo_rectangle(cr, x, y, w, h);
+        return;
+    }
+    cairo_arc(cr, x + w - r, y + r, r, -M_PI / 2, 0);
+    cairo_arc(cr, x + w - r, y + h - r, r, 0, M_PI / 2);
+    cairo_arc(cr, x + r, y + h - r, r, M_PI / 2, M_PI);
+    cairo_arc(cr, x + r, y + r, r, M_PI, 3 * M_PI / 2);
+    cairo_close_path(cr);
+}
+
+void Canvas::clipToPath() {
+    cairo_t* cr = impl_->cr.get();
+    cairo_set_fill_rule(cr, CAIRO_FILL_RULE_WINDING);
+    cairo_clip(cr);
+}
+
+void Canvas::drawLinearGradient(const std::vector<Colour>& colours, Point start, Point end) {
+    if (!impl_->drawable() || colours.empty() || !finite(start) || !finite(end)) return;
+    Point a = impl_->clamped(start), b = impl_->clamped(end);
+    PatternPtr pattern(cairo_pattern_create_linear(a.x, a.y, b.x, b.y));
+    for (std::size_t i = 0; i < colours.size(); ++i) {
+        Rgba c = colours[i].rgba();
+        double offset = colours.size() == 1 ? 0 : static_cast<double>(i) / (colours.size() - 1);
+        cairo_pattern_add_color_stop_rgba(pattern.get(), offset, c.r, c.g, c.b, c.a);
+    }
+    cairo_t* cr = impl_->cr.get();
+    CairoSaved saved(cr);
+    cairo_set_source(cr, pattern.get());
+    cairo_paint(cr);
+    double x0, y0, x1, y1;
+    cairo_clip_extents(cr, &x0, &y0, &x1, &y1);
+    impl_->markDrawn(impl_->deviceBox(std::floor(x0), std::floor(y0), std::ceil(x1), std::ceil(y1)));
+}
+
+namespace {
+
+// Wider blocks than this are laid out as this wide: Pango widths are ints of 1/1024 pixel.
+constexpr double kMaxBlockPixels = 1 << 20;
+
+// A block wrapped at `width` points in at most `lines` lines (0: any), laid out in device pixels.
+GObjectPtr<PangoLayout> blockLayout(const FontSystem& fonts, double scale, std::string_view text, double width,
+                                    int lines, const TextAttributes& attributes) {
+    GObjectPtr<PangoLayout> layout = fonts.layoutInPixels(attributes.font, scale);
+    pango_layout_set_text(layout.get(), validText(text).get(), -1);
+    double pixels = finite(width) ? std::clamp(width * scale, 0.0, kMaxBlockPixels) : kMaxBlockPixels;
+    pango_layout_set_width(layout.get(), static_cast<int>(pixels * PANGO_SCALE));
+    pango_layout_set_wrap(layout.get(), PANGO_WRAP_WORD_CHAR);
+    if (lines > 0) {
+        pango_layout_set_ellipsize(layout.get(), PANGO_ELLIPSIZE_END);
+        pango_layout_set_height(layout.get(), -lines);
+    }
+    return layout;
+}
+
+}  // namespace
+
+Canvas::TextBlockSize Canvas::sizeOfTextBlock(std::string_view text, double width, int lines,
+                                              const TextAttributes& attributes) const {
+    GObjectPtr<PangoLayout> layout = blockLayout(impl_->fonts, impl_->scale, text, width, lines, attributes);
+    PangoRectangle logical;
+    pango_layout_get_extents(layout.get(), nullptr, &logical);
+    double scale = impl_->scale;
+    return {{static_cast<double>(logical.width) / PANGO_SCALE / scale,
+             static_cast<double>(logical.height) / PANGO_SCALE / scale},
+            pango_layout_is_ellipsized(layout.get()) != 0};
+}
+
+void Canvas::drawTextBlock(std::string_view text, Rect rect, int lines, TextAlignment alignment,
+                           const TextAttributes& attributes) {
+    if (!impl_->drawable() || text.empty() || !finite(rect.x) || !finite(rect.y) || !finite(rect.height)) return;
+    double scale = impl_->scale;
+    GObjectPtr<PangoLayout> layout = blockLayout(impl_->fonts, scale, text, rect.width, lines, attributes);
+    pango_layout_set_alignment(layout.get(), alignment == TextAlignment::Centre  ? PANGO_ALIGN_CENTER
+                                             : alignment == TextAlignment::Right ? PANGO_ALIGN_RIGHT
+                                                                                 : PANGO_ALIGN_LEFT);
+    PangoRectangle ink, logical;
+    pango_layout_get_pixel_extents(layout.get(), &ink, &logical);
+    Point p = impl_->clamped({rect.x, rect.y + (rect.height - logical.height / scale) / 2});
+    Rgba foreground = attributes.foreground.rgba();
+    PixelBox extent = layoutExtent(p, scale, ink, logical);
+    impl_->draw(extent, [&](cairo_t* target) {
+        CairoSaved saved(target);
+        // The layout is in canvas pixels.
+        cairo_translate(target, p.x, p.y);
+        cairo_scale(target, 1 / scale, 1 / scale);
+        setSource(target, foreground);
+        cairo_move_to(target, 0, 0);
+        pango_cairo_show_layout(target, layout.get());
+        // The saved state does not cover the path: leave no current point behind.
+        cairo_new_path(target);
+    }, MaskGrid::Pixels);
+}
+
+}  // namespace velmorant::platform

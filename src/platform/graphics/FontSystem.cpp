@@ -1,0 +1,94 @@
+#include "platform/graphics/FontSystem.h"
+
+#include <pango/pangofc-fontmap.h>
+
+#include <cmath>
+#include <stdexcept>
+
+namespace velmorant::platform {
+namespace {
+
+PangoWeight pangoWeight(FontWeight weight) {
+    switch (weight) {
+        case FontWeight::UltraLight: return PANGO_WEIGHT_ULTRALIGHT;
+        case FontWeight::Thin: return PANGO_WEIGHT_THIN;
+        case FontWeight::Light: return PANGO_WEIGHT_LIGHT;
+        case FontWeight::Regular: return PANGO_WEIGHT_NORMAL;
+        case FontWeight::Medium: return PANGO_WEIGHT_MEDIUM;
+        case FontWeight::Semibold: return PANGO_WEIGHT_SEMIBOLD;
+        case FontWeight::Bold: return PANGO_WEIGHT_BOLD;
+        case FontWeight::Heavy: return PANGO_WEIGHT_HEAVY;
+        case FontWeight::Black: return PANGO_WEIGHT_ULTRAHEAVY;
+    }
+    return PANGO_WEIGHT_NORMAL;
+}
+
+// Pango sizes are whole 1/1024ths held in an int; keep them in a range
+// its arithmetic survives.
+constexpr double kMaxFontPixels = 10000;
+
+FontDescriptionPtr describe(const Font& font, double pixelsPerPoint) {
+    double pixels = font.size * pixelsPerPoint;
+    if (!std::isfinite(pixels) || pixels < 0) pixels = 0;
+    pixels = std::min(pixels, kMaxFontPixels);
+    FontDescriptionPtr description(pango_font_description_new());
+    pango_font_description_set_family(description.get(), "Velmorant System");
+    pango_font_description_set_weight(description.get(), pangoWeight(font.weight));
+    pango_font_description_set_absolute_size(description.get(), pixels * PANGO_SCALE);
+    return description;
+}
+
+}  // namespace
+
+FontSystem::FontSystem(const std::filesystem::path& fontsConf) {
+    FcConfigPtr config(FcConfigCreate());
+    if (!FcConfigParseAndLoad(config.get(), reinterpret_cast<const FcChar8*>(fontsConf.c_str()), FcTrue) ||
+        !FcConfigBuildFonts(config.get())) {
+        throw std::runtime_error("font configuration " + fontsConf.string() + " cannot be loaded");
+    }
+    // Made the process's current configuration before the font map exists:
+    // the font map otherwise loads the machine's whole default configuration
+    // and font caches on a helper thread (a quarter of the font set-up time
+    // and its memory), only to never use them.
+    FcConfigSetCurrent(config.get());
+    fontMap_.reset(pango_cairo_font_map_new_for_font_type(CAIRO_FONT_TYPE_FT));
+    pango_fc_font_map_set_config(PANGO_FC_FONT_MAP(fontMap_.get()), config.get());  // takes its own reference
+}
+
+void FontSystem::FontMapRelease::operator()(PangoFontMap* fontMap) const noexcept {
+    if (!fontMap) return;
+    pango_fc_font_map_shutdown(PANGO_FC_FONT_MAP(fontMap));
+    g_object_unref(fontMap);
+}
+
+GObjectPtr<PangoContext> FontSystem::makeContext() const {
+    GObjectPtr<PangoContext> context(pango_font_map_create_context(fontMap_.get()));
+    // Metrics are not hinted to a pixel grid, so a run's size scales with the font.
+    FontOptionsPtr options(cairo_font_options_create());
+    cairo_font_options_set_hint_metrics(options.get(), CAIRO_HINT_METRICS_OFF);
+    cairo_font_options_set_hint_style(options.get(), CAIRO_HINT_STYLE_NONE);
+    pango_cairo_context_set_font_options(context.get(), options.get());
+    return context;
+}
+
+GObjectPtr<PangoLayout> FontSystem::layoutInPixels(const Font& font, double pixelsPerPoint) const {
+    GObjectPtr<PangoContext> context = makeContext();
+    GObjectPtr<PangoLayout> layout(pango_layout_new(context.get()));
+    pango_layout_set_font_description(layout.get(), describe(font, pixelsPerPoint).get());
+    return layout;
+}
+
+double FontSystem::lineHeight(const Font& font) const {
+    auto key = std::make_pair(font.size, font.weight);
+    if (auto it = lineHeights_.find(key); it != lineHeights_.end()) return it->second;
+    GObjectPtr<PangoContext> context = makeContext();
+    FontDescriptionPtr description = describe(font, 1);
+    FontMetricsPtr metrics(pango_context_get_metrics(context.get(), description.get(), nullptr));
+    double height = static_cast<double>(pango_font_metrics_get_ascent(metrics.get()) +
+                                        pango_font_metrics_get_descent(metrics.get())) /
+                    PANGO_SCALE;
+    lineHeights_.emplace(key, height);
+    return height;
+}
+
+}  // namespace velmorant::platform

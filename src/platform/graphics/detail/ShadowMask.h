@@ -1,0 +1,42 @@
+#pragma once
+
+#include "platform/graphics/detail/CHandles.h"
+
+#include <functional>
+#include <optional>
+#include <vector>
+
+namespace velmorant::platform {
+
+// Pixels of a canvas: [x0, x1) x [y0, y1).
+struct PixelBounds {
+    int x0 = 0, y0 = 0, x1 = 0, y1 = 0;
+    int width() const { return x1 - x0; }
+    int height() const { return y1 - y0; }
+    bool empty() const { return x1 <= x0 || y1 <= y0; }
+};
+
+// The alpha of a shadow: an A8 surface, one byte per canvas pixel, with its
+// top left corner at canvas pixel (x, y). It covers at least the bounds asked
+// for; only `parts` (in canvas pixels) hold alpha, elsewhere it is transparent.
+struct ShadowMask {
+    SurfacePtr alpha;
+    int x = 0, y = 0;
+    std::vector<PixelBounds> parts;
+};
+
+// Where the blur is worked out: on coarser cells when sigma is wide enough
+// (fast, within a few levels of alpha), or on the canvas's own pixels. Text
+// needs pixels: Cairo puts each glyph on a whole device pixel, so on cells
+// its shadow would sit up to half a cell away from the glyph.
+enum class MaskGrid { Coarse, Pixels };
+
+// Draws a shape's alpha through `paint` (given a context whose matrix maps
+// canvas pixels, the shape already moved by the shadow's offset), blurs it
+// with a Gaussian of `sigma` pixels, and returns it over `bounds`. The shape
+// must lie within `bounds` grown by 3 sigma; none when memory runs out.
+std::optional<ShadowMask> makeShadowMask(PixelBounds bounds, double sigma,
+                                         const std::function<void(cairo_t*)>& paint,
+                                         MaskGrid grid = MaskGrid::Coarse);
+
+}  // namespace velmorant::platform

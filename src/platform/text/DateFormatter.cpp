@@ -1,0 +1,108 @@
+#include "platform/text/DateFormatter.h"
+
+#include "platform/text/detail/IcuHandles.h"
+#include "platform/text/detail/IcuStrings.h"
+
+#include <unicode/calendar.h>
+#include <unicode/dtptngen.h>
+#include <unicode/smpdtfmt.h>
+
+#include <map>
+#include <mutex>
+
+namespace velmorant::platform {
+namespace {
+
+// Building a pattern generator reads a good deal of locale data, so one per
+// locale is kept for the life of the process. ICU's generator is not const
+// when asked, hence the lock.
+std::string bestPattern(const icu::UnicodeString& skeleton, const icu::Locale& locale) {
+    static std::mutex mutex;
+    static std::map<std::string, std::unique_ptr<icu::DateTimePatternGenerator>> generators;
+    std::lock_guard lock(mutex);
+    auto& generator = generators[locale.getName()];
+    UErrorCode status = U_ZERO_ERROR;
+    if (!generator) {
+        generator.reset(icu::DateTimePatternGenerator::createInstance(locale, status));
+        if (U_FAILURE(status)) {
+            generator.reset();
+            return toUtf8(skeleton);
+        }
+    }
+    icu::UnicodeString pattern = generator->getBestPattern(skeleton, status);
+    return U_FAILURE(status) ? toUtf8(skeleton) : toUtf8(pattern);
+}
+
+}  // namespace
+
+DateFormatter::DateFormatter(const icu::Locale& locale, const icu::TimeZone& timeZone)
+    : locale_(locale), timeZone_(timeZone.clone()) {}
+
+DateFormatter::DateFormatter(const Locale& locale, const TimeZone& timeZone)
+    : DateFormatter(icuLocale(locale), icuZone(timeZone)) {}
+
+DateFormatter::~DateFormatter() = default;
+
+icu::SimpleDateFormat& DateFormatter::formatter() {
+    if (formatter_) return *formatter_;
+    icu::Locale locale = locale_;
+    UErrorCode status = U_ZERO_ERROR;
+    if (!calendar_.empty()) locale.setKeywordValue("calendar", calendar_.c_str(), status);
+    status = U_ZERO_ERROR;
+    formatter_ = std::make_unique<icu::SimpleDateFormat>(fromUtf8(pattern_), locale, status);
+    if (U_FAILURE(status)) {
+        // A pattern ICU rejects formats nothing; start from an empty one.
+        status = U_ZERO_ERROR;
+        formatter_ = std::make_unique<icu::SimpleDateFormat>(icu::UnicodeString(), locale, status);
+    }
+    status = U_ZERO_ERROR;
+    formatter_->adoptCalendar(icu::Calendar::createInstance(timeZone_->clone(), locale, status));
+    formatter_->setLenient(false);
+    return *formatter_;
+}
+
+void DateFormatter::setDateFormat(std::string_view pattern) {
+    pattern_ = std::string(pattern);
+    if (formatter_) formatter_->applyPattern(fromUtf8(pattern_));
+}
+
+void DateFormatter::setLocale(const icu::Locale& locale) {
+    locale_ = locale;
+    formatter_.reset();
+}
+
+void DateFormatter::setTimeZone(const icu::TimeZone& timeZone) {
+    timeZone_.reset(timeZone.clone());
+    if (formatter_) formatter_->setTimeZone(*timeZone_);
+}
+
+void DateFormatter::setCalendar(std::string_view identifier) {
+    calendar_ = std::string(identifier);
+    formatter_.reset();
+}
+
+std::string DateFormatter::stringFromDate(Date date) {
+    icu::UnicodeString text;
+    formatter().format(date.icuMillis(), text);
+    text.findAndReplace(icu::UnicodeString(static_cast<UChar32>(0x202F)), icu::UnicodeString(u' '));
+    return toUtf8(text);
+}
+
+std::optional<Date> DateFormatter::dateFromString(std::string_view text) {
+    icu::UnicodeString source = fromUtf8(text);
+    icu::ParsePosition position(0);
+    UDate millis = formatter().parse(source, position);
+    if (position.getErrorIndex() >= 0 || position.getIndex() == 0 || position.getIndex() != source.length())
+        return std::nullopt;
+    return Date::fromIcuMillis(millis);
+}
+
+std::string DateFormatter::dateFormatFromTemplate(std::string_view dateTemplate, const icu::Locale& locale) {
+    return bestPattern(fromUtf8(dateTemplate), locale);
+}
+
+std::string DateFormatter::dateFormatFromTemplate(std::string_view dateTemplate, const Locale& locale) {
+    return dateFormatFromTemplate(dateTemplate, icuLocale(locale));
+}
+
+}  // namespace velmorant::platform

@@ -1,0 +1,38 @@
+# Outside C and C++ libraries stay inside the platform: every header above it, and every public
+# platform header not listed in ALLOWED, must neither include an outside package's header (directly
+# or through another header) nor name an outside library's type.
+#   cmake -DCXX=... -DSOURCE=.../src -DALLOWED="a.h;b.h" -P CheckHeaders.cmake
+cmake_minimum_required(VERSION 3.25)
+set(package_headers "/(unicode|cairo|pango-1\\.0|glib-2\\.0|gio-unix-2\\.0|fontconfig|freetype2|harfbuzz|plist|librsvg-2\\.0|gdk-pixbuf-2\\.0|nlohmann)/|/(spng|zlib|png)\\.h")
+set(type_names "icu::|U_NAMESPACE|cairo_[a-z_]+_t|Pango[A-Z]|GObject|Fc[A-Z][a-z]+\\*|plist_t|spng_ctx|RsvgHandle|nlohmann::")
+
+file(GLOB_RECURSE headers RELATIVE ${SOURCE} ${SOURCE}/*.h)
+set(failures "")
+set(checked 0)
+foreach(header IN LISTS headers)
+  if(header MATCHES "/detail/" OR header IN_LIST ALLOWED)
+    continue()
+  endif()
+  math(EXPR checked "${checked} + 1")
+  file(READ ${SOURCE}/${header} text)
+  string(REGEX MATCH "${type_names}" named "${text}")
+  if(named)
+    list(APPEND failures "${header} names ${named}")
+    continue()
+  endif()
+  execute_process(COMMAND ${CXX} -std=c++20 -x c++ -I${SOURCE} -M ${SOURCE}/${header}
+                  OUTPUT_VARIABLE deps ERROR_VARIABLE error RESULT_VARIABLE status)
+  if(NOT status EQUAL 0)
+    list(APPEND failures "${header} does not compile on its own: ${error}")
+    continue()
+  endif()
+  string(REGEX MATCH "[^ \\\\\n]*(${package_headers})[^ \\\\\n]*" included "${deps}")
+  if(included)
+    list(APPEND failures "${header} includes ${included}")
+  endif()
+endforeach()
+if(failures)
+  list(JOIN failures "\n  " message)
+  message(FATAL_ERROR "outside library types in headers:\n  ${message}")
+endif()
+message(STATUS "${checked} headers free of outside library types")

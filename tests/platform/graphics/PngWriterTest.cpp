@@ -1,0 +1,162 @@
+#include "platform/graphics/detail/CHandles.h"
+#include "platform/graphics/Image.h"
+#include "platform/graphics/PngWriter.h"
+
+#include <gtest/gtest.h>
+#include <spng.h>
+
+#include <unistd.h>
+
+#include <array>
+#include <cmath>
+#include <cstdint>
+#include <filesystem>
+#include <vector>
+
+using namespace velmorant::platform;
+
+namespace {
+
+struct Decoded {
+    int colourType = -1;
+    std::uint32_t width = 0;
+    std::vector<std::uint8_t> rgba;  // straight alpha
+    std::vector<std::pair<std::string, std::string>> texts;
+};
+
+Decoded decode(const std::string& png) {
+    Decoded out;
+    std::unique_ptr<spng_ctx, CRelease<spng_ctx_free>> ctx(spng_ctx_new(0));
+    spng_set_png_buffer(ctx.get(), png.data(), png.size());
+    spng_ihdr ihdr{};
+    if (spng_get_ihdr(ctx.get(), &ihdr) != 0) return out;
+    out.colourType = ihdr.color_type;
+    out.width = ihdr.width;
+    std::size_t size = 0;
+    spng_decoded_image_size(ctx.get(), SPNG_FMT_RGBA8, &size);
+    out.rgba.resize(size);
+    spng_decode_image(ctx.get(), out.rgba.data(), size, SPNG_FMT_RGBA8, 0);
+    std::uint32_t count = 0;
+    if (spng_get_text(ctx.get(), nullptr, &count) == 0) {
+        std::vector<spng_text> texts(count);
+        spng_get_text(ctx.get(), texts.data(), &count);
+        for (const auto& t : texts) out.texts.emplace_back(t.keyword, std::string(t.text, t.length));
+    }
+    return out;
+}
+
+// A 4 x 2 pixel image: premultiplied ARGB words, row by row.
+std::shared_ptr<Image> imageOf(const std::array<std::uint32_t, 8>& pixels) {
+    auto image = Image::create({4, 2}, 1);
+    cairo_surface_flush(image->surface());
+    unsigned char* data = cairo_image_surface_get_data(image->surface());
+    int stride = cairo_image_surface_get_stride(image->surface());
+    for (int i = 0; i < 8; ++i) reinterpret_cast<std::uint32_t*>(data + i / 4 * stride)[i % 4] = pixels[i];
+    cairo_surface_mark_dirty(image->surface());
+    return image;
+}
+
+// Every pixel survives each filter, in the smallest colour type that holds it, with the description as text.
+TEST(PngWriter, KeepsEveryPixelInTheSmallestFittingColourTypeAndTheDescription) {
+    struct Case {
+        std::array<std::uint32_t, 8> pixels;
+        int colourType;
+        std::array<std::uint8_t, 8> firstAndLast;
+        std::string description;
+    };
+    const Case cases[] = {
+        {{0xff102030, 0xffffffff, 0xff000000, 0xff808080, 0xff010203, 0xfffe0000, 0xff00fe00, 0xff0000fe},
+         SPNG_COLOR_TYPE_TRUECOLOR, {0x10, 0x20, 0x30, 0xff, 0, 0, 0xfe, 0xff},
+         "Avg. 95,4 %, 7 Tage 95,3 %. Bereich 90 % – 99 %."},
+        // Half-transparent red is kept as full red at half alpha, not as dark red.
+        {{0x80800000, 0, 0xff00ff00, 0xff0000ff, 0xff000000, 0xff000000, 0xff000000, 0x40004000},
+         SPNG_COLOR_TYPE_TRUECOLOR_ALPHA, {0xff, 0, 0, 0x80, 0, 0xff, 0, 0x40}, ""},
+    };
+    for (const auto& c : cases) {
+        for (PngFilter filter : {PngFilter::None, PngFilter::Up, PngFilter::Adaptive}) {
+            Decoded png = decode(
+                encodePng(*imageOf(c.pixels), {.compressionLevel = 1, .filter = filter, .description = c.description}));
+            EXPECT_EQ(png.colourType, c.colourType);
+            ASSERT_EQ(png.rgba.size(), 32u);
+            EXPECT_TRUE(std::equal(c.firstAndLast.begin(), c.firstAndLast.begin() + 4, png.rgba.begin()));
+            EXPECT_TRUE(std::equal(c.firstAndLast.begin() + 4, c.firstAndLast.end(), png.rgba.end() - 4));
+            EXPECT_EQ(png.texts, (c.description.empty() ? decltype(png.texts){}
+                                                        : decltype(png.texts){{"Description", c.description}}));
+        }
+    }
+}
+
+// An image is opaque only when every pixel is: one barely translucent pixel
+// in any corner, on any edge row or column, or inside, keeps the alpha, and
+// every pixel, the last row's and column's too, comes back as it was.
+TEST(PngWriter, OneTranslucentPixelAnywhereKeepsTheAlpha) {
+    constexpr int kWidth = 5, kHeight = 3;
+    const std::pair<int, int> translucentAt[] = {{-1, -1}, {0, 0}, {4, 0}, {0, 2}, {4, 2}, {2, 2}, {4, 1}, {2, 1}};
+    for (auto [tx, ty] : translucentAt) {
+        SCOPED_TRACE(::testing::Message() << "translucent at " << tx << ", " << ty);
+        auto image = Image::create({kWidth, kHeight}, 1);
+        cairo_surface_flush(image->surface());
+        unsigned char* data = cairo_image_surface_get_data(image->surface());
+        const int stride = cairo_image_surface_get_stride(image->surface());
+        std::vector<std::uint8_t> want;  // straight RGBA
+        for (int y = 0; y < kHeight; ++y) {
+            for (int x = 0; x < kWidth; ++x) {
+                const bool translucent = x == tx && y == ty;
+                // Opaque pixels each their own colour; the translucent one black, so premultiplying changes nothing.
+                const std::uint8_t r = translucent ? 0 : std::uint8_t(40 * x + 1), g = translucent ? 0 : std::uint8_t(80 * y + 2), b = 3 * !translucent;
+                const std::uint8_t a = translucent ? 0xfe : 0xff;
+                reinterpret_cast<std::uint32_t*>(data + y * stride)[x] = std::uint32_t(a) << 24 | r << 16 | g << 8 | b;
+                want.insert(want.end(), {r, g, b, a});
+            }
+        }
+        cairo_surface_mark_dirty(image->surface());
+        const bool opaque = tx < 0;
+        EXPECT_EQ(isOpaque(*image), opaque);
+        Decoded png = decode(encodePng(*image));
+        EXPECT_EQ(png.colourType, opaque ? SPNG_COLOR_TYPE_TRUECOLOR : SPNG_COLOR_TYPE_TRUECOLOR_ALPHA);
+        EXPECT_EQ(png.rgba, want);
+    }
+}
+
+TEST(PngWriter, SaysWhyAFileCannotBeWrittenAndLeavesNothing) {
+    auto stem = std::filesystem::temp_directory_path() / ("velmorant-png-" + std::to_string(::getpid()));
+    std::string error;
+    EXPECT_FALSE(writePng(*imageOf({}), stem / "missing" / "card.png", {}, &error));
+    EXPECT_FALSE(error.empty());
+    EXPECT_FALSE(writePng(*Image::create({0, 0}, 3), stem.string() + ".png", {}, &error));
+    EXPECT_NE(error.find("without pixels"), std::string::npos) << error;
+    EXPECT_FALSE(std::filesystem::exists(stem.string() + ".png"));
+}
+
+cairo_status_t appendTo(void* closure, const unsigned char* data, unsigned int length) {
+    static_cast<std::string*>(closure)->append(reinterpret_cast<const char*>(data), length);
+    return CAIRO_STATUS_SUCCESS;
+}
+
+// The defaults trade size for speed, but never so far that a card grows past
+// one and a half times what Cairo's own writer makes of it.
+TEST(PngWriter, StaysWithinHalfAgainCairosSize) {
+    for (auto [opaque, withText] : {std::pair{true, false}, {true, true}, {false, false}, {false, true}}) {
+        auto image = Image::create({390, 200}, 3);  // 1170 x 600 pixels
+        CairoPtr context(cairo_create(image->surface()));
+        cairo_t* cr = context.get();
+        if (opaque) cairo_set_source_rgb(cr, 0.07, 0.08, 0.12), cairo_paint(cr);
+        for (int i = 0; i < 3; ++i) {  // gradient rings
+            PatternPtr gradient(cairo_pattern_create_linear(0, 0, 1170, 600));
+            cairo_pattern_add_color_stop_rgb(gradient.get(), 0, 0.2 * i, 0.8, 0.4);
+            cairo_pattern_add_color_stop_rgb(gradient.get(), 1, 0.9, 0.3, 0.1 * i);
+            cairo_set_source(cr, gradient.get()), cairo_set_line_width(cr, 40);
+            cairo_arc(cr, 300, 300, 240 - 60 * i, -M_PI / 2, M_PI * (0.6 + 0.4 * i)), cairo_stroke(cr);
+        }
+        cairo_set_source_rgb(cr, 0.95, 0.95, 0.97), cairo_set_font_size(cr, 42);
+        for (int line = 0; withText && line < 9; ++line)
+            cairo_move_to(cr, 40, 60 + 60 * line), cairo_show_text(cr, "Time asleep 7 h 42 min, 93 % of the sleep you need");
+        cairo_surface_flush(image->surface());
+        std::string cairo, ours = encodePng(*image);
+        ASSERT_EQ(cairo_surface_write_to_png_stream(image->surface(), appendTo, &cairo), CAIRO_STATUS_SUCCESS);
+        EXPECT_LE(double(ours.size()), 1.5 * double(cairo.size())) << opaque << withText << ": " << ours.size();
+        EXPECT_EQ(decode(ours).width, 1170u);
+    }
+}
+
+}  // namespace
