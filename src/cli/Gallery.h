@@ -2,8 +2,8 @@
 
 #include "GalleryHtml.h"
 #include "SnippetCard.h"
-#include "platform/Geometry.h"
-#include "platform/Platform.h"
+#include "platform/core/Geometry.h"
+#include "platform/services/Platform.h"
 #include "review/Manifest.h"
 
 #include <filesystem>

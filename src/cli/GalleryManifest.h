@@ -1,7 +1,7 @@
 #pragma once
 
 #include "GalleryHtml.h"
-#include "platform/Platform.h"
+#include "platform/services/Platform.h"
 #include "review/Manifest.h"
 
 #include <filesystem>

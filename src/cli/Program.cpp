@@ -10,7 +10,7 @@
 #include "SnippetCard.h"
 #include "Serve.h"
 #include "ValueJson.h"
-#include "platform/Image.h"
+#include "platform/graphics/Image.h"
 
 #include <unistd.h>
 

@@ -1,9 +1,9 @@
 #include "SnippetCard.h"
 
 #include "intents/IntentViewController.h"
-#include "platform/Accessibility.h"
-#include "platform/PlistCodec.h"
-#include "platform/ViewRenderer.h"
+#include "platform/views/Accessibility.h"
+#include "platform/store/PlistCodec.h"
+#include "platform/views/ViewRenderer.h"
 
 #include <span>
 #include <stdexcept>

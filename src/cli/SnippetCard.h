@@ -1,10 +1,10 @@
 #pragma once
 
 #include "ValueJson.h"
-#include "platform/Date.h"
-#include "platform/Geometry.h"
-#include "platform/Platform.h"
-#include "platform/ViewTree.h"
+#include "platform/core/Date.h"
+#include "platform/core/Geometry.h"
+#include "platform/services/Platform.h"
+#include "platform/views/ViewTree.h"
 
 #include <nlohmann/json.hpp>
 

@@ -1,7 +1,7 @@
 #include "Inputs.h"
 
 #include "Digest.h"
-#include "platform/CHandles.h"
+#include "platform/graphics/detail/CHandles.h"
 
 #include <elf.h>
 #include <link.h>

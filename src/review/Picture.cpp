@@ -1,7 +1,7 @@
 #include "Picture.h"
 
 #include "BadInput.h"
-#include "platform/CHandles.h"
+#include "platform/graphics/detail/CHandles.h"
 
 #include <spng.h>
 

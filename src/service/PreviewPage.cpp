@@ -1,6 +1,6 @@
 #include "PreviewPage.h"
 
-#include "platform/Platform.h"
+#include "platform/services/Platform.h"
 
 #include <fstream>
 #include <iterator>

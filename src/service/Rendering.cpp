@@ -6,9 +6,9 @@
 #include "cli/ValueJson.h"
 #include "cli/WidgetPictures.h"
 #include "intents/Intents.h"
-#include "platform/FontSystem.h"
-#include "platform/PngWriter.h"
-#include "platform/ViewRenderer.h"
+#include "platform/graphics/FontSystem.h"
+#include "platform/graphics/PngWriter.h"
+#include "platform/views/ViewRenderer.h"
 
 #include <algorithm>
 #include <chrono>

@@ -1,7 +1,7 @@
 #include "StoreReading.h"
 
 #include "cli/IsoDate.h"
-#include "platform/PlistCodec.h"
+#include "platform/store/PlistCodec.h"
 
 #include <fcntl.h>
 #include <sys/file.h>

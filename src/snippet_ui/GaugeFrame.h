@@ -2,11 +2,11 @@
 
 #include "snippet_ui/LayerCache.h"
 
-#include "platform/Canvas.h"
-#include "platform/Colour.h"
-#include "platform/Geometry.h"
-#include "platform/Platform.h"
-#include "platform/Value.h"
+#include "platform/graphics/Canvas.h"
+#include "platform/core/Colour.h"
+#include "platform/core/Geometry.h"
+#include "platform/services/Platform.h"
+#include "platform/core/Value.h"
 
 #include <array>
 #include <cstddef>

@@ -1,9 +1,9 @@
 #pragma once
 
-#include "platform/Canvas.h"
-#include "platform/Colour.h"
-#include "platform/Geometry.h"
-#include "platform/Image.h"
+#include "platform/graphics/Canvas.h"
+#include "platform/core/Colour.h"
+#include "platform/core/Geometry.h"
+#include "platform/graphics/Image.h"
 
 #include <cstddef>
 #include <functional>

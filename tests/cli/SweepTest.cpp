@@ -10,7 +10,7 @@
 #include "cli/ValueJson.h"
 #include "demo/DemoData.h"
 #include "intents/Intents.h"
-#include "platform/Canvas.h"
+#include "platform/graphics/Canvas.h"
 
 #include <cmath>
 #include <ctime>

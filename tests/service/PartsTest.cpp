@@ -1,4 +1,4 @@
-#include "platform/Platform.h"
+#include "platform/services/Platform.h"
 #include "service/EventStream.h"
 #include "service/RenderPool.h"
 #include "service/StoreReading.h"

@@ -2,8 +2,8 @@
 #include "TempDir.h"
 #include "demo/DemoData.h"
 #include "service/ResultCache.h"
-#include "platform/Platform.h"
-#include "platform/PlistCodec.h"
+#include "platform/services/Platform.h"
+#include "platform/store/PlistCodec.h"
 
 #include <gtest/gtest.h>
 #include <nlohmann/json.hpp>

@@ -2,7 +2,7 @@
 // scale, and no more of them than the cache holds.
 #include "snippet_ui/LayerCache.h"
 
-#include "platform/FontSystem.h"
+#include "platform/graphics/FontSystem.h"
 
 #include <gtest/gtest.h>
 

@@ -5,9 +5,9 @@
 #include "demo/DemoData.h"
 #include "snippet_ui/SleepMetricsUI.h"
 
-#include "platform/CHandles.h"
-#include "platform/Image.h"
-#include "platform/PngWriter.h"
+#include "platform/graphics/detail/CHandles.h"
+#include "platform/graphics/Image.h"
+#include "platform/graphics/PngWriter.h"
 
 #include <gtest/gtest.h>
 

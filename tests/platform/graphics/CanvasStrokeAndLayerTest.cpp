@@ -1,8 +1,8 @@
 // The canvas's one-call arc stroke, shared shadows, the clip in the saved
 // state, and layers laid over a canvas pixel for pixel.
-#include "platform/Canvas.h"
-#include "platform/FontSystem.h"
-#include "platform/Image.h"
+#include "platform/graphics/Canvas.h"
+#include "platform/graphics/FontSystem.h"
+#include "platform/graphics/Image.h"
 
 #include <gtest/gtest.h>
 
