@@ -2,6 +2,7 @@
 
 #include "cli/IsoDate.h"
 #include "platform/store/PlistCodec.h"
+#include "platform/text/TimeZone.h"
 
 #include <fcntl.h>
 #include <sys/file.h>
@@ -49,7 +50,7 @@ std::string readLocked(const fs::path& file) {
 
 // A JSON value as the program prints store values: {"date": ISO} is a date,
 // {"data": [bytes]} data, whole numbers integers, other numbers doubles.
-platform::Value fromJson(const json& value, int depth, const icu::TimeZone& utc) {
+platform::Value fromJson(const json& value, int depth, const platform::TimeZone& utc) {
     if (depth > platform::kMaxPlistDepth) throw BadRequest("store nested deeper than " + std::to_string(platform::kMaxPlistDepth) + " levels");
     switch (value.type()) {
         case json::value_t::boolean: return value.get<bool>();
@@ -86,7 +87,7 @@ platform::Value fromJson(const json& value, int depth, const icu::TimeZone& utc)
     }
 }
 
-platform::Dictionary dictionaryFrom(const json& document, const char* name, const icu::TimeZone& utc) {
+platform::Dictionary dictionaryFrom(const json& document, const char* name, const platform::TimeZone& utc) {
     if (!document.contains(name)) return {};
     const json& part = document[name];
     if (!part.is_object()) throw BadRequest(std::string("\"") + name + "\" must be a JSON object of store keys");
@@ -99,8 +100,8 @@ demo::DemoStores parseJsonStores(const std::string& body) {
     if (!document.is_object()) throw BadRequest("JSON body must be an object {\"shared\": {…}, \"standard\": {…}}");
     for (const auto& [key, unused] : document.items())
         if (key != "shared" && key != "standard") throw BadRequest("JSON body has an unknown part \"" + key + "\" (known: shared, standard)");
-    std::unique_ptr<icu::TimeZone> utc(icu::TimeZone::createTimeZone("UTC"));
-    return {dictionaryFrom(document, "shared", *utc), dictionaryFrom(document, "standard", *utc)};
+    const platform::TimeZone utc = *platform::TimeZone::named("UTC");
+    return {dictionaryFrom(document, "shared", utc), dictionaryFrom(document, "standard", utc)};
 }
 
 std::optional<platform::Dictionary> parsePlistBytes(const std::string& bytes, std::string* error) {

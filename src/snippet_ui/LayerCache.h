@@ -3,7 +3,7 @@
 #include "platform/graphics/Canvas.h"
 #include "platform/core/Colour.h"
 #include "platform/core/Geometry.h"
-#include "platform/graphics/Image.h"
+#include "platform/core/Value.h"
 
 #include <cstddef>
 #include <functional>

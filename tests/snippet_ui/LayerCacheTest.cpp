@@ -3,6 +3,7 @@
 #include "snippet_ui/LayerCache.h"
 
 #include "platform/graphics/FontSystem.h"
+#include "platform/graphics/Image.h"
 
 #include <gtest/gtest.h>
 
