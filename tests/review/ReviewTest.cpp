@@ -62,12 +62,14 @@ platform::Dictionary withNumber(platform::Dictionary d, std::vector<std::string>
     return d;
 }
 
-StoreEdit setInBank(std::vector<std::string> path, double value) {
+StoreEdit setInStore(std::string top, std::vector<std::string> path, double value) {
     return [=](platform::PreferencesStore& store) {
-        platform::Value bank = store.objectForKey("bankDict");
-        store.setObject(platform::Value(withNumber(*bank.dictionary(), path, value)), "bankDict");
+        platform::Value dictionary = store.objectForKey(top);
+        store.setObject(platform::Value(withNumber(*dictionary.dictionary(), path, value)), top);
     };
 }
+
+StoreEdit setInBank(std::vector<std::string> path, double value) { return setInStore("bankDict", std::move(path), value); }
 
 std::string readFile(const fs::path& path) { return review::readBytes(path); }
 void writeFile(const fs::path& path, const std::string& bytes) { std::ofstream(path, std::ios::binary) << bytes; }
@@ -164,6 +166,12 @@ TEST_F(Review, StoreChangesReportTheItemsThatShowThemAndWhy) {
          {"snippets/SleepSpO2Intent", "widgets/swiftSpO2Image", "mirrors"}, "sleepTimeLabel text \"95.4%\" → \"97.4%\""},
         {"wrist temperature 35.92 → 35.97, one character of a label", setInBank({"wristTempTodayValue"}, 35.97),
          {"snippets/WristTempIntent", "widgets/swiftWristTempImage"}, "sleepGoalLabel text \"35.92°\" → \"35.97°\""},
+        {"sleep 7h 36m → 7h 40m: three cards, their widget pictures and mirrors, nothing else",
+         setInStore("watchTrackDict", {"rawSleepTime"}, 27600),
+         {"snippets/TimeAsleepIntent", "snippets/LatestBedtimeIntent", "snippets/SleepRingsIntent",
+          "widgets/swiftSleepRingsImage", "widgets/swiftSleepRingsAccessoryImage", "widgets/swiftSleepBankImage",
+          "widgets/swiftSleepBankAccessoryImage", "widgets/swiftBedtimeImage", "mirrors"},
+         "sleepTimeLabel text \"7h 36m\" → \"7h 40m\""},
     };
     for (const Case& c : cases) {
         SCOPED_TRACE(c.what);
