@@ -1,6 +1,6 @@
 #include "Digest.h"
 
-#include <openssl/evp.h>
+#include <glib.h>
 
 #include <cerrno>
 #include <cstring>
@@ -10,30 +10,27 @@
 namespace velmorant::review {
 
 struct Digest::Context {
-    std::unique_ptr<EVP_MD_CTX, decltype(&EVP_MD_CTX_free)> ctx{EVP_MD_CTX_new(), &EVP_MD_CTX_free};
+    std::unique_ptr<GChecksum, decltype(&g_checksum_free)> sum{g_checksum_new(G_CHECKSUM_SHA256), &g_checksum_free};
 };
 
 Digest::Digest() : context_(std::make_unique<Context>()) {
-    if (!context_->ctx || EVP_DigestInit_ex(context_->ctx.get(), EVP_sha256(), nullptr) != 1)
-        throw std::runtime_error("SHA-256 is not available");
+    if (!context_->sum) throw std::runtime_error("SHA-256 is not available");
 }
 
 Digest::~Digest() = default;
 
 Digest& Digest::add(std::string_view bytes) {
-    EVP_DigestUpdate(context_->ctx.get(), bytes.data(), bytes.size());
+    // GChecksum takes a signed length: feed very large pieces in parts.
+    constexpr std::size_t kPiece = std::size_t{1} << 30;
+    for (std::size_t at = 0; at < bytes.size(); at += kPiece) {
+        std::string_view piece = bytes.substr(at, kPiece);
+        g_checksum_update(context_->sum.get(), reinterpret_cast<const guchar*>(piece.data()),
+                          static_cast<gssize>(piece.size()));
+    }
     return *this;
 }
 
-std::string Digest::hex() {
-    unsigned char sum[EVP_MAX_MD_SIZE];
-    unsigned int length = 0;
-    EVP_DigestFinal_ex(context_->ctx.get(), sum, &length);
-    static constexpr char kDigits[] = "0123456789abcdef";
-    std::string text;
-    for (unsigned int i = 0; i < length; ++i) text += {kDigits[sum[i] >> 4], kDigits[sum[i] & 15]};
-    return text;
-}
+std::string Digest::hex() { return g_checksum_get_string(context_->sum.get()); }
 
 std::string sha256(std::string_view bytes) { return Digest().add(bytes).hex(); }
 

@@ -1,8 +1,9 @@
 #include "ReviewReport.h"
 
-#include <openssl/evp.h>
+#include <glib.h>
 
 #include <map>
+#include <memory>
 
 namespace velmorant::review {
 namespace {
@@ -119,11 +120,9 @@ std::string escape(std::string_view text) {
 }
 
 std::string dataUri(const std::string& png) {
-    std::string encoded(4 * ((png.size() + 2) / 3) + 1, '\0');
-    int length = EVP_EncodeBlock(reinterpret_cast<unsigned char*>(encoded.data()),
-                                 reinterpret_cast<const unsigned char*>(png.data()), static_cast<int>(png.size()));
-    encoded.resize(static_cast<std::size_t>(length));
-    return "data:image/png;base64," + encoded;
+    std::unique_ptr<gchar, decltype(&g_free)> encoded(
+        g_base64_encode(reinterpret_cast<const guchar*>(png.data()), png.size()), &g_free);
+    return "data:image/png;base64," + std::string(encoded.get());
 }
 
 std::string px(double points) { return std::to_string(static_cast<long>(points + 0.5)); }

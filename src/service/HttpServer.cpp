@@ -4,6 +4,7 @@
 
 #include <arpa/inet.h>
 #include <microhttpd.h>
+#include <dlfcn.h>
 #include <netinet/in.h>
 
 #include <algorithm>
@@ -22,6 +23,60 @@
 // and idle time itself, and tells the body length before reading the body.
 
 namespace velmorant::service {
+namespace {
+
+// libmicrohttpd and the TLS libraries it brings (GnuTLS, Nettle, GMP, p11-kit)
+// would lengthen every symbol lookup of every run of the program at start-up;
+// only `serve` needs them, so they are loaded when a server starts.
+struct Mhd {
+    decltype(&MHD_add_response_header) add_response_header = nullptr;
+    decltype(&MHD_create_response_from_buffer) create_response_from_buffer = nullptr;
+    decltype(&MHD_create_response_from_callback) create_response_from_callback = nullptr;
+    decltype(&MHD_destroy_response) destroy_response = nullptr;
+    decltype(&MHD_get_connection_values) get_connection_values = nullptr;
+    decltype(&MHD_get_daemon_info) get_daemon_info = nullptr;
+    decltype(&MHD_queue_response) queue_response = nullptr;
+    decltype(&MHD_resume_connection) resume_connection = nullptr;
+    decltype(&MHD_start_daemon) start_daemon = nullptr;
+    decltype(&MHD_stop_daemon) stop_daemon = nullptr;
+    decltype(&MHD_suspend_connection) suspend_connection = nullptr;
+
+    // Throws std::runtime_error when the library cannot be loaded.
+    static const Mhd& load() {
+        static const Mhd loaded;
+        if (!loaded.complete()) throw std::runtime_error(loaded.error_);
+        return loaded;
+    }
+
+private:
+    Mhd() {
+        void* library = ::dlopen("libmicrohttpd.so.12", RTLD_NOW | RTLD_LOCAL);
+        if (!library) {
+            const char* why = ::dlerror();
+            error_ = std::string("libmicrohttpd cannot be loaded") + (why ? std::string(": ") + why : std::string());
+            return;
+        }
+        add_response_header = reinterpret_cast<decltype(add_response_header)>(::dlsym(library, "MHD_add_response_header"));
+        create_response_from_buffer = reinterpret_cast<decltype(create_response_from_buffer)>(::dlsym(library, "MHD_create_response_from_buffer"));
+        create_response_from_callback = reinterpret_cast<decltype(create_response_from_callback)>(::dlsym(library, "MHD_create_response_from_callback"));
+        destroy_response = reinterpret_cast<decltype(destroy_response)>(::dlsym(library, "MHD_destroy_response"));
+        get_connection_values = reinterpret_cast<decltype(get_connection_values)>(::dlsym(library, "MHD_get_connection_values"));
+        get_daemon_info = reinterpret_cast<decltype(get_daemon_info)>(::dlsym(library, "MHD_get_daemon_info"));
+        queue_response = reinterpret_cast<decltype(queue_response)>(::dlsym(library, "MHD_queue_response"));
+        resume_connection = reinterpret_cast<decltype(resume_connection)>(::dlsym(library, "MHD_resume_connection"));
+        start_daemon = reinterpret_cast<decltype(start_daemon)>(::dlsym(library, "MHD_start_daemon"));
+        stop_daemon = reinterpret_cast<decltype(stop_daemon)>(::dlsym(library, "MHD_stop_daemon"));
+        suspend_connection = reinterpret_cast<decltype(suspend_connection)>(::dlsym(library, "MHD_suspend_connection"));
+        if (!complete()) error_ = "libmicrohttpd lacks a function this server uses";
+    }
+    bool complete() const { return add_response_header && create_response_from_buffer && create_response_from_callback && destroy_response && get_connection_values && get_daemon_info && queue_response && resume_connection && start_daemon && stop_daemon && suspend_connection; }
+    std::string error_;
+};
+
+const Mhd& mhd() { return Mhd::load(); }
+
+}  // namespace
+
 
 HttpResponse jsonError(int status, const std::string& message) {
     HttpResponse response;
@@ -52,17 +107,17 @@ struct Parking {
 
     void park(MHD_Connection* connection) {
         std::lock_guard lock(mutex);
-        MHD_suspend_connection(connection);
+        mhd().suspend_connection(connection);
         parked.insert(connection);
     }
     void wake(MHD_Connection* connection) {
         std::lock_guard lock(mutex);
-        if (parked.erase(connection)) MHD_resume_connection(connection);
+        if (parked.erase(connection)) mhd().resume_connection(connection);
     }
     void wakeAll() {
         std::lock_guard lock(mutex);
         stopped = true;
-        for (MHD_Connection* connection : parked) MHD_resume_connection(connection);
+        for (MHD_Connection* connection : parked) mhd().resume_connection(connection);
         parked.clear();
     }
 };
@@ -126,20 +181,20 @@ MHD_Result queue(MHD_Connection* connection, const std::shared_ptr<Parking>& par
     MHD_Response* response;
     if (answer.events) {
         auto* reader = new StreamReader{answer.events, parking, connection};
-        response = MHD_create_response_from_callback(MHD_SIZE_UNKNOWN, 4096, readEvents, reader, freeEvents);
+        response = mhd().create_response_from_callback(MHD_SIZE_UNKNOWN, 4096, readEvents, reader, freeEvents);
         if (!response) {
             freeEvents(reader);
             return MHD_NO;
         }
     } else {
-        response = MHD_create_response_from_buffer(answer.body.size(), const_cast<char*>(answer.body.data()),
+        response = mhd().create_response_from_buffer(answer.body.size(), const_cast<char*>(answer.body.data()),
                                                    MHD_RESPMEM_MUST_COPY);
         if (!response) return MHD_NO;
     }
-    MHD_add_response_header(response, MHD_HTTP_HEADER_CONTENT_TYPE, answer.contentType.c_str());
-    for (const auto& [name, value] : answer.headers) MHD_add_response_header(response, name.c_str(), value.c_str());
-    MHD_Result result = MHD_queue_response(connection, static_cast<unsigned>(answer.status), response);
-    MHD_destroy_response(response);
+    mhd().add_response_header(response, MHD_HTTP_HEADER_CONTENT_TYPE, answer.contentType.c_str());
+    for (const auto& [name, value] : answer.headers) mhd().add_response_header(response, name.c_str(), value.c_str());
+    MHD_Result result = mhd().queue_response(connection, static_cast<unsigned>(answer.status), response);
+    mhd().destroy_response(response);
     return result;
 }
 
@@ -213,7 +268,7 @@ struct HttpServer::Impl {
         request.method = method;
         request.path = url;
         request.rawPathSuspicious = suspiciousPath(state.rawTarget);
-        int count = MHD_get_connection_values(connection, MHD_HEADER_KIND, collect, &request.headers);
+        int count = mhd().get_connection_values(connection, MHD_HEADER_KIND, collect, &request.headers);
         std::map<std::string, std::string> headers;
         for (auto& [name, value] : request.headers) {
             std::string lower = name;
@@ -221,7 +276,7 @@ struct HttpServer::Impl {
             headers[lower] = value;
         }
         request.headers = std::move(headers);
-        MHD_get_connection_values(connection, MHD_GET_ARGUMENT_KIND, collect, &request.query);
+        mhd().get_connection_values(connection, MHD_GET_ARGUMENT_KIND, collect, &request.query);
         if (count < 0 || static_cast<std::size_t>(count) > limits.maxHeaderCount)
             return queue(connection, parking, jsonError(431, "too many header fields (at most " +
                                                                  std::to_string(limits.maxHeaderCount) + ")"));
@@ -256,7 +311,7 @@ HttpServer::HttpServer(const std::string& address, std::uint16_t port, const Htt
     } else {
         throw std::runtime_error("--bind " + address + ": not an IPv4 or IPv6 address");
     }
-    impl_->daemon = MHD_start_daemon(
+    impl_->daemon = mhd().start_daemon(
         flags, port, nullptr, nullptr, &Impl::onRequest, impl_.get(), MHD_OPTION_SOCK_ADDR, &storage,
         MHD_OPTION_URI_LOG_CALLBACK, &Impl::onTarget, impl_.get(), MHD_OPTION_NOTIFY_COMPLETED, &Impl::onCompleted,
         nullptr, MHD_OPTION_CONNECTION_MEMORY_LIMIT, static_cast<std::size_t>(limits.maxHeaderBytes),
@@ -270,14 +325,14 @@ HttpServer::HttpServer(const std::string& address, std::uint16_t port, const Htt
 HttpServer::~HttpServer() { stop(); }
 
 std::uint16_t HttpServer::port() const {
-    const MHD_DaemonInfo* info = MHD_get_daemon_info(impl_->daemon, MHD_DAEMON_INFO_BIND_PORT);
+    const MHD_DaemonInfo* info = mhd().get_daemon_info(impl_->daemon, MHD_DAEMON_INFO_BIND_PORT);
     return info ? info->port : 0;
 }
 
 void HttpServer::stop() {
     if (!impl_->daemon) return;
     impl_->parking->wakeAll();
-    MHD_stop_daemon(impl_->daemon);
+    mhd().stop_daemon(impl_->daemon);
     impl_->daemon = nullptr;
 }
 

@@ -5,50 +5,12 @@
 
 #include <librsvg/rsvg.h>
 
-#include <dlfcn.h>
-
 #include <cmath>
 #include <fstream>
 #include <iterator>
 #include <string>
 
 namespace velmorant::platform {
-namespace {
-
-// librsvg and the libraries it brings (GIO, GdkPixbuf, libxml2) cost a
-// quarter of the program's start-up and 6 MB of its memory, and many runs
-// draw no artwork: it is loaded when the first artwork is drawn. It stays
-// loaded for the life of the process, since the object types it registers
-// cannot be taken back.
-struct Rsvg {
-    decltype(&rsvg_handle_new_from_data) newFromData = nullptr;
-    decltype(&rsvg_handle_get_intrinsic_size_in_pixels) intrinsicSize = nullptr;
-    decltype(&rsvg_handle_render_document) renderDocument = nullptr;
-
-    // None, with the reason in `error`, when the library cannot be loaded.
-    static const Rsvg* load(std::string& error) {
-        static const Rsvg loaded;
-        static const std::string loadError = loaded.reason();
-        error = loadError;
-        return loadError.empty() ? &loaded : nullptr;
-    }
-
-private:
-    Rsvg() {
-        void* library = ::dlopen("librsvg-2.so.2", RTLD_NOW | RTLD_LOCAL);
-        if (!library) return;
-        newFromData = reinterpret_cast<decltype(newFromData)>(::dlsym(library, "rsvg_handle_new_from_data"));
-        intrinsicSize = reinterpret_cast<decltype(intrinsicSize)>(::dlsym(library, "rsvg_handle_get_intrinsic_size_in_pixels"));
-        renderDocument = reinterpret_cast<decltype(renderDocument)>(::dlsym(library, "rsvg_handle_render_document"));
-    }
-    std::string reason() const {
-        if (newFromData && intrinsicSize && renderDocument) return {};
-        const char* why = ::dlerror();
-        return std::string("librsvg cannot be loaded") + (why ? std::string(": ") + why : std::string());
-    }
-};
-
-}  // namespace
 
 ImagePtr loadNamedImage(const std::filesystem::path& imagesDir, std::string_view name, double scale,
                         Diagnostics& diagnostics) {
@@ -68,21 +30,15 @@ ImagePtr loadNamedImage(const std::filesystem::path& imagesDir, std::string_view
         return nullptr;
     }
     std::string svg((std::istreambuf_iterator<char>(in)), std::istreambuf_iterator<char>());
-    std::string unavailable;
-    const Rsvg* rsvg = Rsvg::load(unavailable);
-    if (!rsvg) {
-        diagnostics.report("image " + file.string() + " cannot be drawn: " + unavailable);
-        return nullptr;
-    }
     GErrorPtr error;
     GObjectPtr<RsvgHandle> handle(
-        rsvg->newFromData(reinterpret_cast<const guint8*>(svg.data()), svg.size(), error.out()));
+        rsvg_handle_new_from_data(reinterpret_cast<const guint8*>(svg.data()), svg.size(), error.out()));
     if (!handle) {
         diagnostics.report("image " + file.string() + " cannot be read: " + error.message());
         return nullptr;
     }
     double width = 0, height = 0;
-    if (!rsvg->intrinsicSize(handle.get(), &width, &height) || !(width > 0 && height > 0)) {
+    if (!rsvg_handle_get_intrinsic_size_in_pixels(handle.get(), &width, &height) || !(width > 0 && height > 0)) {
         diagnostics.report("image " + file.string() + " has no width and height");
         return nullptr;
     }
@@ -94,7 +50,7 @@ ImagePtr loadNamedImage(const std::filesystem::path& imagesDir, std::string_view
     CairoPtr cr(cairo_create(image->surface()));
     cairo_scale(cr.get(), scale, scale);
     RsvgRectangle viewport{0, 0, width, height};
-    if (!rsvg->renderDocument(handle.get(), cr.get(), &viewport, error.out())) {
+    if (!rsvg_handle_render_document(handle.get(), cr.get(), &viewport, error.out())) {
         diagnostics.report("image " + file.string() + " cannot be drawn: " + error.message());
     }
     image->setName(std::string(name));
