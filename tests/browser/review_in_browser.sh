@@ -9,15 +9,8 @@
 set -euo pipefail
 program="$1"
 
-browser=$(command -v chromium || command -v chromium-browser || true)
-if [ -z "$browser" ]; then
-  echo "browser test: chromium is not installed (scripts/setup.sh --with-browser installs it)" >&2
-  if [ -n "${CI:-}" ]; then exit 1; fi
-  exit 77
-fi
-
-work=$(mktemp -d)
-trap 'rm -rf "$work"' EXIT
+here="$(cd "$(dirname "$0")" && pwd)"
+source "$here/framed_page.sh"
 
 common=(--tz Europe/London --locale en_US --scale 2)
 "$program" gallery "$work/baseline" --now 2024-03-05T22:10:00 "${common[@]}" >/dev/null 2>&1
@@ -28,63 +21,36 @@ if [ "$status" -ne 1 ]; then
   exit 1
 fi
 
-cat > "$work/check.html" <<'HTML'
-<!DOCTYPE html>
-<html><body><pre id="result">pending</pre>
-<iframe id="review" style="width:1400px;height:900px"></iframe>
-<script>
-const frame = document.getElementById('review');
-const say = text => { document.getElementById('result').textContent = text; };
-frame.addEventListener('load', () => {
-  let page = null;
-  try { page = frame.contentDocument; } catch (e) {}
-  if (!page) { say('no access to the review page'); return; }
-  const images = [...page.images];
-  const settled = images.map(i => i.complete ? Promise.resolve()
-                                             : new Promise(done => { i.onload = i.onerror = done; }));
-  Promise.all(settled).then(() => {
-    const broken = images.filter(i => !(i.naturalWidth > 0)).map(i => i.getAttribute('src').slice(0, 40));
-    const statuses = [...page.querySelectorAll('article')].map(a => a.dataset.status);
-    const changed = statuses.filter(s => s === 'changed').length;
-    const first = changed > 0 && statuses.slice(0, changed).every(s => s === 'changed');
-    const item = page.querySelector('article[data-status="changed"]');
-    let slider = 'none';
-    if (item) {
-      item.querySelector('button[data-mode="slider"]').click();
-      const shown = item.querySelector('.views.slider').offsetWidth > 0 && item.querySelector('.views.side').offsetWidth === 0;
-      const range = item.querySelector('.slider input');
-      range.value = 20;
-      range.dispatchEvent(new Event('input'));
-      const clip = item.querySelector('.slider .before').style.clipPath;
-      slider = shown && clip === 'inset(0px 80% 0px 0px)' ? 'ok' : 'shown=' + shown + ' clip=' + clip;
-      const tick = item.querySelector('input.tick');
-      tick.checked = true;
-      tick.dispatchEvent(new Event('change'));
-    }
-    const command = page.getElementById('accept-command').textContent;
-    const ticked = item && command.endsWith(' ' + item.dataset.id) ? 'ok' : command;
-    say('images=' + images.length + ' broken=' + broken.join(',') + ' changed=' + changed + ' first=' + first +
-        ' slider=' + slider + ' tick=' + ticked);
-  });
-});
-frame.src = new URLSearchParams(location.search).get('page');
-</script>
-</body></html>
-HTML
+write_check_page <<'JS'
+  const broken = images.filter(i => !(i.naturalWidth > 0)).map(i => i.getAttribute('src').slice(0, 40));
+  const statuses = [...page.querySelectorAll('article')].map(a => a.dataset.status);
+  const changed = statuses.filter(s => s === 'changed').length;
+  const first = changed > 0 && statuses.slice(0, changed).every(s => s === 'changed');
+  const item = page.querySelector('article[data-status="changed"]');
+  let slider = 'none';
+  if (item) {
+    item.querySelector('button[data-mode="slider"]').click();
+    const shown = item.querySelector('.views.slider').offsetWidth > 0 && item.querySelector('.views.side').offsetWidth === 0;
+    const range = item.querySelector('.slider input');
+    range.value = 20;
+    range.dispatchEvent(new Event('input'));
+    const clip = item.querySelector('.slider .before').style.clipPath;
+    slider = shown && clip === 'inset(0px 80% 0px 0px)' ? 'ok' : 'shown=' + shown + ' clip=' + clip;
+    const tick = item.querySelector('input.tick');
+    tick.checked = true;
+    tick.dispatchEvent(new Event('change'));
+  }
+  const command = page.getElementById('accept-command').textContent;
+  const ticked = item && command.endsWith(' ' + item.dataset.id) ? 'ok' : command;
+  say('images=' + images.length + ' broken=' + broken.join(',') + ' changed=' + changed + ' first=' + first +
+      ' slider=' + slider + ' tick=' + ticked);
+JS
 
-look() {
-  timeout 120 "$browser" --headless --no-sandbox --disable-gpu --disable-quic --no-first-run \
-    --disable-background-networking --disable-component-update --disable-sync --disable-extensions \
-    --disable-dev-shm-usage \
-    --user-data-dir="$work/profile" --allow-file-access-from-files --virtual-time-budget=15000 \
-    --dump-dom "file://$work/check.html?page=$1/review.html" 2>/dev/null |
-    sed -n 's|.*<pre id="result">\(.*\)</pre>.*|\1|p'
-}
 
 expected=$(grep -o '<img ' "$work/out/review.html" | wc -l)
 changed=$(grep -o 'data-status="changed"' "$work/out/review.html" | wc -l)
 want="images=$expected broken= changed=$changed first=true slider=ok tick=ok"
-found=$(look out)
+found=$(look out/review.html)
 status=0
 if [ "$changed" -eq 0 ] || [ "$found" != "$want" ]; then
   echo "browser test: review: expected $want, found: ${found:-nothing}" >&2
@@ -93,7 +59,7 @@ fi
 
 cp -r "$work/out" "$work/damaged"
 rm "$work/damaged/snippets/LightsOffIntent.png"
-found=$(look damaged)
+found=$(look damaged/review.html)
 case "$found" in
   *"broken=snippets/LightsOffIntent.png,snippets/LightsOffIntent.png "*) ;;
   *) echo "browser test: damaged copy: the missing picture was not noticed: ${found:-nothing}" >&2; status=1 ;;
