@@ -1,5 +1,7 @@
 #include "GalleryHtml.h"
 
+#include "platform/text/Text.h"
+
 #include <algorithm>
 #include <cmath>
 
@@ -50,15 +52,15 @@ std::string pixels(double points) { return std::to_string(static_cast<long>(std:
 // A picture with its caption; `framed` puts it on a widget's tile.
 std::string figure(const GalleryPicture& picture, const std::string& language, bool framed) {
     std::string w = pixels(picture.size.width), h = pixels(picture.size.height);
-    std::string img = "<img src=\"" + escapeHtml(picture.file) + "\" width=\"" + w + "\" height=\"" + h +
-                      "\" alt=\"" + escapeHtml(picture.altText) + "\" lang=\"" + escapeHtml(language) + "\">";
+    std::string img = "<img src=\"" + platform::escapeHtml(picture.file) + "\" width=\"" + w + "\" height=\"" + h +
+                      "\" alt=\"" + platform::escapeHtml(picture.altText) + "\" lang=\"" + platform::escapeHtml(language) + "\">";
     std::string html = framed ? "<figure>\n<div class=\"tile\">" + img + "</div>\n" : "<figure class=\"card\">\n" + img + "\n";
-    html += "<figcaption><span class=\"title\">" + escapeHtml(picture.title) + "</span> <span class=\"name\">" +
-            escapeHtml(picture.name) + "</span><br><span class=\"size\">" + w + " × " + h + " pt</span>";
+    html += "<figcaption><span class=\"title\">" + platform::escapeHtml(picture.title) + "</span> <span class=\"name\">" +
+            platform::escapeHtml(picture.name) + "</span><br><span class=\"size\">" + w + " × " + h + " pt</span>";
     if (!picture.record.empty())
-        html += " · <a class=\"record\" href=\"" + escapeHtml(picture.record) + "\">view record</a>";
+        html += " · <a class=\"record\" href=\"" + platform::escapeHtml(picture.record) + "\">view record</a>";
     if (!framed)
-        html += "<p class=\"spoken\" lang=\"" + escapeHtml(language) + "\">" + escapeHtml(picture.altText) + "</p>";
+        html += "<p class=\"spoken\" lang=\"" + platform::escapeHtml(language) + "\">" + platform::escapeHtml(picture.altText) + "</p>";
     html += "</figcaption>\n</figure>\n";
     return html;
 }
@@ -79,29 +81,13 @@ double widestOf(const std::vector<GalleryPicture>& pictures, double least) {
 
 }  // namespace
 
-std::string escapeHtml(std::string_view text) {
-    std::string out;
-    out.reserve(text.size());
-    for (char c : text) {
-        switch (c) {
-            case '&': out += "&amp;"; break;
-            case '<': out += "&lt;"; break;
-            case '>': out += "&gt;"; break;
-            case '"': out += "&quot;"; break;
-            case '\'': out += "&#39;"; break;
-            default: out += c;
-        }
-    }
-    return out;
-}
-
 std::string galleryHtml(const GalleryPage& page) {
     std::string html = "<!DOCTYPE html>\n<html lang=\"en\">\n<head>\n<meta charset=\"utf-8\">\n"
                        "<meta name=\"viewport\" content=\"width=device-width, initial-scale=1\">\n"
                        "<title>Velmorant snippets — gallery</title>\n<style>";
     html += kStyle;
     html += "</style>\n</head>\n<body>\n<header>\n<h1>Velmorant snippets</h1>\n<p class=\"facts\">" +
-            escapeHtml(page.facts) + "</p>\n</header>\n";
+            platform::escapeHtml(page.facts) + "</p>\n</header>\n";
     html += "<nav><a href=\"#snippets\">Snippets</a><a href=\"#empty\">Empty state</a>"
             "<a href=\"#widgets\">Widget images</a><a href=\"#mirrors\">Widget mirrors</a></nav>\n<main>\n";
 
@@ -120,14 +106,14 @@ std::string galleryHtml(const GalleryPage& page) {
     html += "<section id=\"mirrors\">\n<h2>Widget mirrors</h2>\n<p class=\"note\">The “Swift-” keys the widgets "
             "read, as the shared store holds them after every widget mirror has run, with the night's results "
             "and with an empty store. As JSON: <a href=\"" +
-            escapeHtml(page.mirrorsFile) + "\">" + escapeHtml(page.mirrorsFile) + "</a>.</p>\n<div class=\"mirrors\">\n";
+            platform::escapeHtml(page.mirrorsFile) + "\">" + platform::escapeHtml(page.mirrorsFile) + "</a>.</p>\n<div class=\"mirrors\">\n";
     for (const MirrorTable& table : page.mirrors) {
-        html += "<table>\n<caption>" + escapeHtml(table.title) + "</caption>\n";
+        html += "<table>\n<caption>" + platform::escapeHtml(table.title) + "</caption>\n";
         if (table.rows.empty()) html += "<tr><th>(no keys)</th><td></td></tr>\n";
         // An empty text shows as "" so that it is not mistaken for a missing row.
         for (const auto& [key, value] : table.rows)
-            html += "<tr><th>" + escapeHtml(key) + "</th><td lang=\"" + escapeHtml(language) + "\">" +
-                    escapeHtml(value.empty() ? "\"\"" : value) + "</td></tr>\n";
+            html += "<tr><th>" + platform::escapeHtml(key) + "</th><td lang=\"" + platform::escapeHtml(language) + "\">" +
+                    platform::escapeHtml(value.empty() ? "\"\"" : value) + "</td></tr>\n";
         html += "</table>\n";
     }
     html += "</div>\n</section>\n</main>\n</body>\n</html>\n";

@@ -48,7 +48,5 @@ struct GalleryPage {
 // by relative path, so it reads without a network.
 std::string galleryHtml(const GalleryPage& page);
 
-// Text made safe for HTML content and quoted attribute values.
-std::string escapeHtml(std::string_view text);
 
 }  // namespace velmorant::cli

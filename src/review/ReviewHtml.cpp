@@ -1,5 +1,7 @@
 #include "ReviewReport.h"
 
+#include "platform/text/Text.h"
+
 #include <glib.h>
 
 #include <map>
@@ -105,20 +107,6 @@ document.querySelectorAll('article[data-mode]').forEach(item => {
 update();
 )";
 
-std::string escape(std::string_view text) {
-    std::string out;
-    for (char c : text) {
-        switch (c) {
-            case '&': out += "&amp;"; break;
-            case '<': out += "&lt;"; break;
-            case '>': out += "&gt;"; break;
-            case '"': out += "&quot;"; break;
-            default: out += c;
-        }
-    }
-    return out;
-}
-
 std::string dataUri(const std::string& png) {
     std::unique_ptr<gchar, decltype(&g_free)> encoded(
         g_base64_encode(reinterpret_cast<const guchar*>(png.data()), png.size()), &g_free);
@@ -128,8 +116,8 @@ std::string dataUri(const std::string& png) {
 std::string px(double points) { return std::to_string(static_cast<long>(points + 0.5)); }
 
 std::string image(const std::string& src, const ManifestItem& item, const std::string& alt) {
-    return "<img src=\"" + escape(src) + "\" width=\"" + px(item.width) + "\" height=\"" + px(item.height) + "\" alt=\"" +
-           escape(alt) + "\">";
+    return "<img src=\"" + platform::escapeHtml(src) + "\" width=\"" + px(item.width) + "\" height=\"" + px(item.height) + "\" alt=\"" +
+           platform::escapeHtml(alt) + "\">";
 }
 
 std::string percent(double part, double whole) { return std::to_string(whole > 0 ? part / whole * 100 : 0) + "%"; }
@@ -174,11 +162,11 @@ std::string statusClass(ItemStatus status) {
 
 std::string article(const Review& review, const ItemReview& r) {
     bool acceptable = r.status == ItemStatus::Changed || r.status == ItemStatus::Added || r.status == ItemStatus::Removed;
-    std::string html = "<article id=\"item-" + escape(r.item.id) + "\" data-id=\"" + escape(r.item.id) +
+    std::string html = "<article id=\"item-" + platform::escapeHtml(r.item.id) + "\" data-id=\"" + platform::escapeHtml(r.item.id) +
                        "\" data-status=\"" + statusWords(r.status) + "\" data-mode=\"side\">\n<div class=\"head\">";
     if (acceptable)
-        html += "<label><input type=\"checkbox\" class=\"tick\" value=\"" + escape(r.item.id) + "\"> </label>";
-    html += "<span class=\"title\">" + escape(r.item.title) + "</span><span class=\"id\">" + escape(r.item.id) +
+        html += "<label><input type=\"checkbox\" class=\"tick\" value=\"" + platform::escapeHtml(r.item.id) + "\"> </label>";
+    html += "<span class=\"title\">" + platform::escapeHtml(r.item.title) + "</span><span class=\"id\">" + platform::escapeHtml(r.item.id) +
             "</span><span class=\"status " + statusClass(r.status) + "\">" + statusWords(r.status) + "</span>";
     if (r.pixels.sizeDiffers && r.beforeWidth)
         html += "<span class=\"id\">size " + std::to_string(r.beforeWidth) + " × " + std::to_string(r.beforeHeight) +
@@ -186,7 +174,7 @@ std::string article(const Review& review, const ItemReview& r) {
     html += "</div>\n";
     if (!r.fields.empty()) {
         html += "<ul class=\"fields\">";
-        for (const FieldChange& f : r.fields) html += "<li>" + escape(f.words()) + "</li>";
+        for (const FieldChange& f : r.fields) html += "<li>" + platform::escapeHtml(f.words()) + "</li>";
         html += "</ul>\n";
     }
     if (r.status == ItemStatus::Added && !r.item.picture.empty())
@@ -197,7 +185,7 @@ std::string article(const Review& review, const ItemReview& r) {
     else if (!r.beforePng.empty())
         html += pictureViews(r);
     if (acceptable)
-        html += "<p class=\"accept\">Accept it: <code>" + escape(acceptCommand(review, {r.item.id})) + "</code></p>\n";
+        html += "<p class=\"accept\">Accept it: <code>" + platform::escapeHtml(acceptCommand(review, {r.item.id})) + "</code></p>\n";
     return html + "</article>\n";
 }
 
@@ -214,7 +202,7 @@ std::string changedSection(const Review& review) {
                        ")</h2>\n<p class=\"facts legend\">Difference view: the new picture faded, changed pixels<span "
                        "style=\"background:#ff2850\"></span>, anti-aliasing<span style=\"background:#ffc800\"></span></p>\n";
     for (const std::string& card : cards) {
-        html += "<div class=\"group\" data-card=\"" + escape(card) + "\">\n<h3>" + escape(card) + "</h3>\n";
+        html += "<div class=\"group\" data-card=\"" + platform::escapeHtml(card) + "\">\n<h3>" + platform::escapeHtml(card) + "</h3>\n";
         for (const ItemReview* r : byCard[card]) html += article(review, *r);
         html += "</div>\n";
     }
@@ -241,16 +229,16 @@ std::string reviewHtml(const Review& review) {
                        "<meta name=\"viewport\" content=\"width=device-width, initial-scale=1\">\n"
                        "<title>Velmorant snippets — review</title>\n<style>";
     html += kStyle;
-    html += "</style>\n</head>\n<body data-accept=\"" + escape(acceptCommand(review)) + "\">\n<header>\n<h1>What changed</h1>\n";
+    html += "</style>\n</head>\n<body data-accept=\"" + platform::escapeHtml(acceptCommand(review)) + "\">\n<header>\n<h1>What changed</h1>\n";
     html += "<p class=\"summary\"><span class=\"verdict " + std::string(verdictClass) + "\">" + verdict + "</span>" +
-            escape(review.summary()) + "</p>\n";
+            platform::escapeHtml(review.summary()) + "</p>\n";
     std::string inputs = "the same store, fonts, artwork, program and options";
     if (!review.differingInputs.empty()) {
         inputs = "different ";
         for (std::size_t i = 0; i < review.differingInputs.size(); ++i) inputs += (i ? ", " : "") + review.differingInputs[i];
     }
-    html += "<p class=\"facts\">" + escape(review.newDir.string()) + " against the baseline " +
-            escape(review.baselineDir.string()) + ", drawn from " + escape(inputs) + " · colour threshold " +
+    html += "<p class=\"facts\">" + platform::escapeHtml(review.newDir.string()) + " against the baseline " +
+            platform::escapeHtml(review.baselineDir.string()) + ", drawn from " + platform::escapeHtml(inputs) + " · colour threshold " +
             std::to_string(review.options.threshold).substr(0, 4) + " · allowed pixels " +
             std::to_string(review.options.allowedPixels) + "</p>\n";
     if (review.notReproducible())
@@ -266,7 +254,7 @@ std::string reviewHtml(const Review& review) {
     html += "<section id=\"unchanged\">\n<details><summary>" + std::to_string(review.count(ItemStatus::Unchanged)) +
             " unchanged</summary>\n<ul class=\"names\">";
     for (const ItemReview& r : review.items)
-        if (r.status == ItemStatus::Unchanged) html += "<li>" + escape(r.item.id) + "</li>";
+        if (r.status == ItemStatus::Unchanged) html += "<li>" + platform::escapeHtml(r.item.id) + "</li>";
     html += "</ul>\n</details>\n</section>\n</main>\n<script>";
     html += kScript;
     return html + "</script>\n</body>\n</html>\n";

@@ -4,6 +4,7 @@
 #include "cli/IsoDate.h"
 #include "demo/DemoData.h"
 #include "intents/Intents.h"
+#include "platform/text/Text.h"
 
 #include <cstring>
 #include <map>
@@ -151,7 +152,7 @@ TEST(GalleryFolder, GermanGallerySpeaksGerman) {
     std::string said = json::parse(readFile(tmp.path() / "g" / "snippets" / "SleepRingsIntent.json"))["accessibility"];
     std::string html = readFile(tmp.path() / "g" / "index.html");
     EXPECT_NE(html.find("lang=\"de-DE\""), std::string::npos);
-    EXPECT_NE(html.find("alt=\"" + cli::escapeHtml(said) + "\""), std::string::npos);
+    EXPECT_NE(html.find("alt=\"" + platform::escapeHtml(said) + "\""), std::string::npos);
     EXPECT_EQ(said.find("Quality"), std::string::npos) << said;
 }
 

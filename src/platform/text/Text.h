@@ -17,4 +17,7 @@ bool isValidUtf8(std::string_view text);
 // Every occurrence of `target` replaced by `replacement`.
 std::string stringByReplacing(std::string_view text, std::string_view target, std::string_view replacement);
 
+// `text` made safe inside HTML text and quoted attributes (& < > " ' escaped).
+std::string escapeHtml(std::string_view text);
+
 }  // namespace velmorant::platform

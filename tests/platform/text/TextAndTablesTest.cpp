@@ -20,6 +20,12 @@ TEST(Text, CaseOperations) {
     EXPECT_EQ(stringByReplacing("95% - 99%", "%", ""), "95 - 99");
 }
 
+// A store's text lands in pages' attributes: a quote of either kind must not end one.
+TEST(Text, HtmlEscapingCoversTextAndBothQuotes) {
+    EXPECT_EQ(escapeHtml(R"(<b a="1" b='2'>&amp;</b>)"), "&lt;b a=&quot;1&quot; b=&#39;2&#39;&gt;&amp;amp;&lt;/b&gt;");
+    EXPECT_EQ(escapeHtml("Zeit · 7 h"), "Zeit · 7 h");
+}
+
 TEST(StringTable, ParsesStringsFilesAndSaysWhereTheyBreak) {
     std::string error;
     auto table = StringTable::parse("/* Wellness */\n\"Avg.\" = \"Mittel\";   // heading\n"
