@@ -22,6 +22,13 @@
 #include <vector>
 
 using namespace velmorant;
+using intents::ExtensionContext;
+using intents::IntentViewController;
+using intents::Interaction;
+using intents::InteractiveBehavior;
+using intents::ParameterSet;
+using intents::kIntentTypeNames;
+using intents::makeIntent;
 
 namespace {
 

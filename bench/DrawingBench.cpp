@@ -16,6 +16,7 @@
 #include <memory>
 
 using namespace velmorant;
+using snippet_ui::SleepMetricsUI;
 using platform::Dictionary;
 using platform::Value;
 

@@ -15,6 +15,14 @@
 #include <string>
 
 using namespace velmorant;
+using intents::ExtensionContext;
+using intents::IntentViewController;
+using intents::Interaction;
+using intents::InteractiveBehavior;
+using intents::ParameterSet;
+using intents::kIntentTypeNames;
+using intents::makeIntent;
+using snippet_ui::SleepMetricsUI;
 
 namespace {
 

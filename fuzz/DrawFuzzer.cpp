@@ -18,6 +18,7 @@
 #include <string>
 
 using namespace velmorant;
+using snippet_ui::SleepMetricsUI;
 
 namespace {
 

@@ -18,6 +18,16 @@
 #include <memory>
 
 namespace velmorant::fuzz {
+using intents::ExtensionContext;
+using intents::IntentViewController;
+using intents::Interaction;
+using intents::InteractiveBehavior;
+using intents::ParameterSet;
+using intents::kIntentTypeNames;
+using intents::makeIntent;
+using metrics::GroupMetrics;
+using palette::Pallet;
+using snippet_ui::SleepMetricsUI;
 
 using platform::Date;
 using platform::Dictionary;

@@ -22,10 +22,10 @@ int main(int argc, char** argv) {
     platform::Platform platform(options);
     demo::installDemoStores(platform);
 
-    FormatTools format(platform);
-    std::cout << "7.5 hours: " << format.formattedTimeInterval(27000) << '\n';
+    format::FormatTools formatTools(platform);
+    std::cout << "7.5 hours: " << formatTools.formattedTimeInterval(27000) << '\n';
 
-    SleepMetricsUI ui(platform);
+    snippet_ui::SleepMetricsUI ui(platform);
     platform::ImagePtr picture = ui.swiftReadinessImage();
     if (!picture) {
         std::cerr << "velmorant-consumer: no readiness picture\n";

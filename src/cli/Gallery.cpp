@@ -26,6 +26,9 @@
 #include <fstream>
 
 namespace velmorant::cli {
+using metrics::GroupMetrics;
+using snippet_ui::SleepMetricsUI;
+
 namespace {
 
 namespace fs = std::filesystem;

@@ -9,6 +9,13 @@
 #include <stdexcept>
 
 namespace velmorant::cli {
+using intents::ExtensionContext;
+using intents::IntentViewController;
+using intents::Interaction;
+using intents::InteractiveBehavior;
+using intents::ParameterSet;
+using intents::makeIntent;
+
 namespace {
 
 using json = nlohmann::json;

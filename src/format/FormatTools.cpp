@@ -12,7 +12,7 @@
 #include <cmath>
 #include <vector>
 
-namespace velmorant {
+namespace velmorant::format {
 
 using platform::Date;
 using platform::DateComponents;
@@ -459,4 +459,4 @@ std::string FormatTools::sentenceCapitalizedString(const std::string& text) {
     return platform::uppercaseString(first) + platform::lowercaseString(rest);
 }
 
-}  // namespace velmorant
+}  // namespace velmorant::format

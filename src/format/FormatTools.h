@@ -17,7 +17,7 @@ struct DateComponents;
 class ISO8601DateFormatter;
 }  // namespace velmorant::platform
 
-namespace velmorant {
+namespace velmorant::format {
 
 // Dates, day keys, clock times and durations in the user's locale and time
 // zone. The formatters are created on first use and reconfigured by every
@@ -160,4 +160,4 @@ private:
     std::unique_ptr<platform::ISO8601DateFormatter> isoFormatter_;
 };
 
-}  // namespace velmorant
+}  // namespace velmorant::format

@@ -3,7 +3,8 @@
 #include "format/FormatTools.h"
 #include "platform/text/StringFormat.h"
 
-namespace velmorant {
+namespace velmorant::intents {
+using format::FormatTools;
 
 HandleLightsOff::HandleLightsOff(platform::Platform& platform) : platform_(platform) {}
 
@@ -23,4 +24,4 @@ platform::Dictionary HandleLightsOff::turnLightsOff() {
                                 {"response", platform::Value(platform_.localizedString("Good Night"))}};
 }
 
-}  // namespace velmorant
+}  // namespace velmorant::intents

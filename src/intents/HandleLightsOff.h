@@ -5,9 +5,11 @@
 
 #include <memory>
 
-namespace velmorant {
-
+namespace velmorant::format {
 class FormatTools;
+}  // namespace velmorant::format
+
+namespace velmorant::intents {
 
 // Records in the shared store that the user turned the lights off, and gives the texts that confirm it.
 class HandleLightsOff {
@@ -24,7 +26,7 @@ public:
 private:
     platform::Platform& platform_;
     std::shared_ptr<platform::PreferencesStore> groupPrefs_;
-    std::unique_ptr<FormatTools> formatTools_;
+    std::unique_ptr<format::FormatTools> formatTools_;
 };
 
-}  // namespace velmorant
+}  // namespace velmorant::intents

@@ -6,7 +6,7 @@
 #include <string>
 #include <string_view>
 
-namespace velmorant {
+namespace velmorant::intents {
 
 // The platform's codes for custom intent responses; this system only makes Success.
 enum class IntentResponseCode : std::int64_t {
@@ -93,4 +93,4 @@ using RespirationIntentResponse = CustomIntentResponse<response_names::Respirati
 using SleepFuelIntentResponse = CustomIntentResponse<response_names::SleepFuel, true>;
 using WristTempIntentResponse = CustomIntentResponse<response_names::WristTemp, true>;
 
-}  // namespace velmorant
+}  // namespace velmorant::intents

@@ -6,7 +6,10 @@
 
 #include <stdexcept>
 
-namespace velmorant {
+namespace velmorant::intents {
+using format::FormatTools;
+using snippet_ui::SleepMetricsUI;
+
 namespace {
 
 constexpr double kCompactHeight = 180;
@@ -162,4 +165,4 @@ void IntentViewController::showTextPanel(std::string_view upperHeading, std::str
     bankIndicator->layer().setCornerRadius(10);
 }
 
-}  // namespace velmorant
+}  // namespace velmorant::intents

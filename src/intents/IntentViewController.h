@@ -11,10 +11,14 @@
 #include <string>
 #include <string_view>
 
-namespace velmorant {
-
+namespace velmorant::format {
 class FormatTools;
+}  // namespace velmorant::format
+namespace velmorant::snippet_ui {
 class SleepMetricsUI;
+}  // namespace velmorant::snippet_ui
+
+namespace velmorant::intents {
 
 // The extension context the host gives the snippet: how large it may be.
 struct ExtensionContext {
@@ -112,8 +116,8 @@ public:
 private:
     platform::View* outlet(const char* name);
     // Collaborators, made on first use and kept for the controller's life.
-    SleepMetricsUI& sleepMetricsUI();
-    FormatTools& formatTools();
+    snippet_ui::SleepMetricsUI& sleepMetricsUI();
+    format::FormatTools& formatTools();
     // A heading as shown: the localised text, upper-cased.
     std::string heading(std::string_view key) const;
     // The frame every two-row snippet starts with: panel, headings, stars, corner radii.
@@ -122,9 +126,9 @@ private:
     platform::Platform& platform_;
     ExtensionContext extensionContext_;
     platform::ViewTree views_;
-    std::unique_ptr<SleepMetricsUI> sleepMetricsUI_;
-    std::unique_ptr<FormatTools> formatTools_;
+    std::unique_ptr<snippet_ui::SleepMetricsUI> sleepMetricsUI_;
+    std::unique_ptr<format::FormatTools> formatTools_;
     std::shared_ptr<platform::PreferencesStore> groupPrefs_;
 };
 
-}  // namespace velmorant
+}  // namespace velmorant::intents

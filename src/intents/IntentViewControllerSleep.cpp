@@ -7,12 +7,15 @@
 #include "platform/text/Text.h"
 #include "snippet_ui/SleepMetricsUI.h"
 
-namespace velmorant {
+namespace velmorant::intents {
+using format::FormatTools;
+using snippet_ui::SleepMetricsUI;
+
 namespace {
 
-using intents_detail::recordColour;
-using intents_detail::recordText;
-using intents_detail::setImageFrom;
+using detail::recordColour;
+using detail::recordText;
+using detail::setImageFrom;
 using platform::Colour;
 
 }  // namespace
@@ -113,4 +116,4 @@ void IntentViewController::populateSleepRings() {
     }
 }
 
-}  // namespace velmorant
+}  // namespace velmorant::intents

@@ -5,12 +5,14 @@
 #include "platform/text/StringFormat.h"
 #include "snippet_ui/SleepMetricsUI.h"
 
-namespace velmorant {
+namespace velmorant::intents {
+using snippet_ui::SleepMetricsUI;
+
 namespace {
 
-using intents_detail::recordColour;
-using intents_detail::recordText;
-using intents_detail::setImageFrom;
+using detail::recordColour;
+using detail::recordText;
+using detail::setImageFrom;
 using platform::Colour;
 using Record = SleepMetricsUI::Record;
 
@@ -135,4 +137,4 @@ void IntentViewController::populateRespRate() {
     fillVitalPanel(*this, sleepMetricsUI().requestRespRate(), kRespRateKeys);
 }
 
-}  // namespace velmorant
+}  // namespace velmorant::intents

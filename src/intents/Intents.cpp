@@ -1,6 +1,6 @@
 #include "Intents.h"
 
-namespace velmorant {
+namespace velmorant::intents {
 namespace {
 
 template <typename T>
@@ -23,4 +23,4 @@ std::shared_ptr<Intent> makeIntent(std::string_view typeName) {
     return std::make_shared<UnknownIntent>(std::string(typeName));
 }
 
-}  // namespace velmorant
+}  // namespace velmorant::intents

@@ -5,7 +5,7 @@
 #include <string>
 #include <string_view>
 
-namespace velmorant {
+namespace velmorant::intents {
 
 // An intent handed over by the voice assistant. The dispatcher looks only at
 // its type (dynamic_cast stands in for isKindOfClass:).
@@ -84,4 +84,4 @@ struct Interaction {
     std::shared_ptr<Intent> intent;
 };
 
-}  // namespace velmorant
+}  // namespace velmorant::intents

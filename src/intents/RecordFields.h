@@ -8,7 +8,7 @@
 #include <string>
 #include <string_view>
 
-namespace velmorant::intents_detail {
+namespace velmorant::intents::detail {
 
 // A record's text under `key`; none (which clears a label) when it is absent or not a text.
 inline std::optional<std::string> recordText(const platform::Dictionary& record, std::string_view key) {
@@ -29,4 +29,4 @@ inline void setImageFrom(platform::View& imageView, const platform::Dictionary& 
     if (value && value->image()) imageView.setImage(value->image());
 }
 
-}  // namespace velmorant::intents_detail
+}  // namespace velmorant::intents::detail

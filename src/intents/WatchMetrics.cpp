@@ -1,6 +1,6 @@
 #include "WatchMetrics.h"
 
-namespace velmorant {
+namespace velmorant::intents {
 
 void WatchMetrics::updateWatchContextWithDict(const platform::Dictionary& dict) {
     contextDict_ = dict;
@@ -28,4 +28,4 @@ void WatchMetrics::performUpdateWatchContext() {
     session->updateApplicationContext(contextDict_, &error);
 }
 
-}  // namespace velmorant
+}  // namespace velmorant::intents

@@ -6,7 +6,7 @@
 #include <optional>
 #include <string>
 
-namespace velmorant {
+namespace velmorant::intents {
 
 // What the owner of a WatchMetrics may be told; no operation is needed yet.
 class WatchMetricsDelegate {
@@ -41,4 +41,4 @@ private:
     WatchMetricsDelegate* delegate_ = nullptr;
 };
 
-}  // namespace velmorant
+}  // namespace velmorant::intents

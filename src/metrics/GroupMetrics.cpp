@@ -3,7 +3,8 @@
 #include <cmath>
 #include <limits>
 
-namespace velmorant {
+namespace velmorant::metrics {
+using format::FormatTools;
 
 using platform::Date;
 using platform::Dictionary;
@@ -163,4 +164,4 @@ bool GroupMetrics::watchDictIsValid() {
     return synchTime->timeIntervalSinceDate(from) > 60.0;
 }
 
-}  // namespace velmorant
+}  // namespace velmorant::metrics

@@ -13,7 +13,7 @@
 #include <string_view>
 #include <vector>
 
-namespace velmorant {
+namespace velmorant::metrics {
 
 // Reads the figures the main app leaves in the app group's shared store and
 // turns each measure into a metric record (labels, numbers, a spoken sentence
@@ -69,7 +69,7 @@ public:
 private:
     // Opens the formatter and the store handle when they are not open yet.
     void prepare();
-    FormatTools& formatTools();
+    format::FormatTools& formatTools();
 
     // The store's dictionary under `key`; none when absent or of another kind.
     std::optional<platform::Dictionary> storeDictionary(std::string_view key);
@@ -113,7 +113,7 @@ private:
     platform::Platform& platform_;
     // Declared first so it is released after the formatter.
     std::shared_ptr<platform::PreferencesStore> groupPrefs_;
-    std::unique_ptr<FormatTools> formatTools_;
+    std::unique_ptr<format::FormatTools> formatTools_;
 };
 
-}  // namespace velmorant
+}  // namespace velmorant::metrics

@@ -1,7 +1,8 @@
 // Bedtime consistency: the average bedtime and how far it has moved.
 #include "metrics/GroupMetrics.h"
 
-namespace velmorant {
+namespace velmorant::metrics {
+using format::FormatTools;
 
 using platform::Dictionary;
 using platform::stringWithFormat;
@@ -43,4 +44,4 @@ GroupMetrics::Record GroupMetrics::requestConsistencyDict() {
     return record;
 }
 
-}  // namespace velmorant
+}  // namespace velmorant::metrics

@@ -5,7 +5,7 @@
 
 #include <cmath>
 
-namespace velmorant {
+namespace velmorant::metrics {
 
 using platform::Dictionary;
 using platform::stringWithFormat;
@@ -177,4 +177,4 @@ GroupMetrics::Record GroupMetrics::scoreRecord(ScoreKind kind, const ReadinessIn
     return record;
 }
 
-}  // namespace velmorant
+}  // namespace velmorant::metrics

@@ -5,7 +5,8 @@
 
 #include <algorithm>
 
-namespace velmorant {
+namespace velmorant::metrics {
+using format::FormatTools;
 
 using platform::Dictionary;
 using platform::stringWithFormat;
@@ -106,4 +107,4 @@ void GroupMetrics::requestQualityForSwift() {
     store->setObject(Value(label("ringBPMLabel")), key("ringBPMLabel"));
 }
 
-}  // namespace velmorant
+}  // namespace velmorant::metrics

@@ -8,7 +8,8 @@
 #include <cmath>
 #include <limits>
 
-namespace velmorant {
+namespace velmorant::metrics {
+using format::FormatTools;
 
 using platform::Date;
 using platform::Dictionary;
@@ -219,4 +220,4 @@ GroupMetrics::Record GroupMetrics::returnPreviousSleepBank() {
     return record;
 }
 
-}  // namespace velmorant
+}  // namespace velmorant::metrics

@@ -1,7 +1,7 @@
 // Blood oxygen, respiration rate and wrist temperature records.
 #include "metrics/GroupMetrics.h"
 
-namespace velmorant {
+namespace velmorant::metrics {
 
 using platform::Dictionary;
 using platform::stringWithFormat;
@@ -213,4 +213,4 @@ GroupMetrics::Record GroupMetrics::requestWristTemp() {
     return record;
 }
 
-}  // namespace velmorant
+}  // namespace velmorant::metrics

@@ -7,7 +7,7 @@
 #include <optional>
 #include <string_view>
 
-namespace velmorant {
+namespace velmorant::palette {
 namespace {
 
 constexpr std::string_view kThemeKey = "darkTheme6";
@@ -105,4 +105,4 @@ void Pallet::restoreTheme() {
     readTheme();
 }
 
-}  // namespace velmorant
+}  // namespace velmorant::palette

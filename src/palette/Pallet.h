@@ -9,7 +9,7 @@
 #include <optional>
 #include <string>
 
-namespace velmorant {
+namespace velmorant::palette {
 
 // The extension's palette: the theme in force, the user's five rating hues and
 // heart-rate thresholds, every fixed colour, the scales that rate a metric
@@ -193,4 +193,4 @@ private:
     bool temporaryDark_ = false;
 };
 
-}  // namespace velmorant
+}  // namespace velmorant::palette

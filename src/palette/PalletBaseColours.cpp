@@ -1,6 +1,6 @@
 #include "palette/Pallet.h"
 
-namespace velmorant {
+namespace velmorant::palette {
 
 using platform::Colour;
 
@@ -82,4 +82,4 @@ Colour Pallet::spO2TintBad() const { return lightRatingColour(50); }
 Colour Pallet::respRateTintGood() const { return lightRatingColour(110); }
 Colour Pallet::respRateTintBad() const { return lightRatingColour(50); }
 
-}  // namespace velmorant
+}  // namespace velmorant::palette

@@ -7,7 +7,7 @@
 // literals: the double ones are deliberate and decide which band a float that
 // lies next to the bound falls in.
 
-namespace velmorant {
+namespace velmorant::palette {
 
 using platform::Colour;
 
@@ -234,4 +234,4 @@ std::string Pallet::textForSpeedZone(long zone) const {
     return platform_.localizedString(key, "");
 }
 
-}  // namespace velmorant
+}  // namespace velmorant::palette

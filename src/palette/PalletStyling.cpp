@@ -2,7 +2,7 @@
 
 #include <memory>
 
-namespace velmorant {
+namespace velmorant::palette {
 
 using platform::Colour;
 using platform::ControlState;
@@ -69,4 +69,4 @@ Colour Pallet::innerShadeForType(float type) const {
     return hsb(193, darkTheme_ ? 0.92 : 0.0, (darkTheme_ ? 0.05 : 0.9) + step);
 }
 
-}  // namespace velmorant
+}  // namespace velmorant::palette

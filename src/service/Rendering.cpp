@@ -15,6 +15,9 @@
 #include <mutex>
 
 namespace velmorant::service {
+using intents::kIntentTypeNames;
+using snippet_ui::SleepMetricsUI;
+
 namespace {
 
 class StageTimer {

@@ -3,7 +3,7 @@
 #include <cmath>
 #include <numbers>
 
-namespace velmorant::gauge {
+namespace velmorant::snippet_ui::gauge {
 
 using platform::Colour;
 using platform::LineCap;
@@ -168,4 +168,4 @@ void GaugeFrame::strokeArc(double radius, double startAngle, double endAngle, do
     target_->strokeArc(centre(), radius, startAngle, endAngle, {width, cap, colour, shadow_});
 }
 
-}  // namespace velmorant::gauge
+}  // namespace velmorant::snippet_ui::gauge

@@ -15,7 +15,7 @@
 #include <string>
 #include <string_view>
 
-namespace velmorant::gauge {
+namespace velmorant::snippet_ui::gauge {
 
 // Where a dial value v in 0...1 points: the scale covers 0.8 of a turn from
 // down-left (0) over the top (0.5) to down-right (1), leaving the bottom open.
@@ -133,4 +133,4 @@ private:
     float rangeWidth_;  // the 24-hour band's width
 };
 
-}  // namespace velmorant::gauge
+}  // namespace velmorant::snippet_ui::gauge

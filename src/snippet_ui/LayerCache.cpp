@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <cstring>
 
-namespace velmorant {
+namespace velmorant::snippet_ui {
 
 LayerKey& LayerKey::add(double number) {
     char bytes[sizeof number];
@@ -59,4 +59,4 @@ void LayerCache::draw(platform::Canvas& canvas, const LayerKey& key, const platf
     canvas.drawLayer(*kept_.front().image, drawn);
 }
 
-}  // namespace velmorant
+}  // namespace velmorant::snippet_ui

@@ -11,7 +11,7 @@
 #include <string>
 #include <string_view>
 
-namespace velmorant {
+namespace velmorant::snippet_ui {
 
 // What a layer was drawn from: which picture, and every colour, figure and
 // name its steps use.
@@ -56,4 +56,4 @@ private:
     std::list<LayerKey> seen_;
 };
 
-}  // namespace velmorant
+}  // namespace velmorant::snippet_ui

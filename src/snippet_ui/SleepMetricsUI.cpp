@@ -2,7 +2,10 @@
 
 #include <cmath>
 
-namespace velmorant {
+namespace velmorant::snippet_ui {
+using format::FormatTools;
+using metrics::GroupMetrics;
+using palette::Pallet;
 
 using platform::Colour;
 
@@ -52,4 +55,4 @@ Colour SleepMetricsUI::textColour() const { return Colour::colorWithHue(55.0 / 3
 Colour SleepMetricsUI::subtleTextColour() const { return Colour::colorWithHue(55.0 / 360, 0.05, 0.67, 1); }
 Colour SleepMetricsUI::verySubtleTextColour() const { return Colour::colorWithHue(55.0 / 360, 0.05, 0.55, 1); }
 
-}  // namespace velmorant
+}  // namespace velmorant::snippet_ui

@@ -19,7 +19,7 @@
 #include <string>
 #include <string_view>
 
-namespace velmorant {
+namespace velmorant::snippet_ui {
 
 // Turns the metric records of `GroupMetrics` into what snippets and widgets
 // show: display labels, colour codes, and the gauge and ring pictures drawn in
@@ -118,7 +118,7 @@ private:
     // A figure as a float: NaN reads as 0 and beyond the float range it is held at the largest float.
     static float held(double value);
     // The readiness and sleep-fuel record (legend 2 and 1) made from their source.
-    Record scoreRecord(const GroupMetrics::Record& source, std::int64_t legend);
+    Record scoreRecord(const metrics::GroupMetrics::Record& source, std::int64_t legend);
     // Widget-facing operations say which widget is asking before their request.
     void setWidgetFlags(bool accessory);
     // The record's picture, or the "WidgetWait" placeholder.
@@ -126,13 +126,13 @@ private:
 
     // Members made on first use.
     platform::PreferencesStore& groupPrefs();
-    FormatTools& formatTools();
-    Pallet& pallet();
-    GroupMetrics& groupMetrics();
+    format::FormatTools& formatTools();
+    palette::Pallet& pallet();
+    metrics::GroupMetrics& groupMetrics();
 
     // The drawings themselves, given all they show: the recharge rings on the
     // dark palette with the sleep goal in hours, the bed clock at `now`.
-    platform::ImagePtr drawRechargeRings(Pallet& darkPalette, float size, float sleepPercent, float bankPercent,
+    platform::ImagePtr drawRechargeRings(palette::Pallet& darkPalette, float size, float sleepPercent, float bankPercent,
                                          float goalHours);
     static void drawHourMarks(platform::Canvas& canvas, platform::Point centre, float radius, float width,
                               float goal, const platform::Colour& colour);
@@ -150,11 +150,11 @@ private:
 
     platform::Platform& platform_;
     std::shared_ptr<platform::PreferencesStore> groupPrefs_;
-    std::unique_ptr<FormatTools> formatTools_;
-    std::unique_ptr<Pallet> pallet_;
-    std::unique_ptr<GroupMetrics> groupMetrics_;
+    std::unique_ptr<format::FormatTools> formatTools_;
+    std::unique_ptr<palette::Pallet> pallet_;
+    std::unique_ptr<metrics::GroupMetrics> groupMetrics_;
     // What the pictures draw the same every time, kept per size and scale.
     LayerCache layers_;
 };
 
-}  // namespace velmorant
+}  // namespace velmorant::snippet_ui

@@ -6,7 +6,8 @@
 // The bed clock: a 24-hour dial with the planned sleep span, a wedge from now
 // round to bedtime, a bedtime hand and a hand for the current time.
 
-namespace velmorant {
+namespace velmorant::snippet_ui {
+using palette::Pallet;
 
 using platform::Canvas;
 using platform::Colour;
@@ -150,4 +151,4 @@ void SleepMetricsUI::drawClockHours(Canvas& layer, float c) const {
     layer.fillPath();
 }
 
-}  // namespace velmorant
+}  // namespace velmorant::snippet_ui

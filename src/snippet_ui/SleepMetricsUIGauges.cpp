@@ -7,7 +7,8 @@
 
 #include <cmath>
 
-namespace velmorant {
+namespace velmorant::snippet_ui {
+using palette::Pallet;
 
 using gauge::GaugeFrame;
 using platform::Colour;
@@ -159,4 +160,4 @@ platform::ImagePtr SleepMetricsUI::drawWristTempGaugeWithSize(float size, const 
     return gauge.finish();
 }
 
-}  // namespace velmorant
+}  // namespace velmorant::snippet_ui

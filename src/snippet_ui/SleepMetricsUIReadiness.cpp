@@ -2,7 +2,8 @@
 #include "snippet_ui/GaugeFrame.h"
 #include "snippet_ui/SleepMetricsUI.h"
 
-namespace velmorant {
+namespace velmorant::snippet_ui {
+using palette::Pallet;
 
 using gauge::GaugeFrame;
 
@@ -38,4 +39,4 @@ platform::ImagePtr SleepMetricsUI::drawReadiRingsWithSize(float size, float valu
     return gauge.finish();
 }
 
-}  // namespace velmorant
+}  // namespace velmorant::snippet_ui

@@ -6,7 +6,8 @@
 // The recharge rings: last night's sleep (outer) and the sleep bank (inner),
 // each a fraction of the sleep goal, over a track divided into the goal's hours.
 
-namespace velmorant {
+namespace velmorant::snippet_ui {
+using palette::Pallet;
 
 using platform::Canvas;
 using platform::Colour;
@@ -116,4 +117,4 @@ void SleepMetricsUI::drawHourMarks(Canvas& canvas, Point centre, float radius, f
     }
 }
 
-}  // namespace velmorant
+}  // namespace velmorant::snippet_ui

@@ -8,7 +8,8 @@
 // The sleep-rings picture: four progress rings with a glyph at each tip and,
 // in the middle, the night's rating as a ring and a number.
 
-namespace velmorant {
+namespace velmorant::snippet_ui {
+using palette::Pallet;
 
 using platform::ArcStroke;
 using platform::Canvas;
@@ -151,4 +152,4 @@ platform::ImagePtr SleepMetricsUI::drawSleepRingsWithSize(float size, float slee
     return canvas.makeImage();
 }
 
-}  // namespace velmorant
+}  // namespace velmorant::snippet_ui

@@ -8,7 +8,10 @@
 #include <cmath>
 #include <limits>
 
-namespace velmorant {
+namespace velmorant::snippet_ui {
+using format::FormatTools;
+using metrics::GroupMetrics;
+using palette::Pallet;
 
 using platform::Date;
 using platform::Dictionary;
@@ -171,4 +174,4 @@ SleepMetricsUI::Record SleepMetricsUI::requestConsistency() {
     return record;
 }
 
-}  // namespace velmorant
+}  // namespace velmorant::snippet_ui

@@ -8,7 +8,8 @@
 #include <cmath>
 #include <limits>
 
-namespace velmorant {
+namespace velmorant::snippet_ui {
+using metrics::GroupMetrics;
 
 using platform::Colour;
 using platform::Dictionary;
@@ -112,4 +113,4 @@ SleepMetricsUI::Record SleepMetricsUI::scoreRecord(const GroupMetrics::Record& s
     return record;
 }
 
-}  // namespace velmorant
+}  // namespace velmorant::snippet_ui

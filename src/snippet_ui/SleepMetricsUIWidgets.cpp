@@ -7,7 +7,7 @@
 #include <utility>
 #include <vector>
 
-namespace velmorant {
+namespace velmorant::snippet_ui {
 
 using platform::Dictionary;
 using platform::PreferencesStore;
@@ -183,4 +183,4 @@ platform::ImagePtr SleepMetricsUI::swiftBedtimeImage() {
     return imageOrWait(requestLatestBedtime());
 }
 
-}  // namespace velmorant
+}  // namespace velmorant::snippet_ui

@@ -10,6 +10,12 @@
 #include <cmath>
 
 using namespace velmorant;
+using intents::ExtensionContext;
+using intents::IntentViewController;
+using intents::Interaction;
+using intents::InteractiveBehavior;
+using intents::ParameterSet;
+using intents::makeIntent;
 using platform::Point;
 using platform::Rect;
 using platform::Rgba;

@@ -172,13 +172,13 @@ TEST(DemoNight, EverySnippetHasDataAtAnyHour) {
         platform.setNow(*now);
         velmorant::demo::installDemoStores(platform);
         std::vector<std::string> withData;
-        for (std::string_view intent : velmorant::kIntentTypeNames)
+        for (std::string_view intent : velmorant::intents::kIntentTypeNames)
             withData.push_back(cli::showSnippet(platform, intent, 390).spoken);
         auto shared = platform.suiteNamed(platform::kAppGroupSuite);
         for (const auto& [key, value] : shared->dictionaryRepresentation()) shared->removeObjectForKey(key);
-        for (std::size_t i = 0; i < std::size(velmorant::kIntentTypeNames); ++i)
-            EXPECT_NE(withData[i], cli::showSnippet(platform, velmorant::kIntentTypeNames[i], 390).spoken)
-                << velmorant::kIntentTypeNames[i];
+        for (std::size_t i = 0; i < std::size(velmorant::intents::kIntentTypeNames); ++i)
+            EXPECT_NE(withData[i], cli::showSnippet(platform, velmorant::intents::kIntentTypeNames[i], 390).spoken)
+                << velmorant::intents::kIntentTypeNames[i];
     }
 }
 

@@ -20,6 +20,7 @@
 namespace {
 
 using namespace velmorant;
+using intents::kIntentTypeNames;
 using cli::ParamType;
 using platform::Dictionary;
 using platform::Value;

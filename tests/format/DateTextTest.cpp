@@ -3,6 +3,8 @@
 #include <gtest/gtest.h>
 
 namespace velmorant::testing {
+using format::FormatTools;
+
 namespace {
 
 using TextOp = std::string (FormatTools::*)(platform::Date);

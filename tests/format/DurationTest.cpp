@@ -6,6 +6,8 @@
 #include <cmath>
 
 namespace velmorant::testing {
+using format::FormatTools;
+
 namespace {
 
 using DurationOp = std::string (FormatTools::*)(double);

@@ -38,11 +38,11 @@ struct Fixture {
         : platform(std::make_unique<platform::Platform>(platform::PlatformOptions{
               .now = setup.now, .timeZoneId = setup.zone, .localeId = setup.locale,
               .preferredLanguages = setup.languages})),
-          tools(std::make_unique<FormatTools>(*platform)) {
+          tools(std::make_unique<format::FormatTools>(*platform)) {
         if (setup.nightHour) platform->standardUserDefaults()->setObject(*setup.nightHour, "nightHour11");
     }
     std::unique_ptr<platform::Platform> platform;
-    std::unique_ptr<FormatTools> tools;
+    std::unique_ptr<format::FormatTools> tools;
 };
 
 }  // namespace velmorant::testing

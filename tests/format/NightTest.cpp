@@ -3,6 +3,8 @@
 #include <gtest/gtest.h>
 
 namespace velmorant::testing {
+using format::FormatTools;
+
 namespace {
 
 constexpr const char* kNY = "America/New_York";

@@ -3,6 +3,12 @@
 #include <gtest/gtest.h>
 
 using namespace velmorant;
+using intents::ExtensionContext;
+using intents::IntentViewController;
+using intents::Interaction;
+using intents::InteractiveBehavior;
+using intents::ParameterSet;
+using intents::makeIntent;
 
 namespace {
 

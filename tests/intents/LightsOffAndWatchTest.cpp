@@ -9,6 +9,8 @@
 #include <vector>
 
 using namespace velmorant;
+using intents::HandleLightsOff;
+using intents::WatchMetrics;
 using namespace velmorant::testing;
 
 namespace {

@@ -1,6 +1,8 @@
 #include "SnippetChecks.h"
 
 using namespace velmorant;
+using intents::IntentViewController;
+using snippet_ui::SleepMetricsUI;
 using namespace velmorant::testing;
 
 namespace {

@@ -55,12 +55,12 @@ inline platform::Colour expectedTint(const Tint& tint, platform::Platform& platf
     using platform::Colour;
     if (const auto* fixed = std::get_if<Colour>(&tint)) return *fixed;
     const char* key = std::get<const char*>(tint);
-    SleepMetricsUI ui(platform);
-    const SleepMetricsUI::Record record = intent == "ReadinessIntent" ? ui.requestReadiness()
+    snippet_ui::SleepMetricsUI ui(platform);
+    const snippet_ui::SleepMetricsUI::Record record = intent == "ReadinessIntent" ? ui.requestReadiness()
                                         : intent == "SleepFuelIntent" ? ui.requestOctane()
                                         : intent == "WristTempIntent" ? ui.requestWristTemp()
                                         : intent == "SleepRingsIntent" ? ui.requestQuality()
-                                                                       : SleepMetricsUI::Record(ui.requestSleepBankRings());
+                                                                       : snippet_ui::SleepMetricsUI::Record(ui.requestSleepBankRings());
     const platform::Value* value = record ? record->objectForKey(key) : nullptr;
     const auto colour = value ? value->colour() : std::nullopt;
     // A record colour is a rating, never the no-data grey.
@@ -75,7 +75,7 @@ inline void runCases(const std::vector<SnippetCase>& cases) {
         SnippetFiles files;
         files.write(storeFor(c.store));
         auto platform = files.platform(c.locale);
-        IntentViewController controller(*platform, {});
+        intents::IntentViewController controller(*platform, {});
         const bool lights = c.intent == "LightsOffIntent";
         const platform::View* picture = controller.views().view(lights ? "lamp" : "ringsImage");
         const platform::ImagePtr firstImage = picture->image();

@@ -9,6 +9,8 @@
 #include <limits>
 
 using namespace velmorant;
+using intents::IntentViewController;
+using intents::kIntentTypeNames;
 using namespace velmorant::testing;
 
 namespace {

@@ -79,11 +79,11 @@ private:
 };
 
 // Shows `intent` on `controller`; the height reported.
-inline double show(IntentViewController& controller, std::string_view intent) {
+inline double show(intents::IntentViewController& controller, std::string_view intent) {
     double height = 0;
-    controller.configureViewForParameters({}, Interaction{makeIntent(intent)}, InteractiveBehavior::None,
+    controller.configureViewForParameters({}, intents::Interaction{intents::makeIntent(intent)}, intents::InteractiveBehavior::None,
                                           &controller.extensionContext(),
-                                          [&](bool, const ParameterSet&, platform::Size size) { height = size.height; });
+                                          [&](bool, const intents::ParameterSet&, platform::Size size) { height = size.height; });
     return height;
 }
 
@@ -109,7 +109,7 @@ inline Dictionary storeFor(Store store) {
     return shared;
 }
 
-inline std::string textOf(const IntentViewController& controller, std::string_view view) {
+inline std::string textOf(const intents::IntentViewController& controller, std::string_view view) {
     const auto& text = controller.views().view(view)->text();
     return text ? *text : "<none>";
 }

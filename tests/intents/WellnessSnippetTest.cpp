@@ -1,6 +1,7 @@
 #include "SnippetChecks.h"
 
 using namespace velmorant;
+using intents::IntentViewController;
 using namespace velmorant::testing;
 
 namespace {

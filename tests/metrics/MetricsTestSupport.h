@@ -33,11 +33,11 @@ protected:
         options.timeZoneId = "America/New_York";
         options.localeId = localeId;
         platform_ = std::make_unique<platform::Platform>(std::move(options));
-        m = std::make_unique<GroupMetrics>(*platform_);
+        m = std::make_unique<metrics::GroupMetrics>(*platform_);
     }
     std::shared_ptr<platform::PreferencesStore> store() { return platform_->suiteNamed(platform::kAppGroupSuite); }
     void put(std::string_view key, Value value) { store()->setObject(value, key); }
-    std::string dayTime(Date d) { return FormatTools(*platform_).dayTime(d); }
+    std::string dayTime(Date d) { return format::FormatTools(*platform_).dayTime(d); }
 
     static std::string text(const Dictionary& r, std::string_view key) {
         const Value* v = r.objectForKey(key);
@@ -54,7 +54,7 @@ protected:
     }
 
     std::unique_ptr<platform::Platform> platform_;
-    std::unique_ptr<GroupMetrics> m;
+    std::unique_ptr<metrics::GroupMetrics> m;
 };
 
 }  // namespace velmorant::testing

@@ -3,6 +3,8 @@
 #include <gmock/gmock.h>
 
 namespace velmorant {
+using palette::Pallet;
+
 namespace {
 
 using palette_test::makePlatform;

@@ -1,6 +1,8 @@
 #include "PalletTesting.h"
 
 namespace velmorant {
+using palette::Pallet;
+
 namespace {
 
 using palette_test::expectHsb;

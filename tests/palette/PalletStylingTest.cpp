@@ -3,6 +3,8 @@
 #include "platform/graphics/Image.h"
 
 namespace velmorant {
+using palette::Pallet;
+
 namespace {
 
 using palette_test::expectHsb;

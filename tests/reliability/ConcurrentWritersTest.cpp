@@ -17,6 +17,7 @@
 namespace {
 
 using namespace velmorant;
+using metrics::GroupMetrics;
 using platform::Dictionary;
 using platform::FilePreferencesStore;
 using platform::Value;

@@ -20,6 +20,7 @@
 namespace {
 
 using namespace velmorant;
+using metrics::GroupMetrics;
 using platform::Dictionary;
 using platform::Value;
 using fuzz::readFileBytes;

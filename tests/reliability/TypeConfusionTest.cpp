@@ -20,6 +20,15 @@
 namespace {
 
 using namespace velmorant;
+using intents::ExtensionContext;
+using intents::IntentViewController;
+using intents::Interaction;
+using intents::InteractiveBehavior;
+using intents::ParameterSet;
+using intents::kIntentTypeNames;
+using intents::makeIntent;
+using metrics::GroupMetrics;
+using palette::Pallet;
 using platform::Date;
 using platform::Dictionary;
 using platform::Value;

@@ -10,6 +10,8 @@
 #include <limits>
 
 namespace velmorant::testing {
+using snippet_ui::SleepMetricsUI;
+
 namespace {
 
 using platform::ImagePtr;

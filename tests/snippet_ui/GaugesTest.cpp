@@ -7,6 +7,8 @@
 #include <vector>
 
 namespace velmorant::testing {
+using palette::Pallet;
+
 namespace {
 
 enum class Dial { SpO2, Resp, Consistency, Wrist, Readiness, Fuel, ReadinessBare };

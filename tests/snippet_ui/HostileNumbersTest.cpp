@@ -13,6 +13,8 @@
 #include <vector>
 
 namespace velmorant::testing {
+using snippet_ui::SleepMetricsUI;
+
 namespace {
 
 using platform::Date;

@@ -10,6 +10,9 @@
 #include <filesystem>
 
 namespace velmorant {
+using snippet_ui::LayerCache;
+using snippet_ui::LayerKey;
+
 namespace {
 
 using platform::Canvas;

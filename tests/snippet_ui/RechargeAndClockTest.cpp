@@ -7,6 +7,8 @@
 #include <vector>
 
 namespace velmorant::testing {
+using palette::Pallet;
+
 namespace {
 
 const Rgba kWhite{1, 1, 1, 1};

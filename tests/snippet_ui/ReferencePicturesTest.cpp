@@ -19,6 +19,8 @@
 #include <string>
 
 namespace velmorant::testing {
+using snippet_ui::SleepMetricsUI;
+
 namespace {
 
 using platform::Dictionary;

@@ -5,6 +5,10 @@
 #include <set>
 
 namespace velmorant::testing {
+using format::FormatTools;
+using metrics::GroupMetrics;
+using snippet_ui::SleepMetricsUI;
+
 namespace {
 
 using platform::Date;

@@ -7,6 +7,8 @@
 #include <vector>
 
 namespace velmorant::testing {
+using palette::Pallet;
+
 namespace {
 
 constexpr double kPi = std::numbers::pi;

@@ -44,13 +44,13 @@ protected:
         options.diagnostics = [this](std::string_view line) { reported.emplace_back(line); };
         platform_ = std::make_unique<platform::Platform>(std::move(options));
         if (demo) demo::installDemoStores(*platform_);
-        ui = std::make_unique<SleepMetricsUI>(*platform_);
+        ui = std::make_unique<snippet_ui::SleepMetricsUI>(*platform_);
     }
 
     std::shared_ptr<platform::PreferencesStore> store() { return platform_->suiteNamed(platform::kAppGroupSuite); }
     void put(std::string_view key, Value value) { store()->setObject(std::move(value), key); }
     // A palette on the same stores, for the colours a picture should show.
-    Pallet pallet() { return Pallet(*platform_); }
+    palette::Pallet pallet() { return palette::Pallet(*platform_); }
 
     static Rgba rgb(const Colour& colour) { return colour.rgba(); }
     // `top` laid over an opaque `bottom` with `top`'s alpha.
@@ -83,7 +83,7 @@ protected:
 
     std::vector<std::string> reported;
     std::unique_ptr<platform::Platform> platform_;
-    std::unique_ptr<SleepMetricsUI> ui;
+    std::unique_ptr<snippet_ui::SleepMetricsUI> ui;
 };
 
 }  // namespace velmorant::testing

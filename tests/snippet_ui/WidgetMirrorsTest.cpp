@@ -10,6 +10,8 @@
 #include <memory>
 
 namespace velmorant {
+using snippet_ui::SleepMetricsUI;
+
 namespace {
 
 using platform::Dictionary;

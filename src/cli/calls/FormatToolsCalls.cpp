@@ -3,6 +3,8 @@
 #include "format/FormatTools.h"
 
 namespace velmorant::cli {
+using format::FormatTools;
+
 namespace {
 
 constexpr const char* kClass = "FormatTools";

@@ -2,6 +2,7 @@
 #include "metrics/GroupMetrics.h"
 
 namespace velmorant::cli {
+using metrics::GroupMetrics;
 
 namespace {
 

@@ -2,6 +2,7 @@
 #include "intents/HandleLightsOff.h"
 
 namespace velmorant::cli {
+using intents::HandleLightsOff;
 
 void registerHandleLightsOffCalls(CallRegistry& registry) {
     registry.add("HandleLightsOff", "turnLightsOff", {}, [](platform::Platform& p, const CallArgs&) -> CallResult {

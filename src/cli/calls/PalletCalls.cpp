@@ -4,6 +4,8 @@
 #include <utility>
 
 namespace velmorant::cli {
+using palette::Pallet;
+
 namespace {
 
 using platform::Colour;

@@ -10,6 +10,8 @@
 #include <utility>
 
 namespace velmorant::cli {
+using snippet_ui::SleepMetricsUI;
+
 namespace {
 
 using platform::Colour;

@@ -2,6 +2,7 @@
 #include "intents/WatchMetrics.h"
 
 namespace velmorant::cli {
+using intents::WatchMetrics;
 
 void registerWatchMetricsCalls(CallRegistry& registry) {
     // This machine has no paired watch, so the context is only kept.
