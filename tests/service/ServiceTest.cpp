@@ -293,10 +293,12 @@ TEST(Service, StopFinishesRendersUnderWayAndRefusesNewOnes) {
         return running.client().Post("/v1/snippets/SleepRingsIntent.png?width=600&scale=4", R"({"shared": {}})",
                                      "application/json");
     });
-    // Until the render has started.
+    // Until the render has started: on a loaded machine the request may take a while to arrive.
     auto client = running.client();
-    for (int i = 0; i < 200 && client.Get("/metrics")->body.find("velmorant_busy_workers 1") == std::string::npos; ++i)
-        std::this_thread::sleep_for(std::chrono::milliseconds(5));
+    auto busy = [&] { return client.Get("/metrics")->body.find("velmorant_busy_workers 1") != std::string::npos; };
+    bool renderStarted = busy();
+    for (int i = 0; i < 2000 && !renderStarted; ++i, renderStarted = busy()) std::this_thread::sleep_for(std::chrono::milliseconds(5));
+    ASSERT_TRUE(renderStarted) << "the render never started";
     auto started = std::chrono::steady_clock::now();
     std::thread stopper([&] { running.service().stop(); });
     std::this_thread::sleep_for(std::chrono::milliseconds(20));
