@@ -54,14 +54,9 @@ std::unique_ptr<icu::SimpleDateFormat> makeFormat(const icu::TimeZone& timeZone,
     return format;
 }
 
-const TimeZone& gmt() {
-    static const TimeZone zone = *TimeZone::named("GMT");
-    return zone;
-}
-
 }  // namespace
 
-ISO8601DateFormatter::ISO8601DateFormatter() : timeZone_(gmt()) {}
+ISO8601DateFormatter::ISO8601DateFormatter() : timeZone_(*TimeZone::named("GMT")) {}
 
 ISO8601DateFormatter::~ISO8601DateFormatter() = default;
 
