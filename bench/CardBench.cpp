@@ -9,7 +9,7 @@
 #include "cli/SnippetCard.h"
 #include "demo/DemoData.h"
 #include "intents/IntentViewController.h"
-#include "platform/graphics/Image.h"
+#include "platform/graphics/detail/ImageSurface.h"
 #include "platform/graphics/PngWriter.h"
 #include "platform/views/ViewRenderer.h"
 
@@ -145,7 +145,7 @@ cairo_status_t appendTo(void* closure, const unsigned char* data, unsigned int l
 
 std::string cairoPng(const platform::Image& image) {
     std::string png;
-    cairo_surface_write_to_png_stream(image.surface(), appendTo, &png);
+    cairo_surface_write_to_png_stream(cairoSurface(image), appendTo, &png);
     return png;
 }
 

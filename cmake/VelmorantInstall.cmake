@@ -23,9 +23,6 @@ foreach(layer platform format palette metrics snippet_ui intents demo)
   install(DIRECTORY ${PROJECT_SOURCE_DIR}/src/${layer} DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/velmorant
           FILES_MATCHING PATTERN "*.h" PATTERN "detail" EXCLUDE)
 endforeach()
-# Image.h and FontSystem.h still hand out Cairo and Pango handles, owned by these RAII types.
-install(FILES ${PROJECT_SOURCE_DIR}/src/platform/graphics/detail/CHandles.h
-        DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/velmorant/platform/graphics/detail)
 
 install(EXPORT VelmorantTargets NAMESPACE Velmorant:: DESTINATION ${VELMORANT_PACKAGE_DIR})
 configure_package_config_file(${PROJECT_SOURCE_DIR}/cmake/VelmorantConfig.cmake.in

@@ -3,7 +3,7 @@
 #include "Arguments.h"
 #include "GalleryHtml.h"
 #include "GalleryManifest.h"
-#include "ValueJson.h"
+#include "detail/ValueJson.h"
 #include "WidgetPictures.h"
 #include "intents/IntentViewController.h"
 #include "metrics/GroupMetrics.h"
@@ -213,7 +213,7 @@ std::vector<GalleryPicture> drawSnippets(platform::Platform& platform, const fs:
         const SnippetEntry& entry = kSnippets[i];
         std::string stem = folder + "/" + entry.intent;
         SnippetCard card = showSnippet(platform, entry.intent, width, gallery / (stem + ".png"));
-        writeFile(gallery / (stem + ".json"), card.record.dump(1) + "\n");
+        writeFile(gallery / (stem + ".json"), card.record + "\n");
         pictures.push_back({stem + ".png", stem + ".json", entry.title, entry.intent, card.spoken, card.size});
         releaseFreedMemory();
     }
@@ -339,7 +339,7 @@ fs::path writeGallery(platform::Platform& platform, const GalleryOptions& option
                     mirrorTable("With an empty store", mirrors["empty"])};
     writeFile(gallery / page.mirrorsFile, mirrors.dump(1) + "\n");
     addItems(manifest, page, gallery);
-    writeFile(gallery / std::string(review::kManifestFile), review::toJson(manifest).dump(1) + "\n");
+    writeFile(gallery / std::string(review::kManifestFile), review::manifestText(manifest));
     progress << "gallery: writing index.html" << std::endl;
     writeFile(gallery / "index.html", galleryHtml(page));
     staging.commit();

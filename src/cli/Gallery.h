@@ -43,9 +43,6 @@ void checkGalleryFolder(const std::filesystem::path& dir);
 std::filesystem::path writeGallery(platform::Platform& platform, const GalleryOptions& options,
                                    std::ostream& progress);
 
-// A widget mirrors' table for the index page: keys with their values as text.
-MirrorTable mirrorTable(std::string title, const nlohmann::json& keys);
-
 // Replaces what the stores of `to` hold with what the stores of `from` hold.
 void copyStores(platform::Platform& from, platform::Platform& to);
 

@@ -1,7 +1,7 @@
 #include "GalleryManifest.h"
 
 #include "Gallery.h"
-#include "ValueJson.h"
+#include "detail/ValueJson.h"
 #include "review/Digest.h"
 #include "review/Inputs.h"
 
@@ -80,7 +80,8 @@ void addItems(review::Manifest& manifest, const GalleryPage& page, const fs::pat
                               page.mirrorsFile, "", "", page.mirrorsFile, digestOf(gallery, page.mirrorsFile), "", 0, 0});
 }
 
-GalleryPage pageFromManifest(const review::Manifest& manifest, const json& mirrors) {
+GalleryPage pageFromManifest(const review::Manifest& manifest, std::string_view mirrorsText) {
+    const json mirrors = mirrorsText.empty() ? json::object() : json::parse(mirrorsText);
     GalleryPage page;
     page.facts = manifest.facts;
     page.contentLanguage = manifest.language;

@@ -5,6 +5,7 @@
 #include "review/Manifest.h"
 
 #include <filesystem>
+#include <string_view>
 
 namespace velmorant::cli {
 
@@ -18,6 +19,7 @@ review::Manifest startManifest(platform::Platform& platform, double width);
 void addItems(review::Manifest& manifest, const GalleryPage& page, const std::filesystem::path& gallery);
 
 // The index page's contents for a gallery's manifest and its mirrors table.
-GalleryPage pageFromManifest(const review::Manifest& manifest, const nlohmann::json& mirrors);
+// `mirrors` is mirrors.json's text, empty for none.
+GalleryPage pageFromManifest(const review::Manifest& manifest, std::string_view mirrors);
 
 }  // namespace velmorant::cli

@@ -9,7 +9,7 @@
 #include "IsoDate.h"
 #include "SnippetCard.h"
 #include "Serve.h"
-#include "ValueJson.h"
+#include "detail/ValueJson.h"
 #include "platform/graphics/Image.h"
 
 #include <unistd.h>
@@ -235,7 +235,7 @@ int runShow(const CommandLine& line, std::ostream& out) {
         };
     }
     SnippetOptions snippet{.width = width, .pngFile = png.value_or(fs::path()), .images = writer};
-    out << showSnippet(*platform, line.positional[0], snippet).record.dump(1) << '\n';
+    out << showSnippet(*platform, line.positional[0], snippet).record << '\n';
     return 0;
 }
 

@@ -72,7 +72,7 @@ int runAccept(const std::vector<std::string>& positional, const review::ReviewOp
     std::vector<std::string> names(positional.begin() + 2, positional.end());
     auto accepted = asUsageError([&] {
         return review::acceptItems(positional[0], positional[1], names, options,
-                                   [](const review::Manifest& manifest, const nlohmann::json& mirrors) {
+                                   [](const review::Manifest& manifest, std::string_view mirrors) {
                                        return galleryHtml(pageFromManifest(manifest, mirrors));
                                    });
     });

@@ -1,5 +1,7 @@
 #include "SnippetCard.h"
 
+#include "detail/ValueJson.h"
+
 #include "intents/IntentViewController.h"
 #include "platform/views/Accessibility.h"
 #include "platform/store/PlistCodec.h"
@@ -60,10 +62,11 @@ SnippetCard showSnippet(platform::Platform& platform, std::string_view intent, c
                                            card.spoken, &error);
         if (card.png.empty()) throw std::runtime_error("cannot draw the card: " + error);
     }
-    card.record = {{"success", success},
+    json record = {{"success", success},
                    {"size", {{"width", number(card.size.width, false)}, {"height", number(card.size.height, false)}}},
                    {"views", views},
                    {"accessibility", card.spoken}};
+    card.record = record.dump(1);
     return card;
 }
 
@@ -89,7 +92,7 @@ Card CardRenderer::render(const CardRequest& request) {
         if (request.standardStore) fillStore(*platform.standardUserDefaults(), *request.standardStore, "standard");
     }
     SnippetCard card = showSnippet(platform, request.intent, {.width = request.width, .pngInMemory = request.png});
-    return {card.record.dump(1), std::move(card.png)};
+    return {std::move(card.record), std::move(card.png)};
 }
 
 }  // namespace velmorant::cli

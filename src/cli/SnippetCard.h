@@ -1,12 +1,9 @@
 #pragma once
 
-#include "ValueJson.h"
 #include "platform/core/Date.h"
 #include "platform/core/Geometry.h"
 #include "platform/services/Platform.h"
 #include "platform/views/ViewTree.h"
-
-#include <nlohmann/json.hpp>
 
 #include <filesystem>
 #include <functional>
@@ -17,10 +14,13 @@
 
 namespace velmorant::cli {
 
+// Names the file an image was written to, or none when images are not written.
+using ImageWriter = std::function<std::optional<std::string>(const platform::Image&, const std::string& hint)>;
+
 // One snippet filled for an intent as the host would ask for it.
 struct SnippetCard {
-    // {"success", "size", "views", "accessibility"}, as `show` prints it.
-    nlohmann::json record;
+    // {"success", "size", "views", "accessibility"}, as `show` prints it (JSON text).
+    std::string record;
     // What a screen reader says for the card.
     std::string spoken;
     platform::Size size;

@@ -1,4 +1,4 @@
-#include "ValueJson.h"
+#include "detail/ValueJson.h"
 
 #include "platform/graphics/Image.h"
 

@@ -8,6 +8,8 @@
 #include "platform/text/Text.h"
 #include "platform/core/Value.h"
 
+#include <unicode/utf8.h>
+
 #include <climits>
 #include <cmath>
 #include <vector>

@@ -83,17 +83,17 @@ std::vector<std::string> acceptItems(const fs::path& newDir, const fs::path& bas
     std::string marker = readBytes(baselineDir / kGalleryMarker);
     replaceFolder(target, [&](const fs::path& staging) {
         writeFileAtomically(staging / kGalleryMarker, marker);
-        nlohmann::json mirrors = nlohmann::json::object();
+        std::string_view mirrors;
         for (const ManifestItem& item : manifest.items) {
             for (auto [file, digest] : {std::pair{&item.picture, &item.pictureDigest}, {&item.record, &item.recordDigest}}) {
                 if (file->empty()) continue;
                 const std::string& bytes = bytesOf(*file, *digest, newer, baseline);
                 fs::create_directories((staging / *file).parent_path());
                 writeFileAtomically(staging / *file, bytes);
-                if (item.section == "mirrors") mirrors = nlohmann::json::parse(bytes);
+                if (item.section == "mirrors") mirrors = bytes;
             }
         }
-        writeFileAtomically(staging / kManifestFile, toJson(manifest).dump(1) + "\n");
+        writeFileAtomically(staging / kManifestFile, manifestText(manifest));
         writeFileAtomically(staging / "index.html", indexPage(manifest, mirrors));
     });
     return {chosen.begin(), chosen.end()};

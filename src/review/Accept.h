@@ -6,12 +6,13 @@
 #include <filesystem>
 #include <functional>
 #include <string>
+#include <string_view>
 #include <vector>
 
 namespace velmorant::review {
 
-// The gallery's index page for a manifest and its mirrors table.
-using IndexPageWriter = std::function<std::string(const Manifest&, const nlohmann::json& mirrors)>;
+// The gallery's index page for a manifest and its mirrors table (mirrors.json's text, empty for none).
+using IndexPageWriter = std::function<std::string(const Manifest&, std::string_view mirrors)>;
 
 // Copies items of the gallery `newDir` into the gallery `baselineDir`: those
 // named (an item such as "snippets/SleepSpO2Intent", or a card such as

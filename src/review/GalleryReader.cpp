@@ -42,13 +42,7 @@ Manifest readManifest(const fs::path& dir) {
     if (!fs::exists(file, ec))
         throw BadInput(dir.string() + ": a gallery from an earlier version, without " + std::string(kManifestFile) +
                        "; draw it again");
-    nlohmann::json json;
-    try {
-        json = nlohmann::json::parse(readBytes(file));
-    } catch (const std::exception& e) {
-        throw BadInput(file.string() + ": not readable JSON (" + e.what() + ")");
-    }
-    return manifestFromJson(json, file.string());
+    return parseManifest(readBytes(file), file.string());
 }
 
 GalleryContents readGallery(const fs::path& dir) {

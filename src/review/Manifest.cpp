@@ -2,6 +2,8 @@
 
 #include "BadInput.h"
 
+#include <nlohmann/json.hpp>
+
 namespace velmorant::review {
 
 using json = nlohmann::json;
@@ -11,6 +13,8 @@ const ManifestItem* Manifest::find(std::string_view id) const {
         if (item.id == id) return &item;
     return nullptr;
 }
+
+namespace {
 
 json toJson(const Manifest& m) {
     json items = json::array();
@@ -55,6 +59,20 @@ Manifest manifestFromJson(const json& j, const std::string& where) {
     } catch (const json::exception& e) {
         throw BadInput(where + ": not a gallery manifest (" + e.what() + ")");
     }
+}
+
+}  // namespace
+
+std::string manifestText(const Manifest& manifest) { return toJson(manifest).dump(1) + "\n"; }
+
+Manifest parseManifest(std::string_view text, const std::string& where) {
+    json j;
+    try {
+        j = json::parse(text);
+    } catch (const std::exception& e) {
+        throw BadInput(where + ": not readable JSON (" + e.what() + ")");
+    }
+    return manifestFromJson(j, where);
 }
 
 }  // namespace velmorant::review

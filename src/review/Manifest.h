@@ -1,7 +1,5 @@
 #pragma once
 
-#include <nlohmann/json.hpp>
-
 #include <map>
 #include <string>
 #include <string_view>
@@ -51,8 +49,9 @@ struct Manifest {
     const ManifestItem* find(std::string_view id) const;
 };
 
-nlohmann::json toJson(const Manifest& manifest);
-// Throws BadInput naming `where` when the JSON is not a manifest this program writes.
-Manifest manifestFromJson(const nlohmann::json& json, const std::string& where);
+// manifest.json's text, as a gallery holds it.
+std::string manifestText(const Manifest& manifest);
+// Throws BadInput naming `where` when the text is not readable JSON or not a manifest this program writes.
+Manifest parseManifest(std::string_view text, const std::string& where);
 
 }  // namespace velmorant::review

@@ -1,4 +1,4 @@
-#include "RecordCompare.h"
+#include "detail/RecordJson.h"
 
 #include <algorithm>
 #include <cmath>

@@ -1,7 +1,5 @@
 #pragma once
 
-#include <nlohmann/json.hpp>
-
 #include <string>
 #include <vector>
 
@@ -19,12 +17,5 @@ struct FieldChange {
     // "sleepTimeLabel text 7h 36m → 7h 40m".
     std::string words() const;
 };
-
-// Compares two view records as `show` prints them, view by view and field by field.
-std::vector<FieldChange> compareViewRecords(const nlohmann::json& before, const nlohmann::json& after);
-
-// Compares two widget-mirror tables (mirrors.json) key by key, with the night's
-// results and with an empty store.
-std::vector<FieldChange> compareMirrors(const nlohmann::json& before, const nlohmann::json& after);
 
 }  // namespace velmorant::review

@@ -1,6 +1,7 @@
 #include "Review.h"
 
 #include "BadInput.h"
+#include "detail/RecordJson.h"
 
 #include <cstdio>
 

@@ -3,7 +3,7 @@
 #include "StoreReading.h"
 #include "cli/Gallery.h"
 #include "cli/IsoDate.h"
-#include "cli/ValueJson.h"
+#include "cli/detail/ValueJson.h"
 #include "cli/WidgetPictures.h"
 #include "intents/Intents.h"
 #include "platform/graphics/FontSystem.h"
@@ -129,7 +129,7 @@ RenderOutput render(const RenderTask& task, WorkerTools& tools, Metrics& metrics
     cli::SnippetCard card = cli::showSnippet(*platform, task.name, snippet);
     if (task.product == Product::CardJson) {
         timer.mark(Stage::Records);
-        output = {"application/json", card.record.dump(1) + "\n"};
+        output = {"application/json", card.record + "\n"};
     }
     return output;
 }

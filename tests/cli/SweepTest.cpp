@@ -7,7 +7,7 @@
 #include "RunProgram.h"
 
 #include "cli/CallRegistry.h"
-#include "cli/ValueJson.h"
+#include "cli/detail/ValueJson.h"
 #include "demo/DemoData.h"
 #include "intents/Intents.h"
 #include "platform/graphics/Canvas.h"

@@ -96,14 +96,14 @@ TEST(Duration, FormatterSettingsCombine) {
         {F::UnitsStyle::Positional, F::Pad, F::Day | F::Hour, 0, 90000, "1d 1h"},
     };
     for (const auto& c : cases) {
-        F formatter(icu::Locale("en_US"));
+        F formatter(platform::Locale("en_US"));
         formatter.setUnitsStyle(c.style);
         formatter.setZeroFormattingBehavior(c.zero);
         formatter.setAllowedUnits(c.units);
         formatter.setMaximumUnitCount(c.maximum);
         EXPECT_EQ(formatter.stringFromTimeInterval(c.seconds), c.expected) << c.seconds;
     }
-    F formatter(icu::Locale("en_US"));
+    F formatter(platform::Locale("en_US"));
     EXPECT_EQ(formatter.stringFromTimeInterval(INFINITY), std::nullopt);
     EXPECT_EQ(formatter.stringFromTimeInterval(1e300), std::nullopt);
 }

@@ -18,7 +18,7 @@ mv "$prefix" "$work/moved" && prefix=$work/moved
 [[ -f $prefix/include/velmorant/snippet_ui/SleepMetricsUI.h ]] || fail "upper-layer headers missing"
 # Of the headers used only inside the platform, just the C handles that Image.h still needs.
 installed_detail=$(cd "$prefix/include/velmorant" && find . -path '*/detail/*' -type f | sort | tr '\n' ' ')
-[[ "$installed_detail" == "./platform/graphics/detail/CHandles.h " ]] || fail "detail headers installed: $installed_detail"
+[[ -z "$installed_detail" ]] || fail "detail headers installed: $installed_detail"
 [[ -f $prefix/share/velmorant/resources/fonts/fonts.conf ]] || fail "resources missing"
 
 program=$prefix/bin/velmorant-snippet

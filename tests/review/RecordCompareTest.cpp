@@ -1,4 +1,4 @@
-#include "review/RecordCompare.h"
+#include "review/detail/RecordJson.h"
 #include "review/Review.h"
 
 #include <gtest/gtest.h>

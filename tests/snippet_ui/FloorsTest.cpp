@@ -3,7 +3,7 @@
 // way by more than the step breaks one of the two.
 #include "SnippetUiTestSupport.h"
 
-#include <cairo.h>
+#include "platform/graphics/detail/ImageSurface.h"
 
 #include <cstring>
 #include <functional>
@@ -19,12 +19,12 @@ using platform::ImagePtr;
 // Whether two pictures have the same size and the same bytes in every pixel.
 bool samePixels(const platform::Image& a, const platform::Image& b) {
     if (a.pixelWidth() != b.pixelWidth() || a.pixelHeight() != b.pixelHeight()) return false;
-    cairo_surface_flush(a.surface());
-    cairo_surface_flush(b.surface());
-    const int stride = cairo_image_surface_get_stride(a.surface());
-    if (stride != cairo_image_surface_get_stride(b.surface())) return false;
-    const unsigned char* pa = cairo_image_surface_get_data(a.surface());
-    const unsigned char* pb = cairo_image_surface_get_data(b.surface());
+    cairo_surface_flush(cairoSurface(a));
+    cairo_surface_flush(cairoSurface(b));
+    const int stride = cairo_image_surface_get_stride(cairoSurface(a));
+    if (stride != cairo_image_surface_get_stride(cairoSurface(b))) return false;
+    const unsigned char* pa = cairo_image_surface_get_data(cairoSurface(a));
+    const unsigned char* pb = cairo_image_surface_get_data(cairoSurface(b));
     for (int y = 0; y < a.pixelHeight(); ++y)
         if (std::memcmp(pa + std::size_t(y) * stride, pb + std::size_t(y) * stride, std::size_t(a.pixelWidth()) * 4))
             return false;

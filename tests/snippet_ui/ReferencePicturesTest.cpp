@@ -5,8 +5,7 @@
 #include "demo/DemoData.h"
 #include "snippet_ui/SleepMetricsUI.h"
 
-#include "platform/graphics/detail/CHandles.h"
-#include "platform/graphics/Image.h"
+#include "platform/graphics/detail/ImageSurface.h"
 #include "platform/graphics/PngWriter.h"
 
 #include <gtest/gtest.h>
@@ -126,7 +125,7 @@ TEST_P(ReferencePicturesTest, EveryDrawingLooksAsItDid) {
             }
             platform::SurfacePtr kept(cairo_image_surface_create_from_png(path.c_str()));
             ASSERT_EQ(cairo_surface_status(kept.get()), CAIRO_STATUS_SUCCESS) << "cannot read " << path;
-            const int difference = largestDifference(image->surface(), kept.get());
+            const int difference = largestDifference(cairoSurface(*image), kept.get());
             EXPECT_GE(difference, 0) << picture.name << " at scale " << scale << ": size changed";
             EXPECT_LE(difference, kTolerance) << picture.name << " at scale " << scale << ", round " << round;
             RecordProperty(std::string(picture.name) + "@" + std::to_string(static_cast<int>(scale)), difference);

@@ -1,8 +1,8 @@
 #include "platform/graphics/Canvas.h"
 
 #include "platform/graphics/detail/CHandles.h"
-#include "platform/graphics/FontSystem.h"
-#include "platform/graphics/Image.h"
+#include "platform/graphics/detail/FontLayout.h"
+#include "platform/graphics/detail/ImageSurface.h"
 #include "platform/graphics/detail/ShadowMask.h"
 
 #include <pango/pangocairo.h>
@@ -324,7 +324,7 @@ void Canvas::drawLayer(const Image& layer, Rect within) {
     cairo_clip(cr);
     // On a canvas nothing has been drawn on yet, over is a copy: the cheapest.
     if (impl.drawn.empty()) cairo_set_operator(cr, CAIRO_OPERATOR_SOURCE);
-    cairo_set_source_surface(cr, layer.surface(), 0, 0);
+    cairo_set_source_surface(cr, cairoSurface(layer), 0, 0);
     cairo_paint(cr);
     impl.markDrawn(box);
 }
@@ -401,7 +401,7 @@ void Canvas::drawImage(const ImagePtr& image, Rect rect) {
         CairoSaved saved(target);
         cairo_translate(target, r.x, r.y);
         cairo_scale(target, sx, sy);
-        cairo_set_source_surface(target, image->surface(), 0, 0);
+        cairo_set_source_surface(target, cairoSurface(*image), 0, 0);
         cairo_pattern_t* source = cairo_get_source(target);
         // Pad keeps the edges sharp; a scaled image is filtered, not sampled.
         cairo_pattern_set_extend(source, CAIRO_EXTEND_PAD);
@@ -412,7 +412,7 @@ void Canvas::drawImage(const ImagePtr& image, Rect rect) {
 }
 
 Size Canvas::sizeWithAttributes(std::string_view text, const TextAttributes& attributes) const {
-    GObjectPtr<PangoLayout> layout = impl_->fonts.layoutInPixels(attributes.font, impl_->scale);
+    GObjectPtr<PangoLayout> layout = layoutInPixels(impl_->fonts, attributes.font, impl_->scale);
     pango_layout_set_text(layout.get(), validText(text).get(), -1);
     PangoRectangle logical;
     pango_layout_get_extents(layout.get(), nullptr, &logical);
@@ -425,7 +425,7 @@ void Canvas::drawAtPoint(std::string_view text, Point point, const TextAttribute
     Point p = impl_->clamped(point);
     double scale = impl_->scale;
     // Laid out at the final pixel size: bitmap glyphs are scaled, not redrawn.
-    GObjectPtr<PangoLayout> layout = impl_->fonts.layoutInPixels(attributes.font, scale);
+    GObjectPtr<PangoLayout> layout = layoutInPixels(impl_->fonts, attributes.font, scale);
     pango_layout_set_text(layout.get(), validText(text).get(), -1);
     PangoRectangle ink, logical;
     pango_layout_get_pixel_extents(layout.get(), &ink, &logical);
@@ -453,7 +453,7 @@ void Canvas::drawAtPoint(std::string_view text, Point point, const TextAttribute
 ImagePtr Canvas::makeImage() {
     Impl& impl = *impl_;
     cairo_surface_flush(impl.surface.get());
-    ImagePtr image = Image::adopt(std::move(impl.surface), impl.size, impl.scale);
+    ImagePtr image = adoptSurface(std::move(impl.surface), impl.size, impl.scale);
     // The canvas is left empty: drawing after this point goes nowhere.
     impl.surface.reset(cairo_image_surface_create(CAIRO_FORMAT_ARGB32, 0, 0));
     impl.cr.reset(cairo_create(impl.surface.get()));
@@ -517,7 +517,7 @@ constexpr double kMaxBlockPixels = 1 << 20;
 // A block wrapped at `width` points in at most `lines` lines (0: any), laid out in device pixels.
 GObjectPtr<PangoLayout> blockLayout(const FontSystem& fonts, double scale, std::string_view text, double width,
                                     int lines, const TextAttributes& attributes) {
-    GObjectPtr<PangoLayout> layout = fonts.layoutInPixels(attributes.font, scale);
+    GObjectPtr<PangoLayout> layout = layoutInPixels(fonts, attributes.font, scale);
     pango_layout_set_text(layout.get(), validText(text).get(), -1);
     double pixels = finite(width) ? std::clamp(width * scale, 0.0, kMaxBlockPixels) : kMaxBlockPixels;
     pango_layout_set_width(layout.get(), static_cast<int>(pixels * PANGO_SCALE));

@@ -1,8 +1,12 @@
 #include "platform/graphics/FontSystem.h"
 
+#include "platform/graphics/detail/FontLayout.h"
+
+#include <pango/pangocairo.h>
 #include <pango/pangofc-fontmap.h>
 
 #include <cmath>
+#include <map>
 #include <stdexcept>
 
 namespace velmorant::platform {
@@ -38,9 +42,26 @@ FontDescriptionPtr describe(const Font& font, double pixelsPerPoint) {
     return description;
 }
 
+// Empties the font map's caches, which hold it in a cycle, then lets it go.
+struct FontMapRelease {
+    void operator()(PangoFontMap* fontMap) const noexcept {
+        if (!fontMap) return;
+        pango_fc_font_map_shutdown(PANGO_FC_FONT_MAP(fontMap));
+        g_object_unref(fontMap);
+    }
+};
+
 }  // namespace
 
-FontSystem::FontSystem(const std::filesystem::path& fontsConf) {
+struct FontSystem::Impl {
+    GObjectPtr<PangoContext> makeContext() const;
+
+    std::unique_ptr<PangoFontMap, FontMapRelease> fontMap;
+    // Line heights already measured, by size and weight: measuring shapes sample text.
+    mutable std::map<std::pair<double, FontWeight>, double> lineHeights;
+};
+
+FontSystem::FontSystem(const std::filesystem::path& fontsConf) : impl_(std::make_unique<Impl>()) {
     FcConfigPtr config(FcConfigCreate());
     if (!FcConfigParseAndLoad(config.get(), reinterpret_cast<const FcChar8*>(fontsConf.c_str()), FcTrue) ||
         !FcConfigBuildFonts(config.get())) {
@@ -51,18 +72,14 @@ FontSystem::FontSystem(const std::filesystem::path& fontsConf) {
     // and font caches on a helper thread (a quarter of the font set-up time
     // and its memory), only to never use them.
     FcConfigSetCurrent(config.get());
-    fontMap_.reset(pango_cairo_font_map_new_for_font_type(CAIRO_FONT_TYPE_FT));
-    pango_fc_font_map_set_config(PANGO_FC_FONT_MAP(fontMap_.get()), config.get());  // takes its own reference
+    impl_->fontMap.reset(pango_cairo_font_map_new_for_font_type(CAIRO_FONT_TYPE_FT));
+    pango_fc_font_map_set_config(PANGO_FC_FONT_MAP(impl_->fontMap.get()), config.get());  // takes its own reference
 }
 
-void FontSystem::FontMapRelease::operator()(PangoFontMap* fontMap) const noexcept {
-    if (!fontMap) return;
-    pango_fc_font_map_shutdown(PANGO_FC_FONT_MAP(fontMap));
-    g_object_unref(fontMap);
-}
+FontSystem::~FontSystem() = default;
 
-GObjectPtr<PangoContext> FontSystem::makeContext() const {
-    GObjectPtr<PangoContext> context(pango_font_map_create_context(fontMap_.get()));
+GObjectPtr<PangoContext> FontSystem::Impl::makeContext() const {
+    GObjectPtr<PangoContext> context(pango_font_map_create_context(fontMap.get()));
     // Metrics are not hinted to a pixel grid, so a run's size scales with the font.
     FontOptionsPtr options(cairo_font_options_create());
     cairo_font_options_set_hint_metrics(options.get(), CAIRO_HINT_METRICS_OFF);
@@ -71,8 +88,8 @@ GObjectPtr<PangoContext> FontSystem::makeContext() const {
     return context;
 }
 
-GObjectPtr<PangoLayout> FontSystem::layoutInPixels(const Font& font, double pixelsPerPoint) const {
-    GObjectPtr<PangoContext> context = makeContext();
+GObjectPtr<PangoLayout> layoutInPixels(const FontSystem& fonts, const Font& font, double pixelsPerPoint) {
+    GObjectPtr<PangoContext> context = fonts.impl().makeContext();
     GObjectPtr<PangoLayout> layout(pango_layout_new(context.get()));
     pango_layout_set_font_description(layout.get(), describe(font, pixelsPerPoint).get());
     return layout;
@@ -80,14 +97,14 @@ GObjectPtr<PangoLayout> FontSystem::layoutInPixels(const Font& font, double pixe
 
 double FontSystem::lineHeight(const Font& font) const {
     auto key = std::make_pair(font.size, font.weight);
-    if (auto it = lineHeights_.find(key); it != lineHeights_.end()) return it->second;
-    GObjectPtr<PangoContext> context = makeContext();
+    if (auto it = impl_->lineHeights.find(key); it != impl_->lineHeights.end()) return it->second;
+    GObjectPtr<PangoContext> context = impl_->makeContext();
     FontDescriptionPtr description = describe(font, 1);
     FontMetricsPtr metrics(pango_context_get_metrics(context.get(), description.get(), nullptr));
     double height = static_cast<double>(pango_font_metrics_get_ascent(metrics.get()) +
                                         pango_font_metrics_get_descent(metrics.get())) /
                     PANGO_SCALE;
-    lineHeights_.emplace(key, height);
+    impl_->lineHeights.emplace(key, height);
     return height;
 }
 

@@ -1,12 +1,8 @@
 #pragma once
 
-#include "platform/graphics/detail/CHandles.h"
 #include "platform/graphics/Font.h"
 
-#include <pango/pangocairo.h>
-
 #include <filesystem>
-#include <map>
 #include <memory>
 
 namespace velmorant::platform {
@@ -17,25 +13,20 @@ class FontSystem {
 public:
     // Throws std::runtime_error when the font configuration cannot be loaded.
     explicit FontSystem(const std::filesystem::path& fontsConf);
+    ~FontSystem();
     FontSystem(const FontSystem&) = delete;
     FontSystem& operator=(const FontSystem&) = delete;
 
-    // A layout in device pixels: the system font at `font`'s size (points) x
-    // `pixelsPerPoint` and its weight, for a context with an identity matrix.
-    GObjectPtr<PangoLayout> layoutInPixels(const Font& font, double pixelsPerPoint) const;
     // The system font's line height (ascent + descent) at `font`'s size, in points.
     double lineHeight(const Font& font) const;
 
-private:
-    // Empties the font map's caches, which hold it in a cycle, then lets it go.
-    struct FontMapRelease {
-        void operator()(PangoFontMap* fontMap) const noexcept;
-    };
+    // The font map and what was measured with it, which the platform's own
+    // sources lay text out with (platform/graphics/detail/FontLayout.h).
+    struct Impl;
+    const Impl& impl() const { return *impl_; }
 
-    GObjectPtr<PangoContext> makeContext() const;
-    std::unique_ptr<PangoFontMap, FontMapRelease> fontMap_;
-    // Line heights already measured, by size and weight: measuring shapes sample text.
-    mutable std::map<std::pair<double, FontWeight>, double> lineHeights_;
+private:
+    std::unique_ptr<Impl> impl_;
 };
 
 }  // namespace velmorant::platform

@@ -1,6 +1,5 @@
 #pragma once
 
-#include "platform/graphics/detail/CHandles.h"
 #include "platform/core/Colour.h"
 #include "platform/core/Geometry.h"
 
@@ -19,11 +18,7 @@ public:
     // pixels. None when the size or scale is not finite or negative, or when
     // Cairo cannot make a bitmap that large.
     static std::shared_ptr<Image> create(Size points, double scale);
-    // Takes ownership of an ARGB32 surface whose pixel size is points x scale;
-    // none (the surface released) when the surface is in an error state.
-    static std::shared_ptr<Image> adopt(cairo_surface_t* surface, Size points, double scale);
-    static std::shared_ptr<Image> adopt(SurfacePtr surface, Size points, double scale);
-
+    ~Image();
     Image(const Image&) = delete;
     Image& operator=(const Image&) = delete;
 
@@ -31,7 +26,6 @@ public:
     double scale() const { return scale_; }
     int pixelWidth() const;
     int pixelHeight() const;
-    cairo_surface_t* surface() const { return surface_.get(); }
     // The colour of the pixel under `point` (in points), unpremultiplied,
     // components 0...1; transparent outside the bitmap.
     Rgba pixelAt(Point point) const;
@@ -43,10 +37,15 @@ public:
     // Writes the bitmap as PNG; on failure returns false and says why.
     bool writePng(const std::filesystem::path& path, std::string* error = nullptr) const;
 
+    // The bitmap, which the platform's own sources unwrap (platform/graphics/detail/ImageSurface.h).
+    struct Impl;
+    const Impl& impl() const { return *impl_; }
+    // Takes the bitmap of `impl`, whose pixel size is points x scale; none when it is in an error state.
+    static std::shared_ptr<Image> adopt(std::unique_ptr<Impl> impl, Size points, double scale);
+
 private:
-    Image(SurfacePtr surface, Size points, double scale)
-        : surface_(std::move(surface)), size_(points), scale_(scale) {}
-    SurfacePtr surface_;
+    Image(std::unique_ptr<Impl> impl, Size points, double scale);
+    std::unique_ptr<Impl> impl_;
     Size size_;
     double scale_;
     std::optional<std::string> name_;

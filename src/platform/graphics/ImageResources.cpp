@@ -1,7 +1,7 @@
 #include "platform/graphics/ImageResources.h"
 
 #include "platform/graphics/detail/CHandles.h"
-#include "platform/graphics/Image.h"
+#include "platform/graphics/detail/ImageSurface.h"
 
 #include <librsvg/rsvg.h>
 
@@ -47,7 +47,7 @@ ImagePtr loadNamedImage(const std::filesystem::path& imagesDir, std::string_view
         diagnostics.report("image " + file.string() + " is too large to draw at scale " + std::to_string(scale));
         return nullptr;
     }
-    CairoPtr cr(cairo_create(image->surface()));
+    CairoPtr cr(cairo_create(cairoSurface(*image)));
     cairo_scale(cr.get(), scale, scale);
     RsvgRectangle viewport{0, 0, width, height};
     if (!rsvg_handle_render_document(handle.get(), cr.get(), &viewport, error.out())) {

@@ -1,7 +1,7 @@
 #include "platform/graphics/PngWriter.h"
 
 #include "platform/graphics/detail/CHandles.h"
-#include "platform/graphics/Image.h"
+#include "platform/graphics/detail/ImageSurface.h"
 
 #include <spng.h>
 #include <zlib.h>
@@ -49,10 +49,10 @@ struct Pixels {
     int width, height, stride;
 
     explicit Pixels(const Image& image)
-        : data(cairo_image_surface_get_data(image.surface())),
+        : data(cairo_image_surface_get_data(cairoSurface(image))),
           width(image.pixelWidth()),
           height(image.pixelHeight()),
-          stride(cairo_image_surface_get_stride(image.surface())) {}
+          stride(cairo_image_surface_get_stride(cairoSurface(image))) {}
     const std::uint32_t* row(int y) const { return reinterpret_cast<const std::uint32_t*>(data + std::size_t(y) * stride); }
 
     bool opaque() const {
@@ -184,7 +184,7 @@ bool PngEncoder::append(const Image& band, int rows) {
     if (band.pixelWidth() != impl.width) return impl.fail("a band is not as wide as the picture");
     rows = rows < 0 ? band.pixelHeight() : std::min(rows, band.pixelHeight());
     if (impl.rowsWritten + rows > impl.height) return impl.fail("more rows than the picture has");
-    cairo_surface_flush(band.surface());
+    cairo_surface_flush(cairoSurface(band));
     Pixels pixels(band);
     for (int y = 0; y < rows; ++y) {
         if (impl.alpha) convertRow(pixels.row(y), pixels.width, impl.row.data());
@@ -222,7 +222,7 @@ const std::string& PngEncoder::error() const { return impl_->error; }
 std::string PngEncoder::bytes() const { return impl_->bytes; }
 
 bool isOpaque(const Image& image) {
-    cairo_surface_flush(image.surface());
+    cairo_surface_flush(cairoSurface(image));
     return Pixels(image).opaque();
 }
 

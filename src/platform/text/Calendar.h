@@ -4,15 +4,8 @@
 #include "platform/text/Locale.h"
 #include "platform/text/TimeZone.h"
 
-#include <unicode/locid.h>
-#include <unicode/timezone.h>
-
 #include <memory>
 #include <optional>
-
-U_NAMESPACE_BEGIN
-class Calendar;
-U_NAMESPACE_END
 
 namespace velmorant::platform {
 
@@ -36,13 +29,10 @@ struct DateComponents {
 // one).
 class Calendar {
 public:
-    explicit Calendar(const icu::TimeZone& timeZone, const icu::Locale& locale = icu::Locale("en_US_POSIX"));
     explicit Calendar(const TimeZone& timeZone, const Locale& locale = Locale::posix());
     ~Calendar();
     Calendar(const Calendar&) = delete;
     Calendar& operator=(const Calendar&) = delete;
-
-    const icu::TimeZone& timeZone() const;
 
     // Year, month, day, hour, minute, second and weekday of a date; the part
     // of a second is not kept. None for a date beyond the calendar's range.
@@ -54,7 +44,8 @@ public:
     std::optional<Date> dateByAddingDays(Date date, long days) const;
 
 private:
-    std::unique_ptr<icu::Calendar> calendar_;
+    struct Impl;
+    std::unique_ptr<Impl> impl_;
 };
 
 }  // namespace velmorant::platform

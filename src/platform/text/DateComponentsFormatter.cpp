@@ -11,6 +11,7 @@
 
 #include <cmath>
 #include <cstdint>
+#include <map>
 #include <vector>
 
 namespace velmorant::platform {
@@ -79,29 +80,37 @@ bool isClockRun(const std::vector<Part>& parts) {
 
 }  // namespace
 
-DateComponentsFormatter::DateComponentsFormatter(const icu::Locale& locale) : locale_(locale) {}
-DateComponentsFormatter::DateComponentsFormatter(const Locale& locale) : locale_(icuLocale(locale)) {}
+struct DateComponentsFormatter::Impl {
+    explicit Impl(const icu::Locale& locale) : locale(locale) {}
+
+    icu::MeasureFormat* measureFormat(UMeasureFormatWidth width) {
+        auto& format = measureFormats[width];
+        if (!format) {
+            UErrorCode status = U_ZERO_ERROR;
+            format = std::make_unique<icu::MeasureFormat>(locale, width, status);
+            if (U_FAILURE(status)) format.reset();
+        }
+        return format.get();
+    }
+
+    icu::NumberFormat* numberFormat() {
+        if (!number) {
+            UErrorCode status = U_ZERO_ERROR;
+            number.reset(icu::NumberFormat::createInstance(locale, status));
+            if (U_FAILURE(status)) number.reset();
+        }
+        return number.get();
+    }
+
+    const icu::Locale locale;
+    std::map<UMeasureFormatWidth, std::unique_ptr<icu::MeasureFormat>> measureFormats;
+    std::unique_ptr<icu::NumberFormat> number;
+};
+
+DateComponentsFormatter::DateComponentsFormatter(const Locale& locale)
+    : locale_(locale), impl_(std::make_unique<Impl>(icuLocale(locale))) {}
 
 DateComponentsFormatter::~DateComponentsFormatter() = default;
-
-icu::MeasureFormat* DateComponentsFormatter::measureFormat(int width) {
-    auto& format = measureFormats_[width];
-    if (!format) {
-        UErrorCode status = U_ZERO_ERROR;
-        format = std::make_unique<icu::MeasureFormat>(locale_, static_cast<UMeasureFormatWidth>(width), status);
-        if (U_FAILURE(status)) format.reset();
-    }
-    return format.get();
-}
-
-icu::NumberFormat* DateComponentsFormatter::numberFormat() {
-    if (!numberFormat_) {
-        UErrorCode status = U_ZERO_ERROR;
-        numberFormat_.reset(icu::NumberFormat::createInstance(locale_, status));
-        if (U_FAILURE(status)) numberFormat_.reset();
-    }
-    return numberFormat_.get();
-}
 
 std::optional<std::string> DateComponentsFormatter::stringFromTimeInterval(double seconds) {
     if (!std::isfinite(seconds) || std::fabs(seconds) >= kLargestInterval) return std::nullopt;
@@ -133,11 +142,11 @@ std::optional<std::string> DateComponentsFormatter::stringFromTimeInterval(doubl
     icu::UnicodeString text;
     if (positional && (shown.size() == 1 || isClockRun(shown))) {
         if (shown.size() == 1) {
-            icu::NumberFormat* format = numberFormat();
+            icu::NumberFormat* format = impl_->numberFormat();
             if (!format) return std::nullopt;
             format->format(static_cast<int64_t>(shown.front().value), text);
         } else {
-            icu::MeasureFormat* format = measureFormat(UMEASFMT_WIDTH_NUMERIC);
+            icu::MeasureFormat* format = impl_->measureFormat(UMEASFMT_WIDTH_NUMERIC);
             if (!format) return std::nullopt;
             std::vector<icu::Measure> measures;
             for (const Part& part : shown)
@@ -147,14 +156,14 @@ std::optional<std::string> DateComponentsFormatter::stringFromTimeInterval(doubl
             format->formatMeasures(measures.data(), static_cast<int32_t>(measures.size()), text, position, status);
         }
         if (negative) {
-            icu::DecimalFormatSymbols symbols(locale_, status);
+            icu::DecimalFormatSymbols symbols(impl_->locale, status);
             text.insert(0, symbols.getConstSymbol(icu::DecimalFormatSymbols::kMinusSignSymbol));
         }
     } else {
         UMeasureFormatWidth width = UMEASFMT_WIDTH_NARROW;
         if (unitsStyle_ == UnitsStyle::Full) width = UMEASFMT_WIDTH_WIDE;
         else if (unitsStyle_ == UnitsStyle::Short) width = UMEASFMT_WIDTH_SHORT;
-        icu::MeasureFormat* format = measureFormat(width);
+        icu::MeasureFormat* format = impl_->measureFormat(width);
         if (!format) return std::nullopt;
         std::vector<icu::Measure> measures;
         for (std::size_t i = 0; i < shown.size(); ++i) {

@@ -2,17 +2,9 @@
 
 #include "platform/text/Locale.h"
 
-#include <unicode/locid.h>
-
-#include <map>
 #include <memory>
 #include <optional>
 #include <string>
-
-U_NAMESPACE_BEGIN
-class MeasureFormat;
-class NumberFormat;
-U_NAMESPACE_END
 
 namespace velmorant::platform {
 
@@ -63,7 +55,6 @@ public:
         Pad = 1u << 16,
     };
 
-    explicit DateComponentsFormatter(const icu::Locale& locale);
     explicit DateComponentsFormatter(const Locale& locale);
     ~DateComponentsFormatter();
     DateComponentsFormatter(const DateComponentsFormatter&) = delete;
@@ -84,16 +75,15 @@ public:
     std::optional<std::string> stringFromTimeInterval(double seconds);
 
 private:
-    icu::MeasureFormat* measureFormat(int width);
-    icu::NumberFormat* numberFormat();
+    // ICU's formatters, made when first asked for and kept.
+    struct Impl;
 
-    icu::Locale locale_;
+    Locale locale_;
     long maximumUnitCount_ = 0;
     UnitsStyle unitsStyle_ = UnitsStyle::Positional;
     unsigned zeroFormattingBehavior_ = ZeroDefault;
     unsigned allowedUnits_ = 0;
-    std::map<int, std::unique_ptr<icu::MeasureFormat>> measureFormats_;
-    std::unique_ptr<icu::NumberFormat> numberFormat_;
+    std::unique_ptr<Impl> impl_;
 };
 
 }  // namespace velmorant::platform

@@ -35,45 +35,48 @@ std::string bestPattern(const icu::UnicodeString& skeleton, const icu::Locale& l
 
 }  // namespace
 
-DateFormatter::DateFormatter(const icu::Locale& locale, const icu::TimeZone& timeZone)
-    : locale_(locale), timeZone_(timeZone.clone()) {}
+struct DateFormatter::Impl {
+    Impl(const icu::UnicodeString& pattern, const icu::Locale& locale, UErrorCode& status)
+        : format(pattern, locale, status) {}
+    icu::SimpleDateFormat format;
+};
 
 DateFormatter::DateFormatter(const Locale& locale, const TimeZone& timeZone)
-    : DateFormatter(icuLocale(locale), icuZone(timeZone)) {}
+    : locale_(locale), timeZone_(timeZone) {}
 
 DateFormatter::~DateFormatter() = default;
 
-icu::SimpleDateFormat& DateFormatter::formatter() {
+DateFormatter::Impl& DateFormatter::formatter() {
     if (formatter_) return *formatter_;
-    icu::Locale locale = locale_;
+    icu::Locale locale = icuLocale(locale_);
     UErrorCode status = U_ZERO_ERROR;
     if (!calendar_.empty()) locale.setKeywordValue("calendar", calendar_.c_str(), status);
     status = U_ZERO_ERROR;
-    formatter_ = std::make_unique<icu::SimpleDateFormat>(fromUtf8(pattern_), locale, status);
+    formatter_ = std::make_unique<Impl>(fromUtf8(pattern_), locale, status);
     if (U_FAILURE(status)) {
         // A pattern ICU rejects formats nothing; start from an empty one.
         status = U_ZERO_ERROR;
-        formatter_ = std::make_unique<icu::SimpleDateFormat>(icu::UnicodeString(), locale, status);
+        formatter_ = std::make_unique<Impl>(icu::UnicodeString(), locale, status);
     }
     status = U_ZERO_ERROR;
-    formatter_->adoptCalendar(icu::Calendar::createInstance(timeZone_->clone(), locale, status));
-    formatter_->setLenient(false);
+    formatter_->format.adoptCalendar(icu::Calendar::createInstance(icuZone(timeZone_).clone(), locale, status));
+    formatter_->format.setLenient(false);
     return *formatter_;
 }
 
 void DateFormatter::setDateFormat(std::string_view pattern) {
     pattern_ = std::string(pattern);
-    if (formatter_) formatter_->applyPattern(fromUtf8(pattern_));
+    if (formatter_) formatter_->format.applyPattern(fromUtf8(pattern_));
 }
 
-void DateFormatter::setLocale(const icu::Locale& locale) {
+void DateFormatter::setLocale(const Locale& locale) {
     locale_ = locale;
     formatter_.reset();
 }
 
-void DateFormatter::setTimeZone(const icu::TimeZone& timeZone) {
-    timeZone_.reset(timeZone.clone());
-    if (formatter_) formatter_->setTimeZone(*timeZone_);
+void DateFormatter::setTimeZone(const TimeZone& timeZone) {
+    timeZone_ = timeZone;
+    if (formatter_) formatter_->format.setTimeZone(icuZone(timeZone_));
 }
 
 void DateFormatter::setCalendar(std::string_view identifier) {
@@ -83,7 +86,7 @@ void DateFormatter::setCalendar(std::string_view identifier) {
 
 std::string DateFormatter::stringFromDate(Date date) {
     icu::UnicodeString text;
-    formatter().format(date.icuMillis(), text);
+    formatter().format.format(date.icuMillis(), text);
     text.findAndReplace(icu::UnicodeString(static_cast<UChar32>(0x202F)), icu::UnicodeString(u' '));
     return toUtf8(text);
 }
@@ -91,18 +94,14 @@ std::string DateFormatter::stringFromDate(Date date) {
 std::optional<Date> DateFormatter::dateFromString(std::string_view text) {
     icu::UnicodeString source = fromUtf8(text);
     icu::ParsePosition position(0);
-    UDate millis = formatter().parse(source, position);
+    UDate millis = formatter().format.parse(source, position);
     if (position.getErrorIndex() >= 0 || position.getIndex() == 0 || position.getIndex() != source.length())
         return std::nullopt;
     return Date::fromIcuMillis(millis);
 }
 
-std::string DateFormatter::dateFormatFromTemplate(std::string_view dateTemplate, const icu::Locale& locale) {
-    return bestPattern(fromUtf8(dateTemplate), locale);
-}
-
 std::string DateFormatter::dateFormatFromTemplate(std::string_view dateTemplate, const Locale& locale) {
-    return dateFormatFromTemplate(dateTemplate, icuLocale(locale));
+    return bestPattern(fromUtf8(dateTemplate), icuLocale(locale));
 }
 
 }  // namespace velmorant::platform

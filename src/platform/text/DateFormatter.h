@@ -4,17 +4,10 @@
 #include "platform/text/Locale.h"
 #include "platform/text/TimeZone.h"
 
-#include <unicode/locid.h>
-#include <unicode/timezone.h>
-
 #include <memory>
 #include <optional>
 #include <string>
 #include <string_view>
-
-U_NAMESPACE_BEGIN
-class SimpleDateFormat;
-U_NAMESPACE_END
 
 namespace velmorant::platform {
 
@@ -30,7 +23,6 @@ namespace velmorant::platform {
 // be valid for the calendar and the whole string must be used.
 class DateFormatter {
 public:
-    DateFormatter(const icu::Locale& locale, const icu::TimeZone& timeZone);
     DateFormatter(const Locale& locale, const TimeZone& timeZone);
     ~DateFormatter();
     DateFormatter(const DateFormatter&) = delete;
@@ -39,10 +31,10 @@ public:
     void setDateFormat(std::string_view pattern);
     const std::string& dateFormat() const { return pattern_; }
 
-    void setLocale(const icu::Locale& locale);
-    const icu::Locale& locale() const { return locale_; }
-    void setTimeZone(const icu::TimeZone& timeZone);
-    const icu::TimeZone& timeZone() const { return *timeZone_; }
+    void setLocale(const Locale& locale);
+    const Locale& locale() const { return locale_; }
+    void setTimeZone(const TimeZone& timeZone);
+    const TimeZone& timeZone() const { return timeZone_; }
     // A calendar by CLDR name ("gregorian", "buddhist", ...); empty returns to the locale's own.
     void setCalendar(std::string_view identifier);
     const std::string& calendar() const { return calendar_; }
@@ -53,17 +45,18 @@ public:
 
     // The locale's best pattern for a template of pattern letters ("h:mma" ->
     // "h:mm a" in en_US). Options are those of the phone's call with 0.
-    static std::string dateFormatFromTemplate(std::string_view dateTemplate, const icu::Locale& locale);
     static std::string dateFormatFromTemplate(std::string_view dateTemplate, const Locale& locale);
 
 private:
-    icu::SimpleDateFormat& formatter();
+    // ICU's formatter, made when first used and again after the locale or calendar changes.
+    struct Impl;
+    Impl& formatter();
 
-    icu::Locale locale_;
-    std::unique_ptr<icu::TimeZone> timeZone_;
+    Locale locale_;
+    TimeZone timeZone_;
     std::string calendar_;
     std::string pattern_;
-    std::unique_ptr<icu::SimpleDateFormat> formatter_;
+    std::unique_ptr<Impl> formatter_;
 };
 
 }  // namespace velmorant::platform

@@ -56,20 +56,16 @@ std::unique_ptr<icu::SimpleDateFormat> makeFormat(const icu::TimeZone& timeZone,
 
 }  // namespace
 
-ISO8601DateFormatter::ISO8601DateFormatter() : timeZone_(icu::TimeZone::getGMT()->clone()) {}
+ISO8601DateFormatter::ISO8601DateFormatter() : timeZone_(*TimeZone::named("GMT")) {}
 
 ISO8601DateFormatter::~ISO8601DateFormatter() = default;
 
 std::string ISO8601DateFormatter::stringFromDate(Date date) const {
-    return stringFromDate(date, *timeZone_, options_);
+    return stringFromDate(date, timeZone_, options_);
 }
 
 std::string ISO8601DateFormatter::stringFromDate(Date date, const TimeZone& timeZone, unsigned options) {
-    return stringFromDate(date, icuZone(timeZone), options);
-}
-
-std::string ISO8601DateFormatter::stringFromDate(Date date, const icu::TimeZone& timeZone, unsigned options) {
-    auto format = makeFormat(timeZone, options);
+    auto format = makeFormat(icuZone(timeZone), options);
     if (!format) return {};
     icu::UnicodeString text;
     format->format(date.icuMillis(), text);
@@ -79,7 +75,7 @@ std::string ISO8601DateFormatter::stringFromDate(Date date, const icu::TimeZone&
 }
 
 std::optional<Date> ISO8601DateFormatter::dateFromString(std::string_view text) const {
-    auto format = makeFormat(*timeZone_, options_);
+    auto format = makeFormat(icuZone(timeZone_), options_);
     if (!format) return std::nullopt;
     icu::UnicodeString source =
         fromUtf8(text);

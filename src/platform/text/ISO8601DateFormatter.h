@@ -3,9 +3,6 @@
 #include "platform/core/Date.h"
 #include "platform/text/TimeZone.h"
 
-#include <unicode/timezone.h>
-
-#include <memory>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -39,8 +36,8 @@ public:
     ISO8601DateFormatter(const ISO8601DateFormatter&) = delete;
     ISO8601DateFormatter& operator=(const ISO8601DateFormatter&) = delete;
 
-    const icu::TimeZone& timeZone() const { return *timeZone_; }
-    void setTimeZone(const icu::TimeZone& timeZone) { timeZone_.reset(timeZone.clone()); }
+    const TimeZone& timeZone() const { return timeZone_; }
+    void setTimeZone(const TimeZone& timeZone) { timeZone_ = timeZone; }
     unsigned formatOptions() const { return options_; }
     void setFormatOptions(unsigned options) { options_ = options; }
 
@@ -49,11 +46,10 @@ public:
     std::optional<Date> dateFromString(std::string_view text) const;
 
     // One-off formatting in the given zone, as the phone's class method does.
-    static std::string stringFromDate(Date date, const icu::TimeZone& timeZone, unsigned options);
     static std::string stringFromDate(Date date, const TimeZone& timeZone, unsigned options);
 
 private:
-    std::unique_ptr<icu::TimeZone> timeZone_;
+    TimeZone timeZone_;
     unsigned options_ = WithInternetDateTime;
 };
 

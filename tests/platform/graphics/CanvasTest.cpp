@@ -1,6 +1,6 @@
 #include "platform/graphics/detail/Blur.h"
 #include "platform/graphics/Canvas.h"
-#include "platform/graphics/FontSystem.h"
+#include "platform/graphics/detail/FontLayout.h"
 #include "platform/graphics/Image.h"
 #include "platform/graphics/detail/ShadowMask.h"
 
@@ -234,7 +234,7 @@ TEST(Canvas, TextIsMeasuredAndDrawnFromItsTopLeft) {
 TEST(Canvas, SymbolsAndEmojiHaveGlyphs) {
     for (const char* run : {"☾", "★", "♥", "Z", "7", "⑦", "°", "↗", "↘", "⭒", "😴", "💤", "❤️", "O₂ 98%"}) {
         for (FontWeight weight : {FontWeight::Regular, FontWeight::Heavy}) {
-            auto layout = fonts().layoutInPixels(Font::systemFontOfSize(16, weight), 3);
+            auto layout = layoutInPixels(fonts(), Font::systemFontOfSize(16, weight), 3);
             pango_layout_set_text(layout.get(), run, -1);
             EXPECT_EQ(pango_layout_get_unknown_glyphs_count(layout.get()), 0) << run;
         }

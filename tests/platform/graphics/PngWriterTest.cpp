@@ -1,5 +1,4 @@
-#include "platform/graphics/detail/CHandles.h"
-#include "platform/graphics/Image.h"
+#include "platform/graphics/detail/ImageSurface.h"
 #include "platform/graphics/PngWriter.h"
 
 #include <gtest/gtest.h>
@@ -48,11 +47,11 @@ Decoded decode(const std::string& png) {
 // A 4 x 2 pixel image: premultiplied ARGB words, row by row.
 std::shared_ptr<Image> imageOf(const std::array<std::uint32_t, 8>& pixels) {
     auto image = Image::create({4, 2}, 1);
-    cairo_surface_flush(image->surface());
-    unsigned char* data = cairo_image_surface_get_data(image->surface());
-    int stride = cairo_image_surface_get_stride(image->surface());
+    cairo_surface_flush(cairoSurface(*image));
+    unsigned char* data = cairo_image_surface_get_data(cairoSurface(*image));
+    int stride = cairo_image_surface_get_stride(cairoSurface(*image));
     for (int i = 0; i < 8; ++i) reinterpret_cast<std::uint32_t*>(data + i / 4 * stride)[i % 4] = pixels[i];
-    cairo_surface_mark_dirty(image->surface());
+    cairo_surface_mark_dirty(cairoSurface(*image));
     return image;
 }
 
@@ -95,9 +94,9 @@ TEST(PngWriter, OneTranslucentPixelAnywhereKeepsTheAlpha) {
     for (auto [tx, ty] : translucentAt) {
         SCOPED_TRACE(::testing::Message() << "translucent at " << tx << ", " << ty);
         auto image = Image::create({kWidth, kHeight}, 1);
-        cairo_surface_flush(image->surface());
-        unsigned char* data = cairo_image_surface_get_data(image->surface());
-        const int stride = cairo_image_surface_get_stride(image->surface());
+        cairo_surface_flush(cairoSurface(*image));
+        unsigned char* data = cairo_image_surface_get_data(cairoSurface(*image));
+        const int stride = cairo_image_surface_get_stride(cairoSurface(*image));
         std::vector<std::uint8_t> want;  // straight RGBA
         for (int y = 0; y < kHeight; ++y) {
             for (int x = 0; x < kWidth; ++x) {
@@ -109,7 +108,7 @@ TEST(PngWriter, OneTranslucentPixelAnywhereKeepsTheAlpha) {
                 want.insert(want.end(), {r, g, b, a});
             }
         }
-        cairo_surface_mark_dirty(image->surface());
+        cairo_surface_mark_dirty(cairoSurface(*image));
         const bool opaque = tx < 0;
         EXPECT_EQ(isOpaque(*image), opaque);
         Decoded png = decode(encodePng(*image));
@@ -138,7 +137,7 @@ cairo_status_t appendTo(void* closure, const unsigned char* data, unsigned int l
 TEST(PngWriter, StaysWithinHalfAgainCairosSize) {
     for (auto [opaque, withText] : {std::pair{true, false}, {true, true}, {false, false}, {false, true}}) {
         auto image = Image::create({390, 200}, 3);  // 1170 x 600 pixels
-        CairoPtr context(cairo_create(image->surface()));
+        CairoPtr context(cairo_create(cairoSurface(*image)));
         cairo_t* cr = context.get();
         if (opaque) cairo_set_source_rgb(cr, 0.07, 0.08, 0.12), cairo_paint(cr);
         for (int i = 0; i < 3; ++i) {  // gradient rings
@@ -151,9 +150,9 @@ TEST(PngWriter, StaysWithinHalfAgainCairosSize) {
         cairo_set_source_rgb(cr, 0.95, 0.95, 0.97), cairo_set_font_size(cr, 42);
         for (int line = 0; withText && line < 9; ++line)
             cairo_move_to(cr, 40, 60 + 60 * line), cairo_show_text(cr, "Time asleep 7 h 42 min, 93 % of the sleep you need");
-        cairo_surface_flush(image->surface());
+        cairo_surface_flush(cairoSurface(*image));
         std::string cairo, ours = encodePng(*image);
-        ASSERT_EQ(cairo_surface_write_to_png_stream(image->surface(), appendTo, &cairo), CAIRO_STATUS_SUCCESS);
+        ASSERT_EQ(cairo_surface_write_to_png_stream(cairoSurface(*image), appendTo, &cairo), CAIRO_STATUS_SUCCESS);
         EXPECT_LE(double(ours.size()), 1.5 * double(cairo.size())) << opaque << withText << ": " << ours.size();
         EXPECT_EQ(decode(ours).width, 1170u);
     }

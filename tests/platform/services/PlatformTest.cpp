@@ -1,4 +1,4 @@
-#include "platform/graphics/FontSystem.h"
+#include "platform/graphics/detail/FontLayout.h"
 #include "platform/graphics/Image.h"
 #include "platform/services/Platform.h"
 
@@ -92,7 +92,7 @@ TEST(Platform, NamedImagesAreSharedWhileHeldAndDrawnAgainAfterwards) {
 
 TEST(Platform, PinnedFontsLayOutText) {
     Platform platform(options());
-    GObjectPtr<PangoLayout> layout = platform.fonts().layoutInPixels(Font::boldSystemFontOfSize(20), 1);
+    GObjectPtr<PangoLayout> layout = layoutInPixels(platform.fonts(), Font::boldSystemFontOfSize(20), 1);
     pango_layout_set_text(layout.get(), "O₂ ⑦ ⭤ 💤", -1);
     EXPECT_EQ(pango_layout_get_unknown_glyphs_count(layout.get()), 0);
     auto* first = static_cast<PangoGlyphItem*>(pango_layout_get_line_readonly(layout.get(), 0)->runs->data);

@@ -1,7 +1,6 @@
-#include "platform/graphics/detail/CHandles.h"
 #include "platform/graphics/Canvas.h"
 #include "platform/graphics/FontSystem.h"
-#include "platform/graphics/Image.h"
+#include "platform/graphics/detail/ImageSurface.h"
 #include "platform/views/ViewLayout.h"
 #include "platform/views/ViewRenderer.h"
 #include "platform/views/ViewTree.h"
@@ -154,7 +153,7 @@ TEST(ViewRenderer, TheCardWrittenBandByBandIsTheCardDrawnWhole) {
         Rendered r(width);  // tall enough for several bands, with views across their edges
         ASSERT_TRUE(writeCardPng(r.tree, {width, 180}, 3, fonts(), file, "said", &error)) << error;
         SurfacePtr read(cairo_image_surface_create_from_png(file.c_str()));
-        cairo_surface_t* whole = r.card->surface();
+        cairo_surface_t* whole = cairoSurface(*r.card);
         const int w = r.card->pixelWidth(), h = r.card->pixelHeight(), stride = cairo_image_surface_get_stride(whole);
         ASSERT_EQ(cairo_image_surface_get_width(read.get()), w);
         ASSERT_EQ(cairo_image_surface_get_height(read.get()), h);

@@ -1,17 +1,17 @@
 #pragma once
 
+// Values, views and widget-mirror tables as JSON documents, for the program's own sources.
+
+#include "cli/GalleryHtml.h"
+#include "cli/SnippetCard.h"
 #include "platform/core/Value.h"
 #include "platform/views/View.h"
 
 #include <nlohmann/json.hpp>
 
-#include <filesystem>
-#include <functional>
+#include <string>
 
 namespace velmorant::cli {
-
-// Names the file an image was written to, or none when images are not written.
-using ImageWriter = std::function<std::optional<std::string>(const platform::Image&, const std::string& hint)>;
 
 // A value as the program prints it: numbers as the shortest text that reads
 // back as the same float or double, dates as UTC ISO 8601 under "date",
@@ -27,5 +27,8 @@ nlohmann::json viewToJson(const platform::View& view, const ImageWriter& writeIm
 std::string isoUtc(platform::Date date);
 // A number as printed: whole numbers as integers, a float as its shortest text.
 nlohmann::json number(double value, bool singlePrecision);
+
+// A widget mirrors' table for the index page: keys with their values as text.
+MirrorTable mirrorTable(std::string title, const nlohmann::json& keys);
 
 }  // namespace velmorant::cli
