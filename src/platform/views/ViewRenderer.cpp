@@ -189,9 +189,11 @@ ImagePtr renderCard(const ViewTree& views, Size size, double scale, const FontSy
 
 namespace {
 
-// Draws the card a band of rows at a time into `encoder`. Each band is encoded
-// on a helper thread while the next is drawn, so the two costs overlap: two
-// bands are held at most. The encoder is finished by the caller.
+// Draws the card a band of rows at a time into `encoder`. Each band is
+// converted to the file's pixel layout here and compressed on a helper thread
+// while the next is drawn, so the two costs overlap (compressing is the longer
+// of the two, so the conversion stays on this side): two bands are held at
+// most. The encoder is finished by the caller.
 void drawCardInto(PngEncoder& encoder, const ViewRenderer& renderer, Size size, double scale, const FontSystem& fonts,
                   int height) {
     std::future<bool> encoding;
@@ -201,8 +203,12 @@ void drawCardInto(PngEncoder& encoder, const ViewRenderer& renderer, Size size, 
         Canvas band({size.width, rows / scale}, scale, fonts);
         renderer.draw(band, {0, top / scale});
         ImagePtr image = band.makeImage();
-        if (!previousEncoded() || !image) return;
-        encoding = std::async(std::launch::async, [&encoder, image, rows] { return encoder.append(*image, rows); });
+        if (!image) break;
+        PngEncoder::Rows converted = encoder.convert(*image, rows);
+        image.reset();
+        if (!previousEncoded()) return;
+        encoding = std::async(std::launch::async,
+                              [&encoder, converted = std::move(converted)] { return encoder.append(converted); });
     }
     previousEncoded();
 }
