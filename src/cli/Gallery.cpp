@@ -24,6 +24,7 @@
 #include <cerrno>
 #include <cstring>
 #include <fstream>
+#include <future>
 
 namespace velmorant::cli {
 using metrics::GroupMetrics;
@@ -227,22 +228,46 @@ std::string widgetDescription(const WidgetEntry& entry, const platform::Image& i
            ", drawn at " + number(image.size().width) + " points.";
 }
 
+// Writes a picture as PNG; the reason it could not, else empty.
+std::string writePicture(const platform::Image& image, const fs::path& path, const std::string& description) {
+    std::string error;
+    if (platform::writePng(image, path, {.description = description}, &error)) return {};
+    return "cannot write " + path.string() + ": " + error;
+}
+
 std::vector<GalleryPicture> drawWidgetImages(platform::Platform& platform, const fs::path& gallery) {
     fs::create_directory(gallery / "widgets");
     std::vector<GalleryPicture> pictures;
+    // Each picture drawn for itself is compressed on a helper thread while the
+    // next is drawn (compressing costs about as much as drawing); one is held
+    // besides the one being drawn. Named artwork, which the platform may hand
+    // out again meanwhile, is written here.
+    std::future<std::string> writing;
+    auto previousWritten = [&] {
+        if (!writing.valid()) return;
+        if (std::string error = writing.get(); !error.empty()) throw std::runtime_error(error);
+    };
     for (const WidgetEntry& entry : kWidgets) {
         SleepMetricsUI ui(platform);
         platform::ImagePtr image = (ui.*entry.draw)();
         if (!image) continue;  // the sleep-bank pictures have none without data
         std::string file = std::string("widgets/") + entry.operation + ".png";
         std::string description = widgetDescription(entry, *image);
-        std::string error;
-        if (!platform::writePng(*image, gallery / file, {.description = description}, &error))
-            throw std::runtime_error("cannot write " + (gallery / file).string() + ": " + error);
         std::string title = std::string(entry.picture) + (entry.accessory ? ", accessory" : "");
         pictures.push_back({file, "", title, entry.operation, description, image->size()});
+        previousWritten();
         releaseFreedMemory();
+        if (image->name()) {
+            if (std::string error = writePicture(*image, gallery / file, description); !error.empty())
+                throw std::runtime_error(error);
+            continue;
+        }
+        writing = std::async(std::launch::async, [image = std::move(image), path = gallery / file, description] {
+            return writePicture(*image, path, description);
+        });
     }
+    previousWritten();
+    releaseFreedMemory();
     return pictures;
 }
 

@@ -130,7 +130,7 @@ struct PngEncoder::Impl {
     bool alpha = false;
     File file;
     SpngContext ctx;
-    std::vector<std::uint8_t> row;
+    std::size_t rowBytes = 0;  // one row in the file's pixel layout
     std::string description;
     std::string error;
     std::string bytes;
@@ -150,6 +150,7 @@ PngEncoder::PngEncoder(std::filesystem::path path, int pixelWidth, int pixelHeig
     impl.width = pixelWidth;
     impl.height = pixelHeight;
     impl.alpha = alpha;
+    impl.rowBytes = std::size_t(std::max(pixelWidth, 0)) * (alpha ? 4 : 3);
     if (pixelWidth <= 0 || pixelHeight <= 0) {
         impl.fail("an image without pixels cannot be written as PNG");
         return;
@@ -171,25 +172,42 @@ PngEncoder::PngEncoder(std::filesystem::path path, int pixelWidth, int pixelHeig
     }
     impl.description = options.description;
     if (!impl.check(start(impl.ctx.get(), pixelWidth, pixelHeight, alpha, options, impl.description))) return;
-    impl.row.resize(std::size_t(pixelWidth) * (alpha ? 4 : 3) + 1);
 }
 
 PngEncoder::~PngEncoder() {
     if (impl_->file) finish();  // not finished by its owner: the partial file goes
 }
 
-bool PngEncoder::append(const Image& band, int rows) {
-    Impl& impl = *impl_;
-    if (!impl.error.empty() || !impl.ctx) return false;
-    if (band.pixelWidth() != impl.width) return impl.fail("a band is not as wide as the picture");
-    rows = rows < 0 ? band.pixelHeight() : std::min(rows, band.pixelHeight());
-    if (impl.rowsWritten + rows > impl.height) return impl.fail("more rows than the picture has");
+PngEncoder::Rows PngEncoder::convert(const Image& band, int rows) const {
+    const Impl& impl = *impl_;
+    Rows converted;
+    if (band.pixelWidth() != impl.width) {
+        converted.wrongWidth = true;
+        return converted;
+    }
+    converted.count = rows < 0 ? band.pixelHeight() : std::min(rows, band.pixelHeight());
+    const std::size_t rowBytes = impl.rowBytes;
+    // Every byte is written before it is read: not cleared first.
+    converted.bytes = std::make_unique_for_overwrite<std::uint8_t[]>(rowBytes * std::size_t(converted.count) + 1);
     cairo_surface_flush(cairoSurface(band));
     Pixels pixels(band);
-    for (int y = 0; y < rows; ++y) {
-        if (impl.alpha) convertRow(pixels.row(y), pixels.width, impl.row.data());
-        else convertOpaqueRow(pixels.row(y), pixels.width, impl.row.data());
-        if (!impl.check(spng_encode_row(impl.ctx.get(), impl.row.data(), impl.row.size() - 1))) return false;
+    for (int y = 0; y < converted.count; ++y) {
+        std::uint8_t* out = converted.bytes.get() + rowBytes * std::size_t(y);
+        if (impl.alpha) convertRow(pixels.row(y), pixels.width, out);
+        else convertOpaqueRow(pixels.row(y), pixels.width, out);
+    }
+    return converted;
+}
+
+bool PngEncoder::append(const Rows& rows) {
+    Impl& impl = *impl_;
+    if (!impl.error.empty() || !impl.ctx) return false;
+    if (rows.wrongWidth) return impl.fail("a band is not as wide as the picture");
+    if (impl.rowsWritten + rows.count > impl.height) return impl.fail("more rows than the picture has");
+    const std::size_t rowBytes = impl.rowBytes;
+    for (int y = 0; y < rows.count; ++y) {
+        const std::uint8_t* row = rows.bytes.get() + rowBytes * std::size_t(y);
+        if (!impl.check(spng_encode_row(impl.ctx.get(), row, rowBytes))) return false;
         ++impl.rowsWritten;
     }
     return true;

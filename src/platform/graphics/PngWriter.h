@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstdint>
 #include <filesystem>
 #include <memory>
 #include <string>
@@ -48,9 +49,20 @@ public:
     PngEncoder(const PngEncoder&) = delete;
     PngEncoder& operator=(const PngEncoder&) = delete;
 
-    // Appends the first `rows` rows (all when negative) of a band exactly as
+    // A band's rows converted to the file's pixel layout, ready to compress.
+    struct Rows {
+        std::unique_ptr<std::uint8_t[]> bytes;  // `count` rows, then one spare byte
+        int count = 0;
+        bool wrongWidth = false;
+    };
+    // Converts the first `rows` rows (all when negative) of a band; safe to
+    // call on one thread while another appends, so that the thread drawing
+    // the bands takes this part off the one compressing them.
+    Rows convert(const Image& band, int rows = -1) const;
+    // Appends converted rows, or the first `rows` rows of a band exactly as
     // wide as the picture; false once anything failed.
-    bool append(const Image& band, int rows = -1);
+    bool append(const Rows& rows);
+    bool append(const Image& band, int rows = -1) { return append(convert(band, rows)); }
     // Ends the picture: false, with the reason in `error()`, unless every row was written (no file is then left).
     bool finish();
     const std::string& error() const;

@@ -8,6 +8,8 @@
 #include <cmath>
 #include <cstdio>
 #include <limits>
+#include <map>
+#include <utility>
 
 namespace velmorant::platform {
 namespace {
@@ -119,24 +121,29 @@ std::string plainNumber(std::string_view, const Conversion& conv, const FormatAr
     }
 }
 
+// The formatter for whole numbers (`fraction` < 0) or that many fraction digits
+// in a locale, kept per thread: made afresh, each number costs ICU its whole
+// set-up (a few hundred thousand instructions), and kept, ICU compiles it.
+const icu::number::LocalizedNumberFormatter& numberFormatter(std::string_view localeId, int fraction) {
+    thread_local std::map<std::pair<std::string, int>, icu::number::LocalizedNumberFormatter, std::less<>> kept;
+    auto key = std::make_pair(std::string(localeId), fraction);
+    if (auto it = kept.find(key); it != kept.end()) return it->second;
+    if (kept.size() >= 64) kept.clear();  // a bound for servers asked for every locale
+    auto formatter = icu::number::NumberFormatter::withLocale(icu::Locale(key.first.c_str())).roundingMode(UNUM_ROUND_HALFEVEN);
+    auto precise = fraction < 0 ? formatter.precision(icu::number::Precision::integer())
+                                : formatter.precision(icu::number::Precision::fixedFraction(fraction));
+    return kept.emplace(std::move(key), std::move(precise)).first->second;
+}
+
 std::string icuNumber(std::string_view localeId, const Conversion& conv, const FormatArg* arg) {
     bool integer = std::string_view("dDiuU").find(conv.conversion) != std::string_view::npos;
     bool fixed = conv.conversion == 'f' || conv.conversion == 'F';
     if (!integer && !fixed) return plainNumber(localeId, conv, arg);
     UErrorCode status = U_ZERO_ERROR;
-    icu::Locale locale(std::string(localeId).c_str());
-    auto formatter = icu::number::NumberFormatter::withLocale(locale).roundingMode(UNUM_ROUND_HALFEVEN);
-    icu::UnicodeString text;
-    if (integer) {
-        text = formatter.precision(icu::number::Precision::integer())
-                   .formatInt(asInteger(arg), status)
-                   .toString(status);
-    } else {
-        double value = asDouble(arg);
-        text = formatter.precision(icu::number::Precision::fixedFraction(conv.precision < 0 ? 6 : conv.precision))
-                   .formatDouble(value, status)
-                   .toString(status);
-    }
+    int fraction = integer ? -1 : conv.precision < 0 ? 6 : conv.precision;
+    const icu::number::LocalizedNumberFormatter& formatter = numberFormatter(localeId, fraction);
+    icu::UnicodeString text = integer ? formatter.formatInt(asInteger(arg), status).toString(status)
+                                      : formatter.formatDouble(asDouble(arg), status).toString(status);
     if (U_FAILURE(status)) return plainNumber(localeId, conv, arg);
     std::string out;
     text.toUTF8String(out);

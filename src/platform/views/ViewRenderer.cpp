@@ -147,30 +147,37 @@ void ViewRenderer::drawImage(Canvas& canvas, const View& view, const ImagePtr& i
     canvas.drawImage(image, r);
 }
 
-void ViewRenderer::drawText(Canvas& canvas, const View& view, Rect frame) const {
-    const std::string text = withColourPictographs(*view.text());
+const ViewRenderer::FittedText& ViewRenderer::fitted(const Canvas& canvas, const View& view, Rect frame) const {
+    if (auto it = fittedTexts_.find(&view); it != fittedTexts_.end()) return it->second;
+    FittedText fit{withColourPictographs(*view.text()), {}, 1, {}};
     const TextFitting& fitting = view.textFitting();
-    TextAttributes attributes{view.font().value_or(Font::systemFontOfSize(17)),
-                              view.textColor().value_or(defaultTextColour())};
+    fit.attributes = {view.font().value_or(Font::systemFontOfSize(17)), view.textColor().value_or(defaultTextColour())};
     // The font as given, then one step smaller; whatever still does not fit is
     // cut with an ellipsis at the smaller size, in as many lines as the frame holds.
-    Font given = attributes.font;
-    int lines = 1;
+    Font given = fit.attributes.font;
     for (double factor : {1.0, fitting.minimumScaleFactor}) {
-        attributes.font.size = given.size * factor;
-        lines = fitting.numberOfLines == 0 ? kMostLines : fitting.numberOfLines;
-        Canvas::TextBlockSize block = canvas.sizeOfTextBlock(text, frame.width, lines, attributes);
-        while (lines > 1 && block.size.height > frame.height + kHeightTolerance) {
-            --lines;
-            block = canvas.sizeOfTextBlock(text, frame.width, lines, attributes);
+        fit.attributes.font.size = given.size * factor;
+        fit.lines = fitting.numberOfLines == 0 ? kMostLines : fitting.numberOfLines;
+        Canvas::TextBlockSize block = canvas.sizeOfTextBlock(fit.text, frame.width, fit.lines, fit.attributes);
+        while (fit.lines > 1 && block.size.height > frame.height + kHeightTolerance) {
+            --fit.lines;
+            block = canvas.sizeOfTextBlock(fit.text, frame.width, fit.lines, fit.attributes);
         }
         if (!block.truncated) break;
     }
-    Rect block = lines == 1 ? frame : balanced(canvas, text, frame, lines, view.alignment(), attributes);
+    Rect atOrigin{0, 0, frame.width, frame.height};
+    fit.block = fit.lines == 1 ? atOrigin : balanced(canvas, fit.text, atOrigin, fit.lines, view.alignment(), fit.attributes);
+    return fittedTexts_.emplace(&view, std::move(fit)).first->second;
+}
+
+void ViewRenderer::drawText(Canvas& canvas, const View& view, Rect frame) const {
+    // Fitted once for the card: a label across two bands is measured once.
+    const FittedText& fit = fitted(canvas, view, frame);
+    Rect block{frame.x + fit.block.x, frame.y + fit.block.y, fit.block.width, fit.block.height};
     canvas.addRoundedRect(frame, 0);
     auto saved = canvas.saveGState();
     canvas.clipToPath();
-    canvas.drawTextBlock(text, block, lines, view.alignment(), attributes);
+    canvas.drawTextBlock(fit.text, block, fit.lines, view.alignment(), fit.attributes);
 }
 
 ImagePtr renderCard(const ViewTree& views, Size size, double scale, const FontSystem& fonts) {
@@ -182,9 +189,11 @@ ImagePtr renderCard(const ViewTree& views, Size size, double scale, const FontSy
 
 namespace {
 
-// Draws the card a band of rows at a time into `encoder`. Each band is encoded
-// on a helper thread while the next is drawn, so the two costs overlap: two
-// bands are held at most. The encoder is finished by the caller.
+// Draws the card a band of rows at a time into `encoder`. Each band is
+// converted to the file's pixel layout here and compressed on a helper thread
+// while the next is drawn, so the two costs overlap (compressing is the longer
+// of the two, so the conversion stays on this side): two bands are held at
+// most. The encoder is finished by the caller.
 void drawCardInto(PngEncoder& encoder, const ViewRenderer& renderer, Size size, double scale, const FontSystem& fonts,
                   int height) {
     std::future<bool> encoding;
@@ -194,8 +203,12 @@ void drawCardInto(PngEncoder& encoder, const ViewRenderer& renderer, Size size, 
         Canvas band({size.width, rows / scale}, scale, fonts);
         renderer.draw(band, {0, top / scale});
         ImagePtr image = band.makeImage();
-        if (!previousEncoded() || !image) return;
-        encoding = std::async(std::launch::async, [&encoder, image, rows] { return encoder.append(*image, rows); });
+        if (!image) break;
+        PngEncoder::Rows converted = encoder.convert(*image, rows);
+        image.reset();
+        if (!previousEncoded()) return;
+        encoding = std::async(std::launch::async,
+                              [&encoder, converted = std::move(converted)] { return encoder.append(converted); });
     }
     previousEncoded();
 }

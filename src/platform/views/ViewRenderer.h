@@ -8,6 +8,7 @@
 
 #include <filesystem>
 #include <string>
+#include <unordered_map>
 
 namespace velmorant::platform {
 
@@ -26,6 +27,15 @@ public:
     bool coversCard() const;
 
 private:
+    // A label's text as drawn: its font size, lines and block (placed
+    // relative to the view's frame), which depend only on the frame's size.
+    struct FittedText {
+        std::string text;
+        TextAttributes attributes;
+        int lines;
+        Rect block;
+    };
+    const FittedText& fitted(const Canvas& canvas, const View& view, Rect frame) const;
     void drawView(Canvas& canvas, const View& view, Rect frame) const;
     void drawBackground(Canvas& canvas, const View& view, Rect frame) const;
     void drawImage(Canvas& canvas, const View& view, const ImagePtr& image, Rect frame) const;
@@ -33,6 +43,7 @@ private:
 
     const ViewTree& views_;
     const ViewLayout& layout_;
+    mutable std::unordered_map<const View*, FittedText> fittedTexts_;
 };
 
 // The snippet card: the tree laid out for `size` points and drawn at `scale`.
