@@ -9,6 +9,8 @@
 
 #include <algorithm>
 #include <cmath>
+#include <cstdlib>
+#include <cstring>
 #include <functional>
 #include <optional>
 #include <vector>
@@ -94,12 +96,59 @@ struct Canvas::Impl {
         int h = usable ? pixelsAlong(points.height, scale) : 0;
         if (w == 0 || h == 0) w = h = 0;
         size = w == 0 ? Size{} : points;
-        surface.reset(cairo_image_surface_create(CAIRO_FORMAT_ARGB32, w, h));
+        surface = uninitialisedSurface(w, h);
+        cleared = !surface;
+        if (!surface) surface.reset(cairo_image_surface_create(CAIRO_FORMAT_ARGB32, w, h));
         cr.reset(cairo_create(surface.get()));
         cairo_scale(cr.get(), this->scale, this->scale);
         pixelWidth = w;
         pixelHeight = h;
     }
+
+    // A bitmap whose pixels are left as they come: a canvas is cleared
+    // when first drawn on, and where a layer is copied in first, only
+    // around it. None when it cannot be had.
+    static SurfacePtr uninitialisedSurface(int w, int h) {
+        static cairo_user_data_key_t pixelsKey;
+        if (w == 0 || h == 0) return nullptr;
+        const int stride = cairo_format_stride_for_width(CAIRO_FORMAT_ARGB32, w);
+        auto* pixels = static_cast<unsigned char*>(std::malloc(static_cast<size_t>(stride) * h));
+        if (!pixels) return nullptr;
+        SurfacePtr made(cairo_image_surface_create_for_data(pixels, CAIRO_FORMAT_ARGB32, w, h, stride));
+        if (cairo_surface_status(made.get()) != CAIRO_STATUS_SUCCESS ||
+            cairo_surface_set_user_data(made.get(), &pixelsKey, pixels, std::free) != CAIRO_STATUS_SUCCESS) {
+            std::free(pixels);
+            return nullptr;
+        }
+        return made;
+    }
+
+    // Clears the rows [y0, y1) between columns [x0, x1) of the bitmap.
+    void clearPixels(int x0, int y0, int x1, int y1) {
+        if (x1 <= x0) return;
+        unsigned char* data = cairo_image_surface_get_data(surface.get());
+        const int stride = cairo_image_surface_get_stride(surface.get());
+        for (int y = y0; y < y1; ++y) std::memset(data + static_cast<size_t>(y) * stride + 4 * x0, 0, 4 * (x1 - x0));
+    }
+
+    // Clears the bitmap but for `keep` (whole pixels), which the caller fills.
+    void clearAround(PixelBox keep) {
+        if (cleared) return;
+        cleared = true;
+        cairo_surface_flush(surface.get());
+        const int x0 = static_cast<int>(keep.x0), y0 = static_cast<int>(keep.y0);
+        const int x1 = static_cast<int>(keep.x1), y1 = static_cast<int>(keep.y1);
+        if (keep.empty()) {
+            clearPixels(0, 0, pixelWidth, pixelHeight);
+        } else {
+            clearPixels(0, 0, pixelWidth, y0);
+            clearPixels(0, y0, x0, y1);
+            clearPixels(x1, y0, pixelWidth, y1);
+            clearPixels(0, y1, pixelWidth, pixelHeight);
+        }
+        cairo_surface_mark_dirty(surface.get());
+    }
+    void clear() { clearAround({}); }
 
     bool drawable() const {
         return pixelWidth > 0 && cr && cairo_status(cr.get()) == CAIRO_STATUS_SUCCESS;
@@ -150,6 +199,7 @@ struct Canvas::Impl {
     // shape into any context whose matrix maps points to that context's
     // pixels; `extent` is where the shape can put paint, in canvas pixels.
     void draw(PixelBox extent, const std::function<void(cairo_t*)>& paint, MaskGrid grid = MaskGrid::Coarse) {
+        clear();
         if (state.shadow) drawShadow(*state.shadow, extent, paint, grid);
         paint(cr.get());
         // Antialiasing reaches into the pixels the extent only touches.
@@ -160,6 +210,7 @@ struct Canvas::Impl {
     // the shadow's colour over the pixels it can reach.
     void drawShadow(const ShadowState& shadow, PixelBox extent, const std::function<void(cairo_t*)>& paint,
                     MaskGrid grid) {
+        clear();
         double sigma = shadowSigma(shadow);
         double dx = shadow.offset.width * scale, dy = shadow.offset.height * scale;
         PixelBox touched = shadowBox(shadow, extent, sigma);
@@ -220,6 +271,8 @@ struct Canvas::Impl {
     int contextSaves = 0;
     // The box drawn on so far, in canvas pixels.
     PixelBox drawn;
+    // Whether the bitmap's pixels have been cleared (see uninitialisedSurface).
+    bool cleared = true;
 };
 
 Canvas::Canvas(Size points, double scale, const FontSystem& fonts)
@@ -324,6 +377,7 @@ void Canvas::drawLayer(const Image& layer, Rect within) {
     cairo_clip(cr);
     // On a canvas nothing has been drawn on yet, over is a copy: the cheapest.
     if (impl.drawn.empty()) cairo_set_operator(cr, CAIRO_OPERATOR_SOURCE);
+    impl.clearAround(box);
     cairo_set_source_surface(cr, layer.surface(), 0, 0);
     cairo_paint(cr);
     impl.markDrawn(box);
@@ -452,6 +506,7 @@ void Canvas::drawAtPoint(std::string_view text, Point point, const TextAttribute
 
 ImagePtr Canvas::makeImage() {
     Impl& impl = *impl_;
+    impl.clear();
     cairo_surface_flush(impl.surface.get());
     ImagePtr image = Image::adopt(std::move(impl.surface), impl.size, impl.scale);
     // The canvas is left empty: drawing after this point goes nowhere.
@@ -461,6 +516,7 @@ ImagePtr Canvas::makeImage() {
     impl.pixelWidth = impl.pixelHeight = 0;
     impl.size = {};
     impl.contextSaves = 0;
+    impl.cleared = true;
     impl.drawn = {};
     return image;
 }
@@ -501,6 +557,7 @@ void Canvas::drawLinearGradient(const std::vector<Colour>& colours, Point start,
         cairo_pattern_add_color_stop_rgba(pattern.get(), offset, c.r, c.g, c.b, c.a);
     }
     cairo_t* cr = impl_->cr.get();
+    impl_->clear();
     CairoSaved saved(cr);
     cairo_set_source(cr, pattern.get());
     cairo_paint(cr);

@@ -142,3 +142,35 @@ TEST(CanvasLayer, LayerLaidOverIsTheStepsDrawnThere) {
 }
 
 }  // namespace
+
+// A canvas's pixels are cleared when it is first drawn on, or around the first
+// layer copied in: whatever a canvas of the same size left in memory before
+// must not show through, whichever call comes first.
+TEST(CanvasLayer, WhatAnEarlierCanvasLeftNeverShowsThrough) {
+    const ImagePtr layer = drawn([](Canvas& c) {
+        c.setFillColour(Colour::whiteColor());
+        c.addRoundedRect({40, 40, 20, 20}, 0), c.fillPath();
+    });
+    struct Row {
+        const char* first;
+        std::function<void(Canvas&)> draw;
+    };
+    const Row rows[] = {
+        {"a layer over part of it", [&](Canvas& c) { c.drawLayer(*layer, {40, 40, 20, 20}); }},
+        {"only a shadow", [](Canvas& c) {
+             c.strokeArcShadows(std::array<Arc, 1>{{{{50, 50}, 10, 0, kPi}}}, {4, LineCap::Round,
+                                                                             Colour::whiteColor(), Shadow::soft(2)});
+         }},
+        {"nothing", [](Canvas&) {}},
+    };
+    for (const Row& row : rows) {
+        // An opaque picture let go just before, so its memory is likely to be reused.
+        drawn([](Canvas& c) {
+            c.setFillColour(Colour::whiteColor());
+            c.addRoundedRect({0, 0, 100, 100}, 0), c.fillPath();
+        });
+        const ImagePtr image = drawn(row.draw);
+        EXPECT_EQ(image->pixelAt({5, 5}).a, 0) << row.first;
+        EXPECT_EQ(image->pixelAt({95, 50}).a, 0) << row.first;
+    }
+}
