@@ -40,6 +40,60 @@ struct GState {
     Rgba strokeColour{0, 0, 0, 1};
     Rgba fillColour{0, 0, 0, 1};
     std::optional<ShadowState> shadow;
+    // Whether a clip is in force: what is stroked may then not cover what it would.
+    bool clipped = false;
+};
+
+// Where an arc goes, as `Canvas::addArc` sweeps it: from `start` through `sweep`
+// (0 to a turn and a bit) radians.
+struct Sweep {
+    double start = 0, sweep = 0;
+};
+
+Sweep sweepOf(double startAngle, double endAngle) {
+    // Sweep through increasing angles: a negative sweep wraps to less than a
+    // turn, and more than one turn looks like one turn plus its remainder.
+    double sweep = endAngle - startAngle;
+    if (sweep < 0) {
+        sweep = std::fmod(sweep, kTurn) + kTurn;
+        if (sweep >= kTurn) sweep = 0;
+    } else if (sweep > kTurn) {
+        sweep = kTurn + std::fmod(sweep, kTurn);
+    }
+    return {std::fmod(startAngle, kTurn), sweep};
+}
+
+// The inside of a stroked arc, in canvas pixels, less a margin for its
+// antialiased edges: an opaque stroke replaces every pixel there whatever lay
+// under it. Caps are left out, so the inside is never larger than the stroke.
+struct ArcInside {
+    double cx = 0, cy = 0, inner = 0, outer = 0;
+    Sweep sweep;
+
+    // Whether every pixel of `tile` lies inside.
+    bool holds(const PixelBounds& tile) const {
+        const double corners[4][2] = {{tile.x0 - cx, tile.y0 - cy},
+                                      {tile.x1 - cx, tile.y0 - cy},
+                                      {tile.x0 - cx, tile.y1 - cy},
+                                      {tile.x1 - cx, tile.y1 - cy}};
+        // Nearest point of the tile to the centre, then its farthest corner.
+        const double nx = std::clamp(0.0, corners[0][0], corners[3][0]);
+        const double ny = std::clamp(0.0, corners[0][1], corners[3][1]);
+        if (std::hypot(nx, ny) < inner) return false;
+        for (const auto& c : corners)
+            if (std::hypot(c[0], c[1]) > outer) return false;
+        if (sweep.sweep >= kTurn) return true;
+        // The tile lies off the centre, so its angles run between those of its corners.
+        const double margin = 2 / std::max(inner, 1.0);
+        double lowest = kTurn, highest = 0;
+        for (const auto& c : corners) {
+            double a = std::fmod(std::atan2(c[1], c[0]) - sweep.start, kTurn);
+            if (a < 0) a += kTurn;
+            lowest = std::min(lowest, a);
+            highest = std::max(highest, a);
+        }
+        return highest - lowest < M_PI && lowest >= margin && highest <= sweep.sweep - margin;
+    }
 };
 
 bool finite(double v) { return std::isfinite(v); }
@@ -222,7 +276,9 @@ struct Canvas::Impl {
             cairo_translate(target, dx, dy);
             cairo_scale(target, scale, scale);
             paint(target);
-        }, grid);
+        }, grid, covering.empty() ? std::function<bool(const PixelBounds&)>() : [this](const PixelBounds& tile) {
+            return covered(tile);
+        });
         if (!mask || mask->parts.empty()) return;
         CairoSaved saved(cr.get());
         cairo_identity_matrix(cr.get());
@@ -271,6 +327,30 @@ struct Canvas::Impl {
     int contextSaves = 0;
     // The box drawn on so far, in canvas pixels.
     PixelBox drawn;
+    // Insides of the arcs about to be stroked opaque over the shadow being drawn.
+    std::vector<ArcInside> covering;
+
+    void coverWith(std::span<const Arc> arcs) {
+        if (state.clipped || state.lineWidth <= 0) return;
+        for (const Arc& arc : arcs) {
+            if (!finite(arc.centre) || !finite(arc.radius) || arc.radius < 0 || !finite(arc.startAngle) ||
+                !finite(arc.endAngle) || !finite(arc.endAngle - arc.startAngle))
+                continue;
+            const Point c = clamped(arc.centre);
+            const double r = std::min(arc.radius, maxCoordinate()) * scale, half = state.lineWidth / 2 * scale;
+            // Two pixels in from each edge: well clear of its antialiasing.
+            constexpr double kEdge = 2;
+            if (r - half + kEdge >= r + half - kEdge) continue;
+            covering.push_back({c.x * scale, c.y * scale, r - half + kEdge, r + half - kEdge,
+                                sweepOf(arc.startAngle, arc.endAngle)});
+        }
+    }
+
+    // Whether `tile` lies wholly inside an arc about to be stroked over it.
+    bool covered(const PixelBounds& tile) const {
+        return std::any_of(covering.begin(), covering.end(), [&](const ArcInside& arc) { return arc.holds(tile); });
+    }
+
     // Whether the bitmap's pixels have been cleared (see uninitialisedSurface).
     bool cleared = true;
 };
@@ -339,20 +419,11 @@ void Canvas::setNoShadow() { impl_->state.shadow.reset(); }
 
 void Canvas::addArc(Point centre, double radius, double startAngle, double endAngle) {
     if (!finite(centre) || !finite(radius) || radius < 0 || !finite(startAngle) || !finite(endAngle)) return;
-    // Sweep through increasing angles: a negative sweep wraps to less than a
-    // turn, and more than one turn looks like one turn plus its remainder.
-    double sweep = endAngle - startAngle;
-    if (!finite(sweep)) return;
-    if (sweep < 0) {
-        sweep = std::fmod(sweep, kTurn) + kTurn;
-        if (sweep >= kTurn) sweep = 0;
-    } else if (sweep > kTurn) {
-        sweep = kTurn + std::fmod(sweep, kTurn);
-    }
-    double start = std::fmod(startAngle, kTurn);
+    if (!finite(endAngle - startAngle)) return;
+    const Sweep arc = sweepOf(startAngle, endAngle);
     Point c = impl_->clamped(centre);
     double r = std::min(radius, impl_->maxCoordinate());
-    cairo_arc(impl_->cr.get(), c.x, c.y, r, start, start + sweep);
+    cairo_arc(impl_->cr.get(), c.x, c.y, r, arc.start, arc.start + arc.sweep);
 }
 
 void Canvas::strokeArc(Point centre, double radius, double startAngle, double endAngle, const ArcStroke& stroke) {
@@ -361,7 +432,11 @@ void Canvas::strokeArc(Point centre, double radius, double startAngle, double en
     setLineWidth(stroke.width);
     setStrokeColour(stroke.colour);
     addArc(centre, radius, startAngle, endAngle);
+    // Drawn straight over its own shadow: none is needed under an opaque stroke's inside.
+    const Arc arc{centre, radius, startAngle, endAngle};
+    if (impl_->state.strokeColour.a >= 1) impl_->coverWith({&arc, 1});
     strokePath();
+    impl_->covering.clear();
 }
 
 void Canvas::drawLayer(const Image& layer, Rect within) {
@@ -406,7 +481,7 @@ void Canvas::closePath() { cairo_close_path(impl_->cr.get()); }
 
 void Canvas::strokePath() { impl_->stroke(true); }
 
-void Canvas::strokeArcShadows(std::span<const Arc> arcs, const ArcStroke& stroke) {
+void Canvas::strokeArcShadows(std::span<const Arc> arcs, const ArcStroke& stroke, bool opaqueArcsFollow) {
     setShadow(stroke.shadow);
     setLineCap(stroke.cap);
     setLineWidth(stroke.width);
@@ -418,7 +493,9 @@ void Canvas::strokeArcShadows(std::span<const Arc> arcs, const ArcStroke& stroke
         cairo_new_sub_path(cr);
         addArc(arc.centre, arc.radius, arc.startAngle, arc.endAngle);
     }
+    if (opaqueArcsFollow) impl_->coverWith(arcs);
     impl_->stroke(false);
+    impl_->covering.clear();
 }
 
 void Canvas::fillPath() {
@@ -545,6 +622,7 @@ void Canvas::clipToPath() {
     cairo_t* cr = impl_->cr.get();
     cairo_set_fill_rule(cr, CAIRO_FILL_RULE_WINDING);
     cairo_clip(cr);
+    impl_->state.clipped = true;
 }
 
 void Canvas::drawLinearGradient(const std::vector<Colour>& colours, Point start, Point end) {
