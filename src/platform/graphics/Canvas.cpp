@@ -79,9 +79,9 @@ struct ArcInside {
         // Nearest point of the tile to the centre, then its farthest corner.
         const double nx = std::clamp(0.0, corners[0][0], corners[3][0]);
         const double ny = std::clamp(0.0, corners[0][1], corners[3][1]);
-        if (std::hypot(nx, ny) < inner) return false;
+        if (nx * nx + ny * ny < inner * inner) return false;
         for (const auto& c : corners)
-            if (std::hypot(c[0], c[1]) > outer) return false;
+            if (c[0] * c[0] + c[1] * c[1] > outer * outer) return false;
         if (sweep.sweep >= kTurn) return true;
         // The tile lies off the centre, so its angles run between those of its corners.
         const double margin = 2 / std::max(inner, 1.0);

@@ -174,3 +174,39 @@ TEST(CanvasLayer, WhatAnEarlierCanvasLeftNeverShowsThrough) {
         EXPECT_EQ(image->pixelAt({95, 50}).a, 0) << row.first;
     }
 }
+
+// An opaque arc stroked over its own shadow, or over a shared one it was
+// promised to, looks the same as over the whole shadow: what is left out
+// lies only under its inside, never at its ends or edges.
+TEST(CanvasStroke, ShadowLeftOutOnlyUnderAnOpaqueArcsInside) {
+    struct Row {
+        const char* arc;
+        Arc geometry;
+        LineCap cap;
+    };
+    const Row rows[] = {
+        {"a butt-capped half ring", {{50, 50}, 30, -kPi, 0}, LineCap::Butt},
+        {"a round-capped arc across angle 0", {{50, 50}, 30, -1, 1}, LineCap::Round},
+        {"a whole ring and more", {{50, 50}, 30, -kPi / 2, 2 * kPi}, LineCap::Round},
+        {"an arc sweeping backwards round most of a turn", {{50, 50}, 35, 0.5, 0.2}, LineCap::Butt},
+        {"an off-centre arc", {{30, 70}, 20, 0.3, 2.8}, LineCap::Butt},
+    };
+    for (const Row& row : rows) {
+        const Arc& a = row.geometry;
+        const ArcStroke opaque{36, row.cap, Colour::whiteColor(), Shadow{{1, 2}, 3}};
+        ArcStroke bare = opaque;
+        bare.shadow.reset();
+        const ImagePtr whole = drawn([&](Canvas& c) {
+            c.strokeArcShadows(std::array<Arc, 1>{a}, opaque);
+            c.strokeArc(a.centre, a.radius, a.startAngle, a.endAngle, bare);
+        });
+        const ImagePtr ownShadow =
+            drawn([&](Canvas& c) { c.strokeArc(a.centre, a.radius, a.startAngle, a.endAngle, opaque); });
+        const ImagePtr promised = drawn([&](Canvas& c) {
+            c.strokeArcShadows(std::array<Arc, 1>{a}, opaque, true);
+            c.strokeArc(a.centre, a.radius, a.startAngle, a.endAngle, bare);
+        });
+        EXPECT_EQ(largestDifference(*whole, *ownShadow), 0) << row.arc;
+        EXPECT_EQ(largestDifference(*whole, *promised), 0) << row.arc;
+    }
+}
