@@ -1,5 +1,6 @@
 #include "snippet_ui/SleepMetricsUI.h"
 
+#include <algorithm>
 #include <array>
 #include <cmath>
 #include <cstdio>
@@ -120,7 +121,8 @@ platform::ImagePtr SleepMetricsUI::drawSleepRingsWithSize(float size, float slee
     std::array<platform::Arc, 4> bodies;
     for (std::size_t i = 0; i < bodies.size(); ++i)
         bodies[i] = {centre, rings[i]->radius, kRingStart, tipAngle(rings[i]->fraction)};
-    canvas.strokeArcShadows(bodies, {kRingWidth, LineCap::Round, Colour::blackColor(), Shadow::soft(2)});
+    canvas.strokeArcShadows(bodies, {kRingWidth, LineCap::Round, Colour::blackColor(), Shadow::soft(2)},
+                            std::all_of(rings, rings + 4, [&](const DataRing* ring) { return ringColour(*ring).rgba().a >= 1; }));
     for (std::size_t i = 0; i < bodies.size(); ++i) {
         const DataRing& ring = *rings[i];
         const Colour colour = ringColour(ring);

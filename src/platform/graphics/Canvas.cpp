@@ -9,6 +9,8 @@
 
 #include <algorithm>
 #include <cmath>
+#include <cstdlib>
+#include <cstring>
 #include <functional>
 #include <optional>
 #include <vector>
@@ -38,6 +40,60 @@ struct GState {
     Rgba strokeColour{0, 0, 0, 1};
     Rgba fillColour{0, 0, 0, 1};
     std::optional<ShadowState> shadow;
+    // Whether a clip is in force: what is stroked may then not cover what it would.
+    bool clipped = false;
+};
+
+// Where an arc goes, as `Canvas::addArc` sweeps it: from `start` through `sweep`
+// (0 to a turn and a bit) radians.
+struct Sweep {
+    double start = 0, sweep = 0;
+};
+
+Sweep sweepOf(double startAngle, double endAngle) {
+    // Sweep through increasing angles: a negative sweep wraps to less than a
+    // turn, and more than one turn looks like one turn plus its remainder.
+    double sweep = endAngle - startAngle;
+    if (sweep < 0) {
+        sweep = std::fmod(sweep, kTurn) + kTurn;
+        if (sweep >= kTurn) sweep = 0;
+    } else if (sweep > kTurn) {
+        sweep = kTurn + std::fmod(sweep, kTurn);
+    }
+    return {std::fmod(startAngle, kTurn), sweep};
+}
+
+// The inside of a stroked arc, in canvas pixels, less a margin for its
+// antialiased edges: an opaque stroke replaces every pixel there whatever lay
+// under it. Caps are left out, so the inside is never larger than the stroke.
+struct ArcInside {
+    double cx = 0, cy = 0, inner = 0, outer = 0;
+    Sweep sweep;
+
+    // Whether every pixel of `tile` lies inside.
+    bool holds(const PixelBounds& tile) const {
+        const double corners[4][2] = {{tile.x0 - cx, tile.y0 - cy},
+                                      {tile.x1 - cx, tile.y0 - cy},
+                                      {tile.x0 - cx, tile.y1 - cy},
+                                      {tile.x1 - cx, tile.y1 - cy}};
+        // Nearest point of the tile to the centre, then its farthest corner.
+        const double nx = std::clamp(0.0, corners[0][0], corners[3][0]);
+        const double ny = std::clamp(0.0, corners[0][1], corners[3][1]);
+        if (nx * nx + ny * ny < inner * inner) return false;
+        for (const auto& c : corners)
+            if (c[0] * c[0] + c[1] * c[1] > outer * outer) return false;
+        if (sweep.sweep >= kTurn) return true;
+        // The tile lies off the centre, so its angles run between those of its corners.
+        const double margin = 2 / std::max(inner, 1.0);
+        double lowest = kTurn, highest = 0;
+        for (const auto& c : corners) {
+            double a = std::fmod(std::atan2(c[1], c[0]) - sweep.start, kTurn);
+            if (a < 0) a += kTurn;
+            lowest = std::min(lowest, a);
+            highest = std::max(highest, a);
+        }
+        return highest - lowest < M_PI && lowest >= margin && highest <= sweep.sweep - margin;
+    }
 };
 
 bool finite(double v) { return std::isfinite(v); }
@@ -94,12 +150,59 @@ struct Canvas::Impl {
         int h = usable ? pixelsAlong(points.height, scale) : 0;
         if (w == 0 || h == 0) w = h = 0;
         size = w == 0 ? Size{} : points;
-        surface.reset(cairo_image_surface_create(CAIRO_FORMAT_ARGB32, w, h));
+        surface = uninitialisedSurface(w, h);
+        cleared = !surface;
+        if (!surface) surface.reset(cairo_image_surface_create(CAIRO_FORMAT_ARGB32, w, h));
         cr.reset(cairo_create(surface.get()));
         cairo_scale(cr.get(), this->scale, this->scale);
         pixelWidth = w;
         pixelHeight = h;
     }
+
+    // A bitmap whose pixels are left as they come: a canvas is cleared
+    // when first drawn on, and where a layer is copied in first, only
+    // around it. None when it cannot be had.
+    static SurfacePtr uninitialisedSurface(int w, int h) {
+        static cairo_user_data_key_t pixelsKey;
+        if (w == 0 || h == 0) return nullptr;
+        const int stride = cairo_format_stride_for_width(CAIRO_FORMAT_ARGB32, w);
+        auto* pixels = static_cast<unsigned char*>(std::malloc(static_cast<size_t>(stride) * h));
+        if (!pixels) return nullptr;
+        SurfacePtr made(cairo_image_surface_create_for_data(pixels, CAIRO_FORMAT_ARGB32, w, h, stride));
+        if (cairo_surface_status(made.get()) != CAIRO_STATUS_SUCCESS ||
+            cairo_surface_set_user_data(made.get(), &pixelsKey, pixels, std::free) != CAIRO_STATUS_SUCCESS) {
+            std::free(pixels);
+            return nullptr;
+        }
+        return made;
+    }
+
+    // Clears the rows [y0, y1) between columns [x0, x1) of the bitmap.
+    void clearPixels(int x0, int y0, int x1, int y1) {
+        if (x1 <= x0) return;
+        unsigned char* data = cairo_image_surface_get_data(surface.get());
+        const int stride = cairo_image_surface_get_stride(surface.get());
+        for (int y = y0; y < y1; ++y) std::memset(data + static_cast<size_t>(y) * stride + 4 * x0, 0, 4 * (x1 - x0));
+    }
+
+    // Clears the bitmap but for `keep` (whole pixels), which the caller fills.
+    void clearAround(PixelBox keep) {
+        if (cleared) return;
+        cleared = true;
+        cairo_surface_flush(surface.get());
+        const int x0 = static_cast<int>(keep.x0), y0 = static_cast<int>(keep.y0);
+        const int x1 = static_cast<int>(keep.x1), y1 = static_cast<int>(keep.y1);
+        if (keep.empty()) {
+            clearPixels(0, 0, pixelWidth, pixelHeight);
+        } else {
+            clearPixels(0, 0, pixelWidth, y0);
+            clearPixels(0, y0, x0, y1);
+            clearPixels(x1, y0, pixelWidth, y1);
+            clearPixels(0, y1, pixelWidth, pixelHeight);
+        }
+        cairo_surface_mark_dirty(surface.get());
+    }
+    void clear() { clearAround({}); }
 
     bool drawable() const {
         return pixelWidth > 0 && cr && cairo_status(cr.get()) == CAIRO_STATUS_SUCCESS;
@@ -150,6 +253,7 @@ struct Canvas::Impl {
     // shape into any context whose matrix maps points to that context's
     // pixels; `extent` is where the shape can put paint, in canvas pixels.
     void draw(PixelBox extent, const std::function<void(cairo_t*)>& paint, MaskGrid grid = MaskGrid::Coarse) {
+        clear();
         if (state.shadow) drawShadow(*state.shadow, extent, paint, grid);
         paint(cr.get());
         // Antialiasing reaches into the pixels the extent only touches.
@@ -160,6 +264,7 @@ struct Canvas::Impl {
     // the shadow's colour over the pixels it can reach.
     void drawShadow(const ShadowState& shadow, PixelBox extent, const std::function<void(cairo_t*)>& paint,
                     MaskGrid grid) {
+        clear();
         double sigma = shadowSigma(shadow);
         double dx = shadow.offset.width * scale, dy = shadow.offset.height * scale;
         PixelBox touched = shadowBox(shadow, extent, sigma);
@@ -171,7 +276,9 @@ struct Canvas::Impl {
             cairo_translate(target, dx, dy);
             cairo_scale(target, scale, scale);
             paint(target);
-        }, grid);
+        }, grid, covering.empty() ? std::function<bool(const PixelBounds&)>() : [this](const PixelBounds& tile) {
+            return covered(tile);
+        });
         if (!mask || mask->parts.empty()) return;
         CairoSaved saved(cr.get());
         cairo_identity_matrix(cr.get());
@@ -220,6 +327,32 @@ struct Canvas::Impl {
     int contextSaves = 0;
     // The box drawn on so far, in canvas pixels.
     PixelBox drawn;
+    // Insides of the arcs about to be stroked opaque over the shadow being drawn.
+    std::vector<ArcInside> covering;
+
+    void coverWith(std::span<const Arc> arcs) {
+        if (state.clipped || state.lineWidth <= 0) return;
+        for (const Arc& arc : arcs) {
+            if (!finite(arc.centre) || !finite(arc.radius) || arc.radius < 0 || !finite(arc.startAngle) ||
+                !finite(arc.endAngle) || !finite(arc.endAngle - arc.startAngle))
+                continue;
+            const Point c = clamped(arc.centre);
+            const double r = std::min(arc.radius, maxCoordinate()) * scale, half = state.lineWidth / 2 * scale;
+            // Two pixels in from each edge: well clear of its antialiasing.
+            constexpr double kEdge = 2;
+            if (r - half + kEdge >= r + half - kEdge) continue;
+            covering.push_back({c.x * scale, c.y * scale, r - half + kEdge, r + half - kEdge,
+                                sweepOf(arc.startAngle, arc.endAngle)});
+        }
+    }
+
+    // Whether `tile` lies wholly inside an arc about to be stroked over it.
+    bool covered(const PixelBounds& tile) const {
+        return std::any_of(covering.begin(), covering.end(), [&](const ArcInside& arc) { return arc.holds(tile); });
+    }
+
+    // Whether the bitmap's pixels have been cleared (see uninitialisedSurface).
+    bool cleared = true;
 };
 
 Canvas::Canvas(Size points, double scale, const FontSystem& fonts)
@@ -286,20 +419,11 @@ void Canvas::setNoShadow() { impl_->state.shadow.reset(); }
 
 void Canvas::addArc(Point centre, double radius, double startAngle, double endAngle) {
     if (!finite(centre) || !finite(radius) || radius < 0 || !finite(startAngle) || !finite(endAngle)) return;
-    // Sweep through increasing angles: a negative sweep wraps to less than a
-    // turn, and more than one turn looks like one turn plus its remainder.
-    double sweep = endAngle - startAngle;
-    if (!finite(sweep)) return;
-    if (sweep < 0) {
-        sweep = std::fmod(sweep, kTurn) + kTurn;
-        if (sweep >= kTurn) sweep = 0;
-    } else if (sweep > kTurn) {
-        sweep = kTurn + std::fmod(sweep, kTurn);
-    }
-    double start = std::fmod(startAngle, kTurn);
+    if (!finite(endAngle - startAngle)) return;
+    const Sweep arc = sweepOf(startAngle, endAngle);
     Point c = impl_->clamped(centre);
     double r = std::min(radius, impl_->maxCoordinate());
-    cairo_arc(impl_->cr.get(), c.x, c.y, r, start, start + sweep);
+    cairo_arc(impl_->cr.get(), c.x, c.y, r, arc.start, arc.start + arc.sweep);
 }
 
 void Canvas::strokeArc(Point centre, double radius, double startAngle, double endAngle, const ArcStroke& stroke) {
@@ -308,7 +432,11 @@ void Canvas::strokeArc(Point centre, double radius, double startAngle, double en
     setLineWidth(stroke.width);
     setStrokeColour(stroke.colour);
     addArc(centre, radius, startAngle, endAngle);
+    // Drawn straight over its own shadow: none is needed under an opaque stroke's inside.
+    const Arc arc{centre, radius, startAngle, endAngle};
+    if (impl_->state.strokeColour.a >= 1) impl_->coverWith({&arc, 1});
     strokePath();
+    impl_->covering.clear();
 }
 
 void Canvas::drawLayer(const Image& layer, Rect within) {
@@ -324,6 +452,7 @@ void Canvas::drawLayer(const Image& layer, Rect within) {
     cairo_clip(cr);
     // On a canvas nothing has been drawn on yet, over is a copy: the cheapest.
     if (impl.drawn.empty()) cairo_set_operator(cr, CAIRO_OPERATOR_SOURCE);
+    impl.clearAround(box);
     cairo_set_source_surface(cr, cairoSurface(layer), 0, 0);
     cairo_paint(cr);
     impl.markDrawn(box);
@@ -352,7 +481,7 @@ void Canvas::closePath() { cairo_close_path(impl_->cr.get()); }
 
 void Canvas::strokePath() { impl_->stroke(true); }
 
-void Canvas::strokeArcShadows(std::span<const Arc> arcs, const ArcStroke& stroke) {
+void Canvas::strokeArcShadows(std::span<const Arc> arcs, const ArcStroke& stroke, bool opaqueArcsFollow) {
     setShadow(stroke.shadow);
     setLineCap(stroke.cap);
     setLineWidth(stroke.width);
@@ -364,7 +493,9 @@ void Canvas::strokeArcShadows(std::span<const Arc> arcs, const ArcStroke& stroke
         cairo_new_sub_path(cr);
         addArc(arc.centre, arc.radius, arc.startAngle, arc.endAngle);
     }
+    if (opaqueArcsFollow) impl_->coverWith(arcs);
     impl_->stroke(false);
+    impl_->covering.clear();
 }
 
 void Canvas::fillPath() {
@@ -452,6 +583,7 @@ void Canvas::drawAtPoint(std::string_view text, Point point, const TextAttribute
 
 ImagePtr Canvas::makeImage() {
     Impl& impl = *impl_;
+    impl.clear();
     cairo_surface_flush(impl.surface.get());
     ImagePtr image = adoptSurface(std::move(impl.surface), impl.size, impl.scale);
     // The canvas is left empty: drawing after this point goes nowhere.
@@ -461,6 +593,7 @@ ImagePtr Canvas::makeImage() {
     impl.pixelWidth = impl.pixelHeight = 0;
     impl.size = {};
     impl.contextSaves = 0;
+    impl.cleared = true;
     impl.drawn = {};
     return image;
 }
@@ -489,6 +622,7 @@ void Canvas::clipToPath() {
     cairo_t* cr = impl_->cr.get();
     cairo_set_fill_rule(cr, CAIRO_FILL_RULE_WINDING);
     cairo_clip(cr);
+    impl_->state.clipped = true;
 }
 
 void Canvas::drawLinearGradient(const std::vector<Colour>& colours, Point start, Point end) {
@@ -501,6 +635,7 @@ void Canvas::drawLinearGradient(const std::vector<Colour>& colours, Point start,
         cairo_pattern_add_color_stop_rgba(pattern.get(), offset, c.r, c.g, c.b, c.a);
     }
     cairo_t* cr = impl_->cr.get();
+    impl_->clear();
     CairoSaved saved(cr);
     cairo_set_source(cr, pattern.get());
     cairo_paint(cr);

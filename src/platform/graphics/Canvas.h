@@ -114,8 +114,10 @@ public:
     void strokeArc(Point centre, double radius, double startAngle, double endAngle, const ArcStroke& stroke);
     // Paints only the shadow that `stroke` casts under `arcs`, blurred together:
     // shapes that share a shadow are blurred once. The arcs are left to be
-    // stroked afterwards without a shadow; the stroke stays in force.
-    void strokeArcShadows(std::span<const Arc> arcs, const ArcStroke& stroke);
+    // stroked afterwards without a shadow; the stroke stays in force. When
+    // `opaqueArcsFollow`, each arc will be stroked over it in an opaque colour,
+    // so no shadow is painted where that stroke replaces every pixel.
+    void strokeArcShadows(std::span<const Arc> arcs, const ArcStroke& stroke, bool opaqueArcsFollow = false);
     // Strokes, then clears, the current path.
     void strokePath();
     // Fills (non-zero winding), then clears, the current path.

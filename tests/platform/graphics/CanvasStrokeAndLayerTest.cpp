@@ -142,3 +142,71 @@ TEST(CanvasLayer, LayerLaidOverIsTheStepsDrawnThere) {
 }
 
 }  // namespace
+
+// A canvas's pixels are cleared when it is first drawn on, or around the first
+// layer copied in: whatever a canvas of the same size left in memory before
+// must not show through, whichever call comes first.
+TEST(CanvasLayer, WhatAnEarlierCanvasLeftNeverShowsThrough) {
+    const ImagePtr layer = drawn([](Canvas& c) {
+        c.setFillColour(Colour::whiteColor());
+        c.addRoundedRect({40, 40, 20, 20}, 0), c.fillPath();
+    });
+    struct Row {
+        const char* first;
+        std::function<void(Canvas&)> draw;
+    };
+    const Row rows[] = {
+        {"a layer over part of it", [&](Canvas& c) { c.drawLayer(*layer, {40, 40, 20, 20}); }},
+        {"only a shadow", [](Canvas& c) {
+             c.strokeArcShadows(std::array<Arc, 1>{{{{50, 50}, 10, 0, kPi}}}, {4, LineCap::Round,
+                                                                             Colour::whiteColor(), Shadow::soft(2)});
+         }},
+        {"nothing", [](Canvas&) {}},
+    };
+    for (const Row& row : rows) {
+        // An opaque picture let go just before, so its memory is likely to be reused.
+        drawn([](Canvas& c) {
+            c.setFillColour(Colour::whiteColor());
+            c.addRoundedRect({0, 0, 100, 100}, 0), c.fillPath();
+        });
+        const ImagePtr image = drawn(row.draw);
+        EXPECT_EQ(image->pixelAt({5, 5}).a, 0) << row.first;
+        EXPECT_EQ(image->pixelAt({95, 50}).a, 0) << row.first;
+    }
+}
+
+// An opaque arc stroked over its own shadow, or over a shared one it was
+// promised to, looks the same as over the whole shadow: what is left out
+// lies only under its inside, never at its ends or edges.
+TEST(CanvasStroke, ShadowLeftOutOnlyUnderAnOpaqueArcsInside) {
+    struct Row {
+        const char* arc;
+        Arc geometry;
+        LineCap cap;
+    };
+    const Row rows[] = {
+        {"a butt-capped half ring", {{50, 50}, 30, -kPi, 0}, LineCap::Butt},
+        {"a round-capped arc across angle 0", {{50, 50}, 30, -1, 1}, LineCap::Round},
+        {"a whole ring and more", {{50, 50}, 30, -kPi / 2, 2 * kPi}, LineCap::Round},
+        {"an arc sweeping backwards round most of a turn", {{50, 50}, 35, 0.5, 0.2}, LineCap::Butt},
+        {"an off-centre arc", {{30, 70}, 20, 0.3, 2.8}, LineCap::Butt},
+    };
+    for (const Row& row : rows) {
+        const Arc& a = row.geometry;
+        const ArcStroke opaque{36, row.cap, Colour::whiteColor(), Shadow{{1, 2}, 3}};
+        ArcStroke bare = opaque;
+        bare.shadow.reset();
+        const ImagePtr whole = drawn([&](Canvas& c) {
+            c.strokeArcShadows(std::array<Arc, 1>{a}, opaque);
+            c.strokeArc(a.centre, a.radius, a.startAngle, a.endAngle, bare);
+        });
+        const ImagePtr ownShadow =
+            drawn([&](Canvas& c) { c.strokeArc(a.centre, a.radius, a.startAngle, a.endAngle, opaque); });
+        const ImagePtr promised = drawn([&](Canvas& c) {
+            c.strokeArcShadows(std::array<Arc, 1>{a}, opaque, true);
+            c.strokeArc(a.centre, a.radius, a.startAngle, a.endAngle, bare);
+        });
+        EXPECT_EQ(largestDifference(*whole, *ownShadow), 0) << row.arc;
+        EXPECT_EQ(largestDifference(*whole, *promised), 0) << row.arc;
+    }
+}

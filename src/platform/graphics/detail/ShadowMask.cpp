@@ -180,7 +180,8 @@ PixelBounds moved(const PixelBounds& b, int dx, int dy) { return {b.x0 + dx, b.y
 }  // namespace
 
 std::optional<ShadowMask> makeShadowMask(PixelBounds bounds, double sigma,
-                                         const std::function<void(cairo_t*)>& paint, MaskGrid grid) {
+                                         const std::function<void(cairo_t*)>& paint, MaskGrid grid,
+                                         const std::function<bool(const PixelBounds&)>& hidden) {
     if (bounds.empty()) return std::nullopt;
     // Whole lanes across: the extra pixels on the right are blurred like the rest.
     bounds.x1 = bounds.x0 + (bounds.width() + kLaneCount - 1) / kLaneCount * kLaneCount;
@@ -219,8 +220,10 @@ std::optional<ShadowMask> makeShadowMask(PixelBounds bounds, double sigma,
     ShadowMask mask;
     if (factor == 1) {
         // The cells are the pixels.
-        for (const PixelBounds& tile : tiles(cellsWide, cellsHigh))
-            if (holdsAlpha(cellBitmap, tile)) mask.parts.push_back(moved(tile, cellX, cellY));
+        for (const PixelBounds& tile : tiles(cellsWide, cellsHigh)) {
+            const PixelBounds onCanvas = moved(tile, cellX, cellY);
+            if ((!hidden || !hidden(onCanvas)) && holdsAlpha(cellBitmap, tile)) mask.parts.push_back(onCanvas);
+        }
         mask.alpha = std::move(cells);
         mask.x = cellX;
         mask.y = cellY;
@@ -231,7 +234,7 @@ std::optional<ShadowMask> makeShadowMask(PixelBounds bounds, double sigma,
     cairo_surface_flush(mask.alpha.get());
     ScaleUp scaleUp(cellBitmap, cellX, cellY, factor, bounds);
     for (const PixelBounds& tile : tiles(bounds.width(), bounds.height())) {
-        if (!scaleUp.reaches(tile)) continue;
+        if (!scaleUp.reaches(tile) || (hidden && hidden(moved(tile, bounds.x0, bounds.y0)))) continue;
         scaleUp.fill(tile, cairo_image_surface_get_data(mask.alpha.get()), cairo_image_surface_get_stride(mask.alpha.get()));
         mask.parts.push_back(moved(tile, bounds.x0, bounds.y0));
     }

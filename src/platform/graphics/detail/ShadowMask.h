@@ -35,8 +35,11 @@ enum class MaskGrid { Coarse, Pixels };
 // canvas pixels, the shape already moved by the shadow's offset), blurs it
 // with a Gaussian of `sigma` pixels, and returns it over `bounds`. The shape
 // must lie within `bounds` grown by 3 sigma; none when memory runs out.
+// Tiles `hidden` says will be painted over whatever lies under them (in
+// canvas pixels) are neither worked out nor among the parts.
 std::optional<ShadowMask> makeShadowMask(PixelBounds bounds, double sigma,
                                          const std::function<void(cairo_t*)>& paint,
-                                         MaskGrid grid = MaskGrid::Coarse);
+                                         MaskGrid grid = MaskGrid::Coarse,
+                                         const std::function<bool(const PixelBounds&)>& hidden = {});
 
 }  // namespace velmorant::platform
