@@ -199,14 +199,14 @@ struct Service::Impl {
         job.deadline = Clock::now() + std::chrono::duration_cast<Clock::duration>(
                                           std::chrono::duration<double>(options.renderDeadlineSeconds));
         job.expire = [this, shared] { (*shared)(overloaded(pool.retryAfterSeconds(), "the render waited past its deadline")); };
-        job.run = [this, shared, taskHeld, storesOnly, etag](WorkerTools& tools) {
+        job.run = [this, shared, taskHeld, storesOnly, etag, deadline = job.deadline](WorkerTools& tools) {
             try {
                 if (storesOnly) {
                     (*shared)(HttpResponse{200, "application/json", {{"Cache-Control", "no-store"}},
                                            storesAsJson(taskHeld->stores, taskHeld->options)});
                     return;
                 }
-                RenderOutput output = render(*taskHeld, tools, metrics);
+                RenderOutput output = render(*taskHeld, tools, metrics, {deadline, options.deadlinePassedAfter});
                 // The last render of a burst gives the freed pages back.
                 if (pool.queued() == 0) releaseFreedMemory();
                 auto result = std::make_shared<CachedResult>(CachedResult{output.contentType, std::move(output.body)});
@@ -214,6 +214,10 @@ struct Service::Impl {
                 (*shared)(HttpResponse{200, result->contentType, {{"ETag", etag}, {"Cache-Control", "no-cache"}}, result->body});
             } catch (const BadRequest& e) {
                 (*shared)(jsonError(400, e.what()));
+            } catch (const DeadlinePassed& e) {
+                // 503, not 504: this server is the origin, not a gateway
+                // waiting on another, and it is too busy to finish in time.
+                (*shared)(overloaded(pool.retryAfterSeconds(), e.what()));
             } catch (const std::exception& e) {
                 (*shared)(jsonError(500, e.what()));
             }
