@@ -31,7 +31,6 @@ namespace {
 // only `serve` needs them, so they are loaded when a server starts.
 struct Mhd {
     decltype(&MHD_add_response_header) add_response_header = nullptr;
-    decltype(&MHD_create_response_from_buffer) create_response_from_buffer = nullptr;
     decltype(&MHD_create_response_from_buffer_with_free_callback_cls) create_response_from_shared_buffer = nullptr;
     decltype(&MHD_create_response_from_callback) create_response_from_callback = nullptr;
     decltype(&MHD_destroy_response) destroy_response = nullptr;
@@ -60,7 +59,6 @@ private:
             return;
         }
         add_response_header = reinterpret_cast<decltype(add_response_header)>(::dlsym(library, "MHD_add_response_header"));
-        create_response_from_buffer = reinterpret_cast<decltype(create_response_from_buffer)>(::dlsym(library, "MHD_create_response_from_buffer"));
         create_response_from_shared_buffer = reinterpret_cast<decltype(create_response_from_shared_buffer)>(
             ::dlsym(library, "MHD_create_response_from_buffer_with_free_callback_cls"));
         create_response_from_callback = reinterpret_cast<decltype(create_response_from_callback)>(::dlsym(library, "MHD_create_response_from_callback"));
@@ -75,7 +73,7 @@ private:
         suspend_connection = reinterpret_cast<decltype(suspend_connection)>(::dlsym(library, "MHD_suspend_connection"));
         if (!complete()) error_ = "libmicrohttpd lacks a function this server uses";
     }
-    bool complete() const { return add_response_header && create_response_from_buffer && create_response_from_shared_buffer && create_response_from_callback && destroy_response && get_connection_info && get_connection_values && get_daemon_info && queue_response && resume_connection && start_daemon && stop_daemon && suspend_connection; }
+    bool complete() const { return add_response_header && create_response_from_shared_buffer && create_response_from_callback && destroy_response && get_connection_info && get_connection_values && get_daemon_info && queue_response && resume_connection && start_daemon && stop_daemon && suspend_connection; }
     std::string error_;
 };
 
@@ -186,7 +184,49 @@ void freeEvents(void* cls) {
     delete reader;
 }
 
-MHD_Result queue(MHD_Connection* connection, const std::shared_ptr<Parking>& parking, const HttpResponse& answer) {
+void addHeaders(MHD_Response* response, const HttpResponse& answer) {
+    mhd().add_response_header(response, MHD_HTTP_HEADER_CONTENT_TYPE, answer.contentType.c_str());
+    for (const auto& [name, value] : answer.headers) mhd().add_response_header(response, name.c_str(), value.c_str());
+}
+
+void releaseBody(void* held) { delete static_cast<std::string*>(held); }
+
+}  // namespace
+
+class PreparedResponse {
+public:
+    PreparedResponse(MHD_Response* response, int status) : response_(response), status_(status) {}
+    ~PreparedResponse() { mhd().destroy_response(response_); }
+    PreparedResponse(const PreparedResponse&) = delete;
+    PreparedResponse& operator=(const PreparedResponse&) = delete;
+
+    // The library counts its own references, so the response outlives this
+    // object for as long as a connection is still sending it.
+    MHD_Result queueOn(MHD_Connection* connection) const {
+        return mhd().queue_response(connection, static_cast<unsigned>(status_), response_);
+    }
+
+private:
+    MHD_Response* response_;
+    int status_;
+};
+
+std::shared_ptr<const PreparedResponse> prepareResponse(HttpResponse answer) {
+    // The response owns the body from here and frees it when the last client is done.
+    auto* body = new std::string(std::move(answer.body));
+    MHD_Response* response = mhd().create_response_from_shared_buffer(body->size(), body->data(), releaseBody, body);
+    if (!response) {
+        releaseBody(body);
+        return nullptr;
+    }
+    addHeaders(response, answer);
+    return std::make_shared<const PreparedResponse>(response, answer.status);
+}
+
+namespace {
+
+MHD_Result queue(MHD_Connection* connection, const std::shared_ptr<Parking>& parking, HttpResponse&& answer) {
+    if (answer.prepared) return answer.prepared->queueOn(connection);
     MHD_Response* response;
     if (answer.events) {
         auto* reader = new StreamReader{answer.events, parking, connection};
@@ -196,12 +236,15 @@ MHD_Result queue(MHD_Connection* connection, const std::shared_ptr<Parking>& par
             return MHD_NO;
         }
     } else {
-        response = mhd().create_response_from_buffer(answer.body.size(), const_cast<char*>(answer.body.data()),
-                                                   MHD_RESPMEM_MUST_COPY);
-        if (!response) return MHD_NO;
+        // The library holds the body, moved here, until the last byte has left.
+        auto* body = new std::string(std::move(answer.body));
+        response = mhd().create_response_from_shared_buffer(body->size(), body->data(), releaseBody, body);
+        if (!response) {
+            releaseBody(body);
+            return MHD_NO;
+        }
     }
-    mhd().add_response_header(response, MHD_HTTP_HEADER_CONTENT_TYPE, answer.contentType.c_str());
-    for (const auto& [name, value] : answer.headers) mhd().add_response_header(response, name.c_str(), value.c_str());
+    addHeaders(response, answer);
     MHD_Result result = mhd().queue_response(connection, static_cast<unsigned>(answer.status), response);
     mhd().destroy_response(response);
     return result;
@@ -278,7 +321,7 @@ struct HttpServer::Impl {
             });
         }
         std::lock_guard lock(state->mutex);
-        if (state->ready) return queue(connection, impl.parking, *state->ready);
+        if (state->ready) return queue(connection, impl.parking, std::move(*state->ready));
         {
             std::lock_guard stopLock(impl.parking->mutex);
             if (impl.parking->stopped) return MHD_NO;
