@@ -15,6 +15,7 @@
 
 #include <algorithm>
 #include <atomic>
+#include <charconv>
 #include <fstream>
 #include <iterator>
 #include <map>
@@ -43,8 +44,15 @@ std::string currentMinute() {
     return text;
 }
 
+// The shortest text that reads back as the same double: cheap, and distinct for distinct values.
+std::string shortest(double value) {
+    char text[32];
+    auto end = std::to_chars(text, text + sizeof text, value).ptr;
+    return std::string(text, end);
+}
+
 std::string canonical(const RenderOptions& o) {
-    return std::to_string(o.width) + '|' + std::to_string(o.scale) + '|' + o.locale + '|' + o.timeZone + '|' + o.now;
+    return shortest(o.width) + '|' + shortest(o.scale) + '|' + o.locale + '|' + o.timeZone + '|' + o.now;
 }
 
 bool matchesAny(const std::string& ifNoneMatch, const std::string& etag) {
