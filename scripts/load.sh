@@ -4,15 +4,17 @@
 # Prints one line per figure; not part of CI (timings need a quiet machine).
 #   1. one request at a time: median latency of distinct-store cards
 #   2. distinct stores at full speed: cards per second (no cache hits)
-#   3. cache hits and 304s per second
+#   3. cache hits and 304s per second (wrk with two threads and with one, which
+#      leaves a core to the server: wrk shares the machine with it)
 #   4. 80 % of (2): p50 / p99 latency
 #   5. overload, 200 % and more: every answer 200 or 503, /healthz p99, resident memory
 #   6. 500 slow clients holding connections while others are served
 # Usage: scripts/load.sh [SECONDS]   (installs wrk through scripts/setup.sh --with-load)
+# PROGRAM=path runs another build of the program (a before/after comparison).
 set -euo pipefail
 cd "$(dirname "$0")/.."
 seconds="${1:-10}"
-program=build/release/src/cli/velmorant-snippet
+program="${PROGRAM:-build/release/src/cli/velmorant-snippet}"
 scripts/setup.sh --with-load release velmorant-snippet >/dev/null
 ulimit -n 4096
 
@@ -33,6 +35,7 @@ for _ in $(seq 100); do
   sleep 0.1
 done
 rss() { awk '/VmRSS/ {print int($2 / 1024) " MB"}' "/proc/$server/status"; }
+anon() { awk '/RssAnon/ {print int($2 / 1024) " MB"}' "/proc/$server/status"; }
 echo "load: $url, $cores workers, $seconds s per phase; resident memory at start $(rss)"
 
 card="/v1/snippets/SleepSpO2Intent.png"
@@ -67,6 +70,7 @@ full=$(cat "$work/distinct.rate")
 
 # 3. Cache hits and 304s.
 phase cache-hits -t2 -c32 -d"${seconds}s" -s scripts/load/count_statuses.lua "$url$card?$fixed"
+phase cache-hits-one-wrk-thread -t1 -c32 -d"${seconds}s" -s scripts/load/count_statuses.lua "$url$card?$fixed"
 etag=$(curl -sI "$url$card?$fixed" | sed -n 's/^ETag: //Ip' | tr -d '\r')
 IF_NONE_MATCH="$etag" phase not-modified -t2 -c32 -d"${seconds}s" -s scripts/load/count_statuses.lua "$url$card?$fixed"
 
@@ -88,7 +92,8 @@ echo "overload healthz: $(sed -n 's/^latency_ms: //p' "$work/health.txt"); $(sed
 sleep 5
 kill "$sampler" 2>/dev/null || true
 peak=$(sort -n "$work/rss.log" | tail -1)
-echo "overload memory: peak $((peak / 1024)) MB resident, $(rss) five seconds later"
+cache=$(curl -s "$url/metrics" | awk '/^velmorant_cache_bytes/ {printf "%.1f", $2 / 1048576}')
+echo "overload memory: peak $((peak / 1024)) MB resident, $(rss) five seconds later ($(anon) of it anonymous, $cache MiB of that the result cache)"
 
 # 6. 500 slow clients, each sending its request a byte every two seconds.
 slow=()

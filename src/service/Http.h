@@ -10,6 +10,8 @@
 namespace velmorant::service {
 
 class EventStream;
+// An answer made ready once by the transport and sent as it is to any number of clients.
+class PreparedResponse;
 
 // One request as the transport read it. The path is checked against the raw
 // target, so an escaped character never reaches a route.
@@ -34,6 +36,8 @@ struct HttpResponse {
     std::string contentType = "application/json";
     std::vector<std::pair<std::string, std::string>> headers;
     std::string body;
+    // When set, everything above is ignored and this is sent instead.
+    std::shared_ptr<const PreparedResponse> prepared;
     // When set, the body is this endless stream of server-sent events instead.
     std::shared_ptr<EventStream> events;
 };

@@ -6,6 +6,7 @@
 #include <microhttpd.h>
 #include <dlfcn.h>
 #include <netinet/in.h>
+#include <sys/socket.h>
 
 #include <algorithm>
 #include <cctype>
@@ -30,9 +31,10 @@ namespace {
 // only `serve` needs them, so they are loaded when a server starts.
 struct Mhd {
     decltype(&MHD_add_response_header) add_response_header = nullptr;
-    decltype(&MHD_create_response_from_buffer) create_response_from_buffer = nullptr;
+    decltype(&MHD_create_response_from_buffer_with_free_callback_cls) create_response_from_shared_buffer = nullptr;
     decltype(&MHD_create_response_from_callback) create_response_from_callback = nullptr;
     decltype(&MHD_destroy_response) destroy_response = nullptr;
+    decltype(&MHD_get_connection_info) get_connection_info = nullptr;
     decltype(&MHD_get_connection_values) get_connection_values = nullptr;
     decltype(&MHD_get_daemon_info) get_daemon_info = nullptr;
     decltype(&MHD_queue_response) queue_response = nullptr;
@@ -57,9 +59,11 @@ private:
             return;
         }
         add_response_header = reinterpret_cast<decltype(add_response_header)>(::dlsym(library, "MHD_add_response_header"));
-        create_response_from_buffer = reinterpret_cast<decltype(create_response_from_buffer)>(::dlsym(library, "MHD_create_response_from_buffer"));
+        create_response_from_shared_buffer = reinterpret_cast<decltype(create_response_from_shared_buffer)>(
+            ::dlsym(library, "MHD_create_response_from_buffer_with_free_callback_cls"));
         create_response_from_callback = reinterpret_cast<decltype(create_response_from_callback)>(::dlsym(library, "MHD_create_response_from_callback"));
         destroy_response = reinterpret_cast<decltype(destroy_response)>(::dlsym(library, "MHD_destroy_response"));
+        get_connection_info = reinterpret_cast<decltype(get_connection_info)>(::dlsym(library, "MHD_get_connection_info"));
         get_connection_values = reinterpret_cast<decltype(get_connection_values)>(::dlsym(library, "MHD_get_connection_values"));
         get_daemon_info = reinterpret_cast<decltype(get_daemon_info)>(::dlsym(library, "MHD_get_daemon_info"));
         queue_response = reinterpret_cast<decltype(queue_response)>(::dlsym(library, "MHD_queue_response"));
@@ -69,7 +73,7 @@ private:
         suspend_connection = reinterpret_cast<decltype(suspend_connection)>(::dlsym(library, "MHD_suspend_connection"));
         if (!complete()) error_ = "libmicrohttpd lacks a function this server uses";
     }
-    bool complete() const { return add_response_header && create_response_from_buffer && create_response_from_callback && destroy_response && get_connection_values && get_daemon_info && queue_response && resume_connection && start_daemon && stop_daemon && suspend_connection; }
+    bool complete() const { return add_response_header && create_response_from_shared_buffer && create_response_from_callback && destroy_response && get_connection_info && get_connection_values && get_daemon_info && queue_response && resume_connection && start_daemon && stop_daemon && suspend_connection; }
     std::string error_;
 };
 
@@ -125,6 +129,9 @@ struct Parking {
 struct RequestState {
     std::shared_ptr<Parking> parking;
     std::string rawTarget;
+    // Where the target ended as a C string in the library's copy of the request
+    // line: the version follows it directly unless the target held a raw NUL.
+    std::uintptr_t rawTargetEnd = 0;
     HttpRequest request;
     MHD_Connection* connection = nullptr;
     bool started = false;
@@ -177,7 +184,49 @@ void freeEvents(void* cls) {
     delete reader;
 }
 
-MHD_Result queue(MHD_Connection* connection, const std::shared_ptr<Parking>& parking, const HttpResponse& answer) {
+void addHeaders(MHD_Response* response, const HttpResponse& answer) {
+    mhd().add_response_header(response, MHD_HTTP_HEADER_CONTENT_TYPE, answer.contentType.c_str());
+    for (const auto& [name, value] : answer.headers) mhd().add_response_header(response, name.c_str(), value.c_str());
+}
+
+void releaseBody(void* held) { delete static_cast<std::string*>(held); }
+
+}  // namespace
+
+class PreparedResponse {
+public:
+    PreparedResponse(MHD_Response* response, int status) : response_(response), status_(status) {}
+    ~PreparedResponse() { mhd().destroy_response(response_); }
+    PreparedResponse(const PreparedResponse&) = delete;
+    PreparedResponse& operator=(const PreparedResponse&) = delete;
+
+    // The library counts its own references, so the response outlives this
+    // object for as long as a connection is still sending it.
+    MHD_Result queueOn(MHD_Connection* connection) const {
+        return mhd().queue_response(connection, static_cast<unsigned>(status_), response_);
+    }
+
+private:
+    MHD_Response* response_;
+    int status_;
+};
+
+std::shared_ptr<const PreparedResponse> prepareResponse(HttpResponse answer) {
+    // The response owns the body from here and frees it when the last client is done.
+    auto* body = new std::string(std::move(answer.body));
+    MHD_Response* response = mhd().create_response_from_shared_buffer(body->size(), body->data(), releaseBody, body);
+    if (!response) {
+        releaseBody(body);
+        return nullptr;
+    }
+    addHeaders(response, answer);
+    return std::make_shared<const PreparedResponse>(response, answer.status);
+}
+
+namespace {
+
+MHD_Result queue(MHD_Connection* connection, const std::shared_ptr<Parking>& parking, HttpResponse&& answer) {
+    if (answer.prepared) return answer.prepared->queueOn(connection);
     MHD_Response* response;
     if (answer.events) {
         auto* reader = new StreamReader{answer.events, parking, connection};
@@ -187,15 +236,34 @@ MHD_Result queue(MHD_Connection* connection, const std::shared_ptr<Parking>& par
             return MHD_NO;
         }
     } else {
-        response = mhd().create_response_from_buffer(answer.body.size(), const_cast<char*>(answer.body.data()),
-                                                   MHD_RESPMEM_MUST_COPY);
-        if (!response) return MHD_NO;
+        // The library holds the body, moved here, until the last byte has left.
+        auto* body = new std::string(std::move(answer.body));
+        response = mhd().create_response_from_shared_buffer(body->size(), body->data(), releaseBody, body);
+        if (!response) {
+            releaseBody(body);
+            return MHD_NO;
+        }
     }
-    mhd().add_response_header(response, MHD_HTTP_HEADER_CONTENT_TYPE, answer.contentType.c_str());
-    for (const auto& [name, value] : answer.headers) mhd().add_response_header(response, name.c_str(), value.c_str());
+    addHeaders(response, answer);
     MHD_Result result = mhd().queue_response(connection, static_cast<unsigned>(answer.status), response);
     mhd().destroy_response(response);
     return result;
+}
+
+// The library cannot queue an answer while a body is arriving, only close
+// the connection; so the answer is written to the socket directly, ahead of
+// the close, and the rest of the body is never read. It is small and the only
+// thing ever sent on the connection at this point (earlier answers have left).
+void answerAndClose(MHD_Connection* connection, const HttpResponse& answer) {
+    const MHD_ConnectionInfo* info = mhd().get_connection_info(connection, MHD_CONNECTION_INFO_CONNECTION_FD);
+    if (!info) return;
+    std::string reason = answer.status == 413 ? "Content Too Large" : "Error";
+    std::string text = "HTTP/1.1 " + std::to_string(answer.status) + ' ' + reason + "\r\nContent-Type: " + answer.contentType +
+                       "\r\nContent-Length: " + std::to_string(answer.body.size()) + "\r\nConnection: close\r\n";
+    for (const auto& [name, value] : answer.headers) text += name + ": " + value + "\r\n";
+    text += "\r\n" + answer.body;
+    if (::send(info->connect_fd, text.data(), text.size(), MSG_NOSIGNAL) == static_cast<ssize_t>(text.size()))
+        ::shutdown(info->connect_fd, SHUT_WR);
 }
 
 MHD_Result collect(void* cls, MHD_ValueKind, const char* key, const char* value) {
@@ -217,6 +285,7 @@ struct HttpServer::Impl {
         auto* state = new std::shared_ptr<RequestState>(std::make_shared<RequestState>());
         (*state)->parking = impl.parking;
         (*state)->rawTarget = uri ? uri : "";
+        (*state)->rawTargetEnd = reinterpret_cast<std::uintptr_t>(uri) + (*state)->rawTarget.size();
         return state;
     }
 
@@ -226,14 +295,14 @@ struct HttpServer::Impl {
     }
 
     static MHD_Result onRequest(void* cls, MHD_Connection* connection, const char* url, const char* method,
-                                const char*, const char* upload, std::size_t* uploadSize, void** context) {
+                                const char* version, const char* upload, std::size_t* uploadSize, void** context) {
         auto& impl = *static_cast<Impl*>(cls);
         std::shared_ptr<RequestState> state = *static_cast<std::shared_ptr<RequestState>*>(*context);
-        if (!state->started) return impl.begin(*state, connection, url, method);
+        if (!state->started) return impl.begin(*state, connection, url, method, version);
         if (*uploadSize) {
             if (state->request.body.size() + *uploadSize > impl.limits.maxBodyBytes) {
-                // A body without a stated length that outgrows the limit: the
-                // connection is closed rather than read to its end.
+                // A body without a stated length that outgrows the limit.
+                answerAndClose(connection, impl.bodyTooLarge());
                 return MHD_NO;
             }
             state->request.body.append(upload, *uploadSize);
@@ -252,7 +321,7 @@ struct HttpServer::Impl {
             });
         }
         std::lock_guard lock(state->mutex);
-        if (state->ready) return queue(connection, impl.parking, *state->ready);
+        if (state->ready) return queue(connection, impl.parking, std::move(*state->ready));
         {
             std::lock_guard stopLock(impl.parking->mutex);
             if (impl.parking->stopped) return MHD_NO;
@@ -261,13 +330,21 @@ struct HttpServer::Impl {
         return MHD_YES;
     }
 
-    MHD_Result begin(RequestState& state, MHD_Connection* connection, const char* url, const char* method) {
+    HttpResponse bodyTooLarge() const {
+        return jsonError(413, "request body over " + std::to_string(limits.maxBodyBytes) + " bytes");
+    }
+
+    MHD_Result begin(RequestState& state, MHD_Connection* connection, const char* url, const char* method,
+                     const char* version) {
         state.started = true;
         state.connection = connection;
         HttpRequest& request = state.request;
         request.method = method;
         request.path = url;
-        request.rawPathSuspicious = suspiciousPath(state.rawTarget);
+        // The library cuts the target at a raw NUL and passes the rest on: such a
+        // target is told by the gap between where it ended and the version.
+        bool rawNul = version && reinterpret_cast<std::uintptr_t>(version) != state.rawTargetEnd + 1;
+        request.rawPathSuspicious = rawNul || suspiciousPath(state.rawTarget);
         int count = mhd().get_connection_values(connection, MHD_HEADER_KIND, collect, &request.headers);
         std::map<std::string, std::string> headers;
         for (auto& [name, value] : request.headers) {
@@ -284,9 +361,7 @@ struct HttpServer::Impl {
         if (!length.empty()) {
             char* end = nullptr;
             unsigned long long declared = std::strtoull(length.c_str(), &end, 10);
-            if (declared > limits.maxBodyBytes)
-                return queue(connection, parking, jsonError(413, "request body over " +
-                                                                     std::to_string(limits.maxBodyBytes) + " bytes"));
+            if (declared > limits.maxBodyBytes) return queue(connection, parking, bodyTooLarge());
             request.body.reserve(declared);
         }
         return MHD_YES;

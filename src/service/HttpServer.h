@@ -42,4 +42,9 @@ private:
     std::unique_ptr<Impl> impl_;
 };
 
+// Makes `response` ready to be sent many times at the cost of one: status,
+// headers and body are set up once and shared by every client it goes to,
+// never copied. Null when the transport cannot be loaded.
+std::shared_ptr<const PreparedResponse> prepareResponse(HttpResponse response);
+
 }  // namespace velmorant::service

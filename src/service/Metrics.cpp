@@ -1,13 +1,14 @@
 #include "Metrics.h"
 
+#include <iterator>
 #include <sstream>
 
 namespace velmorant::service {
-namespace {
-
-constexpr const char* kStageNames[] = {"store", "records", "card", "encoding"};
-
-}  // namespace
+const char* stageName(Stage stage) {
+    static constexpr const char* kNames[] = {"store", "records", "drawing", "card", "encoding"};
+    static_assert(std::size(kNames) == static_cast<std::size_t>(Stage::Count));
+    return kNames[static_cast<std::size_t>(stage)];
+}
 
 void Metrics::countRequest(const std::string& route, int status) {
     std::lock_guard lock(mutex_);
@@ -39,12 +40,13 @@ std::string Metrics::text(std::size_t queueDepth, std::size_t busyWorkers, std::
            "# TYPE velmorant_render_stage_seconds histogram\n";
     for (std::size_t s = 0; s < stages_.size(); ++s) {
         const Histogram& h = stages_[s];
+        const char* name = stageName(static_cast<Stage>(s));
         for (std::size_t i = 0; i < kBuckets.size(); ++i)
-            out << "velmorant_render_stage_seconds_bucket{stage=\"" << kStageNames[s] << "\",le=\"" << kBuckets[i]
+            out << "velmorant_render_stage_seconds_bucket{stage=\"" << name << "\",le=\"" << kBuckets[i]
                 << "\"} " << h.counts[i] << '\n';
-        out << "velmorant_render_stage_seconds_bucket{stage=\"" << kStageNames[s] << "\",le=\"+Inf\"} " << h.count << '\n'
-            << "velmorant_render_stage_seconds_sum{stage=\"" << kStageNames[s] << "\"} " << h.sum << '\n'
-            << "velmorant_render_stage_seconds_count{stage=\"" << kStageNames[s] << "\"} " << h.count << '\n';
+        out << "velmorant_render_stage_seconds_bucket{stage=\"" << name << "\",le=\"+Inf\"} " << h.count << '\n'
+            << "velmorant_render_stage_seconds_sum{stage=\"" << name << "\"} " << h.sum << '\n'
+            << "velmorant_render_stage_seconds_count{stage=\"" << name << "\"} " << h.count << '\n';
     }
     out << "# HELP velmorant_cache_lookups_total Result cache lookups.\n# TYPE velmorant_cache_lookups_total counter\n"
         << "velmorant_cache_lookups_total{result=\"hit\"} " << cacheHits_ << '\n'

@@ -9,8 +9,13 @@
 
 namespace velmorant::service {
 
-// The stages of one render, timed separately.
-enum class Stage { Store, Records, Card, Encoding, Count };
+// The stages of one render, timed separately: reading the stores, filling the
+// records, drawing their pictures (gauges, rings), laying out and rasterising
+// the card, encoding the PNG.
+enum class Stage { Store, Records, Drawing, Card, Encoding, Count };
+
+// The stage's name in the metrics and in messages.
+const char* stageName(Stage stage);
 
 // Counters and timings, written as Prometheus text. Safe from any thread.
 class Metrics {

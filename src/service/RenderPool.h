@@ -16,6 +16,8 @@ namespace velmorant::service {
 // thread owns what it draws with (made by `makeWorkerState`), so the drawing
 // objects are never shared. The queue is bounded: a full queue refuses at
 // once, and a job still waiting at its deadline is answered without being run.
+// Once the pool has had nothing to do for a while after some work, `onIdle`
+// runs once on a worker (the service gives freed memory back then).
 template <typename WorkerState>
 class RenderPool {
 public:
@@ -27,8 +29,9 @@ public:
         Clock::time_point deadline;
     };
 
-    RenderPool(std::size_t workers, std::size_t queueCapacity, std::function<std::unique_ptr<WorkerState>()> makeWorkerState)
-        : capacity_(queueCapacity) {
+    RenderPool(std::size_t workers, std::size_t queueCapacity, std::function<std::unique_ptr<WorkerState>()> makeWorkerState,
+               std::function<void()> onIdle = {}, Clock::duration idleAfter = std::chrono::seconds(1))
+        : capacity_(queueCapacity), onIdle_(std::move(onIdle)), idleAfter_(idleAfter) {
         for (std::size_t i = 0; i < workers; ++i)
             threads_.emplace_back([this, makeWorkerState] { work(makeWorkerState()); });
     }
@@ -81,7 +84,14 @@ private:
             Job job;
             {
                 std::unique_lock lock(mutex_);
-                wake_.wait(lock, [&] { return stopping_ || !queue_.empty(); });
+                auto ready = [&] { return stopping_ || !queue_.empty(); };
+                if (!wake_.wait_for(lock, idleAfter_, ready) && idleDue_ && onIdle_) {
+                    idleDue_ = false;
+                    lock.unlock();
+                    onIdle_();
+                    continue;
+                }
+                wake_.wait(lock, ready);
                 if (queue_.empty()) return;
                 job = std::move(queue_.front());
                 queue_.pop_front();
@@ -93,6 +103,7 @@ private:
             double seconds = std::chrono::duration<double>(Clock::now() - start).count();
             std::lock_guard lock(mutex_);
             --busy_;
+            idleDue_ = true;
             recentSeconds_ = 0.8 * recentSeconds_ + 0.2 * seconds;
         }
     }
@@ -104,6 +115,10 @@ private:
     std::size_t capacity_;
     std::size_t busy_ = 0;
     double recentSeconds_ = 0.05;
+    std::function<void()> onIdle_;
+    Clock::duration idleAfter_;
+    // Work was done since `onIdle` last ran.
+    bool idleDue_ = false;
     bool stopping_ = false;
 };
 

@@ -6,6 +6,7 @@
 #include "cli/detail/ValueJson.h"
 #include "cli/WidgetPictures.h"
 #include "intents/Intents.h"
+#include "platform/graphics/DrawingTime.h"
 #include "platform/graphics/FontSystem.h"
 #include "platform/graphics/PngWriter.h"
 #include "platform/views/ViewRenderer.h"
@@ -20,19 +21,46 @@ using snippet_ui::SleepMetricsUI;
 
 namespace {
 
+using Clock = std::chrono::steady_clock;
+
+// Times the stages of one render and stops it when a stage ends past the deadline.
 class StageTimer {
 public:
-    explicit StageTimer(Metrics& metrics) : metrics_(metrics) {}
+    StageTimer(Metrics& metrics, const RenderDeadline& deadline) : metrics_(metrics), deadline_(deadline) {}
     // Records the time since the last mark as `stage`.
     void mark(Stage stage) {
-        auto now = std::chrono::steady_clock::now();
+        auto now = Clock::now();
         metrics_.timeStage(stage, std::chrono::duration<double>(now - last_).count());
-        last_ = now;
+        restart(now);
+        // A finished result is sent even when late: dropping it would waste the whole render.
+        if (stage != Stage::Encoding) check(stage);
+    }
+    // Records the time since the last mark split in two: the time canvases
+    // were open is drawing, the rest is filling the records.
+    void markRecordsAndDrawing() {
+        auto now = Clock::now();
+        double total = std::chrono::duration<double>(now - last_).count();
+        double drawing = std::clamp(platform::drawingSecondsOnThisThread() - drawingAtLast_, 0.0, total);
+        metrics_.timeStage(Stage::Records, total - drawing);
+        metrics_.timeStage(Stage::Drawing, drawing);
+        restart(now);
+        check(Stage::Drawing);
     }
 
 private:
+    void restart(Clock::time_point now) {
+        last_ = now;
+        drawingAtLast_ = platform::drawingSecondsOnThisThread();
+    }
+    void check(Stage done) const {
+        if (deadline_.passed(done))
+            throw DeadlinePassed(std::string("the render passed its deadline (stopped after the ") + stageName(done) + " stage)");
+    }
+
     Metrics& metrics_;
-    std::chrono::steady_clock::time_point last_ = std::chrono::steady_clock::now();
+    const RenderDeadline& deadline_;
+    Clock::time_point last_ = Clock::now();
+    double drawingAtLast_ = platform::drawingSecondsOnThisThread();
 };
 
 const cli::WidgetEntry* findWidget(std::string_view name) {
@@ -100,8 +128,12 @@ bool isKnownIntent(std::string_view name) {
 
 bool isKnownWidget(std::string_view name) { return findWidget(name) != nullptr; }
 
-RenderOutput render(const RenderTask& task, WorkerTools& tools, Metrics& metrics) {
-    StageTimer timer(metrics);
+bool RenderDeadline::passed(Stage done) const {
+    return passedAfter ? passedAfter(done) : Clock::now() > at;
+}
+
+RenderOutput render(const RenderTask& task, WorkerTools& tools, Metrics& metrics, const RenderDeadline& deadline) {
+    StageTimer timer(metrics, deadline);
     auto platform = makePlatform(task.options, &tools);
     install(*platform, parseStores(task.stores, *platform));
     timer.mark(Stage::Store);
@@ -109,7 +141,7 @@ RenderOutput render(const RenderTask& task, WorkerTools& tools, Metrics& metrics
     if (task.product == Product::WidgetPng) {
         SleepMetricsUI ui(*platform);
         platform::ImagePtr image = (ui.*findWidget(task.name)->draw)();
-        timer.mark(Stage::Records);
+        timer.markRecordsAndDrawing();
         if (!image) throw BadRequest(task.name + " draws no picture from this store (it has no data for it)");
         RenderOutput output{"image/png", pngBytes(*image, "")};
         timer.mark(Stage::Encoding);
@@ -119,7 +151,7 @@ RenderOutput render(const RenderTask& task, WorkerTools& tools, Metrics& metrics
     cli::SnippetOptions snippet{.width = task.options.width};
     snippet.draw = [&](const platform::ViewTree& views, const cli::SnippetCard& filled) {
                                                  if (task.product != Product::CardPng) return;
-                                                 timer.mark(Stage::Records);
+                                                 timer.markRecordsAndDrawing();
                                                  platform::ImagePtr picture = platform::renderCard(
                                                      views, filled.size, platform->screenScale(), platform->fonts());
                                                  timer.mark(Stage::Card);
@@ -128,8 +160,9 @@ RenderOutput render(const RenderTask& task, WorkerTools& tools, Metrics& metrics
                                              };
     cli::SnippetCard card = cli::showSnippet(*platform, task.name, snippet);
     if (task.product == Product::CardJson) {
-        timer.mark(Stage::Records);
+        timer.markRecordsAndDrawing();
         output = {"application/json", card.record + "\n"};
+        timer.mark(Stage::Encoding);
     }
     return output;
 }

@@ -3,7 +3,10 @@
 #include "Metrics.h"
 #include "RenderRequest.h"
 
+#include <chrono>
+#include <functional>
 #include <memory>
+#include <stdexcept>
 #include <string>
 #include <string_view>
 
@@ -33,10 +36,28 @@ struct RenderOutput {
 bool isKnownIntent(std::string_view name);
 bool isKnownWidget(std::string_view name);
 
+// When a render must be done by. It is checked as each stage ends, so a render
+// that runs late stops there and its worker moves on to the next request.
+struct RenderDeadline {
+    std::chrono::steady_clock::time_point at = std::chrono::steady_clock::time_point::max();
+    // When set, decides instead of the clock whether the deadline has passed
+    // once a stage is done (tests stop a render at a chosen stage this way).
+    std::function<bool(Stage)> passedAfter;
+
+    bool passed(Stage done) const;
+};
+
+// A render stopped because its deadline passed; the message names the last stage done.
+class DeadlinePassed : public std::runtime_error {
+public:
+    using std::runtime_error::runtime_error;
+};
+
 // Draws what `task` asks for, from stores in memory; nothing is written
 // anywhere. Throws BadRequest for a store, locale, zone or date the client
-// got wrong. Each stage's time goes to `metrics`.
-RenderOutput render(const RenderTask& task, WorkerTools& tools, Metrics& metrics);
+// got wrong, DeadlinePassed when a stage ends after `deadline`. Each stage's
+// time goes to `metrics`.
+RenderOutput render(const RenderTask& task, WorkerTools& tools, Metrics& metrics, const RenderDeadline& deadline);
 
 // The shared and standard stores that `input` holds, as JSON
 // ({"shared": {…}, "standard": {…}}), for the preview page.

@@ -13,12 +13,12 @@ std::shared_ptr<const CachedResult> ResultCache::find(const std::string& etag) {
 }
 
 void ResultCache::insert(const std::string& etag, std::shared_ptr<const CachedResult> result) {
-    std::size_t size = result->body.size();
+    std::size_t size = result->bytes;
     if (size > maxBytes_) return;
     std::lock_guard lock(mutex_);
     if (index_.contains(etag)) return;
     while (bytes_ + size > maxBytes_ && !order_.empty()) {
-        bytes_ -= order_.front().second->body.size();
+        bytes_ -= order_.front().second->bytes;
         index_.erase(order_.front().first);
         order_.pop_front();
     }

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "Http.h"
+
 #include <cstddef>
 #include <list>
 #include <memory>
@@ -10,8 +12,10 @@
 namespace velmorant::service {
 
 struct CachedResult {
-    std::string contentType;
-    std::string body;
+    // The whole answer, ready to be sent again.
+    std::shared_ptr<const PreparedResponse> response;
+    // The body's size.
+    std::size_t bytes = 0;
 };
 
 // Recent results by ETag, least recently used first out, bounded by the

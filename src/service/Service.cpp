@@ -15,6 +15,7 @@
 
 #include <algorithm>
 #include <atomic>
+#include <charconv>
 #include <fstream>
 #include <iterator>
 #include <map>
@@ -43,8 +44,15 @@ std::string currentMinute() {
     return text;
 }
 
+// The shortest text that reads back as the same double: cheap, and distinct for distinct values.
+std::string shortest(double value) {
+    char text[32];
+    auto end = std::to_chars(text, text + sizeof text, value).ptr;
+    return std::string(text, end);
+}
+
 std::string canonical(const RenderOptions& o) {
-    return std::to_string(o.width) + '|' + std::to_string(o.scale) + '|' + o.locale + '|' + o.timeZone + '|' + o.now;
+    return shortest(o.width) + '|' + shortest(o.scale) + '|' + o.locale + '|' + o.timeZone + '|' + o.now;
 }
 
 bool matchesAny(const std::string& ifNoneMatch, const std::string& etag) {
@@ -52,6 +60,8 @@ bool matchesAny(const std::string& ifNoneMatch, const std::string& etag) {
     return ifNoneMatch.find('*') != std::string::npos || ifNoneMatch.find(etag) != std::string::npos;
 }
 
+// Hands pages freed by every thread's heap back to the system: renders free
+// megabytes of scratch (bitmaps, encoder state) the heap would otherwise keep.
 void releaseFreedMemory() { malloc_trim(0); }
 
 HttpResponse withHeader(HttpResponse response, std::string name, std::string value) {
@@ -63,13 +73,20 @@ HttpResponse overloaded(long retryAfter, const std::string& why) {
     return withHeader(jsonError(503, why), "Retry-After", std::to_string(retryAfter));
 }
 
+HttpResponse prepared(std::shared_ptr<const PreparedResponse> ready) {
+    HttpResponse response;
+    response.prepared = std::move(ready);
+    return response;
+}
+
 }  // namespace
 
 struct Service::Impl {
     ServiceOptions options;
     Metrics metrics;
     ResultCache cache;
-    std::string dependencies;  // program version, artwork, fonts
+    // Program version, artwork and fonts: what every ETag starts from.
+    Fingerprint dependencies;
     std::string page;
     // Found once: ICU reads the host's zone through a static buffer.
     std::string hostZone;
@@ -85,10 +102,10 @@ struct Service::Impl {
     explicit Impl(const ServiceOptions& o)
         : options(o),
           cache(o.cacheBytes),
-          dependencies(std::string(VELMORANT_VERSION) + '|' + resourceDigest()),
+          dependencies(Fingerprint().add(VELMORANT_VERSION).add(resourceDigest())),
           page(previewPage()),
           hostZone(platform::Platform().timeZoneId()),
-          pool(workerCount(o), o.queueCapacity ? o.queueCapacity : 4 * workerCount(o), makeWorkerTools),
+          pool(workerCount(o), o.queueCapacity ? o.queueCapacity : 4 * workerCount(o), makeWorkerTools, releaseFreedMemory),
           events(o.prefs, o.maxEventStreams),
           server(o.bind, o.port, o.limits, [this](HttpRequest& request, Responder respond) { handle(request, std::move(respond)); }) {}
 
@@ -147,8 +164,7 @@ struct Service::Impl {
         }
         if (route.kind == RouteKind::Stores) return queueRender(std::move(task), true, "", std::move(answer));
 
-        std::string etag = Fingerprint()
-                               .add(dependencies)
+        std::string etag = Fingerprint(dependencies)
                                .add(std::to_string(static_cast<int>(task.product)))
                                .add(task.name)
                                .add(canonical(task.options))
@@ -162,7 +178,7 @@ struct Service::Impl {
         if (auto cached = cache.find(etag)) {
             hit = true;
             metrics.countCache(true);
-            return answer(HttpResponse{200, cached->contentType, {{"ETag", etag}, {"Cache-Control", "no-cache"}}, cached->body});
+            return answer(prepared(cached->response));
         }
         metrics.countCache(hit);
         // The same result already being drawn: this request waits for it
@@ -199,21 +215,30 @@ struct Service::Impl {
         job.deadline = Clock::now() + std::chrono::duration_cast<Clock::duration>(
                                           std::chrono::duration<double>(options.renderDeadlineSeconds));
         job.expire = [this, shared] { (*shared)(overloaded(pool.retryAfterSeconds(), "the render waited past its deadline")); };
-        job.run = [this, shared, taskHeld, storesOnly, etag](WorkerTools& tools) {
+        job.run = [this, shared, taskHeld, storesOnly, etag, deadline = job.deadline](WorkerTools& tools) {
             try {
                 if (storesOnly) {
                     (*shared)(HttpResponse{200, "application/json", {{"Cache-Control", "no-store"}},
                                            storesAsJson(taskHeld->stores, taskHeld->options)});
                     return;
                 }
-                RenderOutput output = render(*taskHeld, tools, metrics);
+                RenderOutput output = render(*taskHeld, tools, metrics, {deadline, options.deadlinePassedAfter});
                 // The last render of a burst gives the freed pages back.
                 if (pool.queued() == 0) releaseFreedMemory();
-                auto result = std::make_shared<CachedResult>(CachedResult{output.contentType, std::move(output.body)});
-                cache.insert(etag, result);
-                (*shared)(HttpResponse{200, result->contentType, {{"ETag", etag}, {"Cache-Control", "no-cache"}}, result->body});
+                std::size_t bytes = output.body.size();
+                // Made ready once, the answer goes to this client, to those
+                // waiting for the same result, and from the cache to later ones.
+                auto ready = prepareResponse(
+                    {200, output.contentType, {{"ETag", etag}, {"Cache-Control", "no-cache"}}, std::move(output.body)});
+                if (!ready) throw std::runtime_error("the transport cannot hold the answer");
+                cache.insert(etag, std::make_shared<const CachedResult>(CachedResult{ready, bytes}));
+                (*shared)(prepared(std::move(ready)));
             } catch (const BadRequest& e) {
                 (*shared)(jsonError(400, e.what()));
+            } catch (const DeadlinePassed& e) {
+                // 503, not 504: this server is the origin, not a gateway
+                // waiting on another, and it is too busy to finish in time.
+                (*shared)(overloaded(pool.retryAfterSeconds(), e.what()));
             } catch (const std::exception& e) {
                 (*shared)(jsonError(500, e.what()));
             }

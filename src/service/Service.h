@@ -1,9 +1,11 @@
 #pragma once
 
 #include "HttpServer.h"
+#include "Metrics.h"
 
 #include <cstdint>
 #include <filesystem>
+#include <functional>
 #include <memory>
 #include <string>
 
@@ -19,8 +21,12 @@ struct ServiceOptions {
     std::size_t workers = 0;
     // Renders that may wait for a worker; 0 uses four per worker.
     std::size_t queueCapacity = 0;
-    // A render still waiting this long is answered 503 instead.
+    // A request's render must be done this long after it was read: one still
+    // waiting, or still drawing when a stage ends, is answered 503 instead.
     double renderDeadlineSeconds = 10;
+    // For tests: when set, decides instead of the clock whether a render's
+    // deadline has passed once a stage is done.
+    std::function<bool(Stage)> deadlinePassedAfter;
     std::size_t cacheBytes = 32u << 20;
     std::size_t maxEventStreams = 64;
     HttpLimits limits;

@@ -8,6 +8,7 @@
 #include <atomic>
 #include <future>
 #include <string>
+#include <thread>
 #include <vector>
 
 namespace velmorant::service {
@@ -46,6 +47,20 @@ TEST(RenderPool, RefusesBeyondItsQueueExpiresLateJobsAndFinishesTheRestOnStop) {
     pool.stop();
     EXPECT_EQ(log, (std::vector<std::string>{"first ran", "late expired", "third ran"}));
     EXPECT_FALSE(pool.submit(job([] {}, [] {})));
+}
+
+TEST(RenderPool, RunsTheIdleHookOnceAfterEachSpellOfWork) {
+    std::atomic<int> idles = 0;
+    RenderPool<NoTools> pool(2, 4, [] { return std::make_unique<NoTools>(); }, [&] { ++idles; }, 5ms);
+    std::this_thread::sleep_for(100ms);
+    EXPECT_EQ(idles, 0) << "nothing was done, so there is nothing to free";
+    for (int spell = 1; spell <= 2; ++spell) {
+        for (int i = 0; i < 3; ++i) ASSERT_TRUE(pool.submit(job([] {}, [] {})));
+        for (int wait = 0; wait < 1000 && idles < spell; ++wait) std::this_thread::sleep_for(10ms);
+        // Many idle spans follow, but only the first after the work counts.
+        std::this_thread::sleep_for(100ms);
+        EXPECT_EQ(idles, spell);
+    }
 }
 
 TEST(EventStream, ParkedReaderIsWokenAndNothingIsLost) {

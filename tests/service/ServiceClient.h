@@ -46,6 +46,7 @@ public:
         connected_ = ::connect(fd_, reinterpret_cast<sockaddr*>(&address), sizeof address) == 0;
         timeval timeout{20, 0};
         ::setsockopt(fd_, SOL_SOCKET, SO_RCVTIMEO, &timeout, sizeof timeout);
+        ::setsockopt(fd_, SOL_SOCKET, SO_SNDTIMEO, &timeout, sizeof timeout);
     }
     ~RawConnection() { ::close(fd_); }
     RawConnection(const RawConnection&) = delete;
@@ -65,13 +66,6 @@ public:
         }
         return received;
     }
-    // The status code of the answer's first line; 0 when none came.
-    int status() {
-        std::string head = receiveUntil("\r\n");
-        if (head.rfind("HTTP/1.", 0) != 0 || head.size() < 12) return 0;
-        return std::stoi(head.substr(9, 3));
-    }
-
 private:
     int fd_;
     bool connected_ = false;

@@ -1,5 +1,6 @@
 #include "platform/graphics/Canvas.h"
 
+#include "platform/graphics/DrawingTime.h"
 #include "platform/graphics/detail/CHandles.h"
 #include "platform/graphics/detail/FontLayout.h"
 #include "platform/graphics/detail/ImageSurface.h"
@@ -143,6 +144,8 @@ PixelBox layoutExtent(Point p, double scale, const PangoRectangle& ink, const Pa
 }  // namespace
 
 struct Canvas::Impl {
+    // Everything drawn while a canvas lives counts as drawing time (the service times it apart).
+    DrawingTimeScope timing;
     Impl(Size points, double scale, const FontSystem& fonts) : fonts(fonts) {
         bool usable = finite(points.width) && finite(points.height) && finite(scale) && scale > 0;
         this->scale = usable ? scale : 1;
