@@ -1,5 +1,6 @@
 #pragma once
 
+#include "metrics/RecordKeys.h"
 #include "platform/core/Colour.h"
 #include "platform/core/Value.h"
 #include "platform/views/View.h"
@@ -25,7 +26,7 @@ inline std::optional<platform::Colour> recordColour(const platform::Dictionary& 
 
 // Shows the record's picture; without one the view keeps what it showed.
 inline void setImageFrom(platform::View& imageView, const platform::Dictionary& record) {
-    const platform::Value* value = record.objectForKey("ringsImage");
+    const platform::Value* value = record.objectForKey(metrics::keys::kRingsImage);
     if (value && value->image()) imageView.setImage(value->image());
 }
 
