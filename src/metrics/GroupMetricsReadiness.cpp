@@ -91,40 +91,44 @@ GroupMetrics::Record GroupMetrics::requestReadiness() {
     return scoreRecord(ScoreKind::Readiness, in);
 }
 
+GroupMetrics::ScorePart GroupMetrics::hrvPart(float h, float H) const {
+    ScorePart part;
+    if (!(h > 0.0f && H > 0.0f)) return part;
+    const float r = h / H;
+    // The step at a ratio of exactly 1 (0.75 just below, 0.7 at 1) is what the app has always shown.
+    if (r >= 1.0f) part.points = static_cast<float>(static_cast<double>(r - 1.0f) - 0.1 + 0.8);
+    else part.points = (r - 1.0f) + 0.75f;
+    if (r >= 1.0f && h - H > 0.5f) part.difference = localeFormat("%.0f %@", {h - H, localized("above baseline")});
+    else if (r < 1.0f && H - h > 0.5f) part.difference = localeFormat("%.0f %@", {H - h, localized("below baseline")});
+    else part.difference = localized("No change");
+    return part;
+}
+
+GroupMetrics::ScorePart GroupMetrics::wakingPart(float b, float B) const {
+    ScorePart part;
+    if (!(b > 0.0f && B > 0.0f)) return part;
+    const float q = b / B;
+    if (q >= 1.0f) {
+        const float x = (q - 1.0f) * 100.0f;
+        const float s = x > 10.0f ? 1.0f : x / 10.0f;
+        part.points = static_cast<float>(std::fma(static_cast<double>(s), -0.5, 0.95));
+    } else {
+        const float x = (1.0f - q) * 100.0f;
+        const float s = x > 10.0f ? 1.0f : x / 10.0f;
+        part.points = s * 0.8f + 0.8f;
+    }
+    if (q >= 1.0f && b - B > 0.5f) part.difference = localeFormat("%.0f %@", {b - B, localized("above baseline")});
+    else if (q < 1.0f && B - b > 0.5f) part.difference = localeFormat("%.0f %@", {B - b, localized("below baseline")});
+    else part.difference = localized("No change");
+    return part;
+}
+
 GroupMetrics::Record GroupMetrics::scoreRecord(ScoreKind kind, const ReadinessInputs& in) {
     const float h = in.hrv, H = in.hrvBaseline, b = in.bpm, B = in.bpmBaseline;
     const bool hasHRV = h > 0.0f && H > 0.0f;
     const bool hasBPM = b > 0.0f && B > 0.0f;
-
-    float hrvPoints = 0.0f;
-    std::string hrvDif;
-    if (hasHRV) {
-        const float r = h / H;
-        // The step at a ratio of exactly 1 (0.75 just below, 0.7 at 1) is what the app has always shown.
-        if (r >= 1.0f) hrvPoints = static_cast<float>(static_cast<double>(r - 1.0f) - 0.1 + 0.8);
-        else hrvPoints = (r - 1.0f) + 0.75f;
-        if (r >= 1.0f && h - H > 0.5f) hrvDif = localeFormat("%.0f %@", {h - H, localized("above baseline")});
-        else if (r < 1.0f && H - h > 0.5f) hrvDif = localeFormat("%.0f %@", {H - h, localized("below baseline")});
-        else hrvDif = localized("No change");
-    }
-
-    float wakingPoints = 0.0f;
-    std::string wakingDif;
-    if (hasBPM) {
-        const float q = b / B;
-        if (q >= 1.0f) {
-            const float x = (q - 1.0f) * 100.0f;
-            const float s = x > 10.0f ? 1.0f : x / 10.0f;
-            wakingPoints = static_cast<float>(std::fma(static_cast<double>(s), -0.5, 0.95));
-        } else {
-            const float x = (1.0f - q) * 100.0f;
-            const float s = x > 10.0f ? 1.0f : x / 10.0f;
-            wakingPoints = s * 0.8f + 0.8f;
-        }
-        if (q >= 1.0f && b - B > 0.5f) wakingDif = localeFormat("%.0f %@", {b - B, localized("above baseline")});
-        else if (q < 1.0f && B - b > 0.5f) wakingDif = localeFormat("%.0f %@", {B - b, localized("below baseline")});
-        else wakingDif = localized("No change");
-    }
+    const auto [hrvPoints, hrvDif] = hrvPart(h, H);
+    const auto [wakingPoints, wakingDif] = wakingPart(b, B);
 
     float v;
     if (hrvPoints > 0.0f && wakingPoints > 0.0f) v = (hrvPoints + wakingPoints) * 0.5f;

@@ -50,57 +50,32 @@ void GroupMetrics::cacheSleepBank(const Dictionary& record) {
     groupPrefs_->setObject(Value(platform_.now()), keys::kCachedSleepBankUpdate);
 }
 
-GroupMetrics::Record GroupMetrics::requestSleepBank() {
-    prepare();
-    if (shouldReportPreviousDay()) {
-        if (Record previous = returnPreviousSleepBank()) return previous;
-    }
-    auto bank = storeDictionary(keys::kBankDict);
-    if (!bank) return std::nullopt;
-
-    float watchSleep = 0.0f;
-    if (auto track = storeDictionary(keys::kWatchTrackDict); track && watchDictIsValid()) {
-        watchSleep = floatFor(*track, keys::kRawSleepTime);
-    }
-
-    // Unusable goals and efficiencies read as missing: they are divisors below.
-    float requiredHours = floatFor(*bank, keys::kRequiredHours, 8.0f);
-    if (!(requiredHours > 0.0f)) requiredHours = 8.0f;
-    const long nightHour = bankNightHour(*bank);
-    float wakeOffset = 0.0f;
-    if (auto median = numberFor(*bank, keys::kMedianWake); median && *median > 0.0)
-        wakeOffset = static_cast<float>(*median);
-    else if (auto average = numberFor(*bank, keys::kAverageWake)) wakeOffset = static_cast<float>(*average);
-    float efficiency = floatFor(*bank, keys::kAverageEfficiency, 90.0f);
-    if (!(efficiency > 0.0f)) efficiency = 90.0f;
-
+std::optional<Date> GroupMetrics::fixedWakeTime(long nightHour, Date base, long hour) {
+    // Set per weekday of the morning that ends the coming night (Monday 0 ... Sunday 6).
     FormatTools& ft = formatTools();
-    const Date now = platform_.now();
-    const Date base = getFromDateForNightHour(nightHour).dateByAddingTimeInterval(43200);
-    const float R = held(requiredHours * 3600.0f);
-    const long hour = ft.currentHour(now);
-
-    // The fixed wake time is set per weekday of the morning that ends the coming night (Monday 0 ... Sunday 6).
-    std::optional<Date> fixedWake;
-    {
-        long weekday = 0;
-        if (nightHour >= 1)
-            weekday = ft.getWeekdayNoForDate(hour < nightHour ? base.dateByAddingTimeInterval(86400) : base);
-        const long n = weekday < 2 ? 6 : weekday - 2;
-        const float wakeTime = getVelmorantConfigValueForKey(stringWithFormat("WakeTime%d", {n}));
-        if (getVelmorantSwitchValueForKey(stringWithFormat("WakeFixed%d", {n})) && wakeTime >= 0.0f) {
-            fixedWake = ft.dateForDate(base, 0, 0).dateByAddingTimeInterval(wakeTime);
-        }
+    long weekday = 0;
+    if (nightHour >= 1)
+        weekday = ft.getWeekdayNoForDate(hour < nightHour ? base.dateByAddingTimeInterval(86400) : base);
+    const long n = weekday < 2 ? 6 : weekday - 2;
+    const float wakeTime = getVelmorantConfigValueForKey(stringWithFormat("WakeTime%d", {n}));
+    if (getVelmorantSwitchValueForKey(stringWithFormat("WakeFixed%d", {n})) && wakeTime >= 0.0f) {
+        return ft.dateForDate(base, 0, 0).dateByAddingTimeInterval(wakeTime);
     }
+    return std::nullopt;
+}
 
+std::optional<GroupMetrics::BankBalance> GroupMetrics::weighNights(const Dictionary& bank, Date base, float required,
+                                                                   float watchSleep) {
     // Weights 1 (six nights ago) to 7 (the current night). A missing night
     // counts as the required amount towards the earlier nights' sum.
+    FormatTools& ft = formatTools();
+    const float R = required;
     double weightedSum = 0, weightSum = 0, earlierSum = 0, targetSum = 0;
     long earlierNights = 0, count = 0;
     float w = 1.0f;
     for (int i = 0; i < 7; ++i, w += 1.0f) {
         const Date night = base.dateByAddingTimeInterval(-518400.0 + 86400.0 * i);
-        const Value* stored = bank->objectForKey(ft.YYMMDD(night));
+        const Value* stored = bank.objectForKey(ft.YYMMDD(night));
         auto storedValue = numberFor(stored);
         bool present = storedValue.has_value();
         float x = present ? static_cast<float>(*storedValue) : 0.0f;
@@ -131,16 +106,10 @@ GroupMetrics::Record GroupMetrics::requestSleepBank() {
     if (earlierSum > 0 && count > 1) forecast = narrowed((targetSum - earlierSum) / (earlierNights + 1));
     else forecast = R >= balance ? held((R - balance) + R) : R - (balance - R);
     if (balance <= 0.0f) return std::nullopt;
+    return BankBalance{balance, forecast};
+}
 
-    Dictionary record;
-    record.setObject(Value(balance), keys::kBankBalance);
-    record.setObject(Value(forecast), keys::kBankForecast);
-    record.setObject(Value(held(balance / R)), keys::kBankPercent);
-    if (!(wakeOffset > 0.0f)) return record;
-
-    const Date nightStart = getFromDateForNightHour(nightHour);
-    const Date wake = fixedWake ? *fixedWake : nightStart.dateByAddingTimeInterval(wakeOffset);
-
+Date GroupMetrics::latestBedtime(Date wake, Date nightStart, float requiredHours, float efficiency, float forecast) {
     float minimum = getVelmorantConfigValueForKey(keys::kMinimumHours);
     if (minimum < 1.0f) minimum = requiredHours - 1.0f;
     float maximum = getVelmorantConfigValueForKey(keys::kMaximumHours);
@@ -156,7 +125,53 @@ GroupMetrics::Record GroupMetrics::requestSleepBank() {
     // A need that is no finite time (a damaged efficiency or clamp) gives the night start, as one too long does.
     const bool usable =
         std::isfinite(candidate.timeIntervalSince1970()) && candidate.timeIntervalSinceDate(nightStart) >= 0;
-    const Date bedTime = usable ? candidate : nightStart;
+    return usable ? candidate : nightStart;
+}
+
+GroupMetrics::Record GroupMetrics::requestSleepBank() {
+    prepare();
+    if (shouldReportPreviousDay()) {
+        if (Record previous = returnPreviousSleepBank()) return previous;
+    }
+    auto bank = storeDictionary(keys::kBankDict);
+    if (!bank) return std::nullopt;
+
+    float watchSleep = 0.0f;
+    if (auto track = storeDictionary(keys::kWatchTrackDict); track && watchDictIsValid()) {
+        watchSleep = floatFor(*track, keys::kRawSleepTime);
+    }
+
+    // Unusable goals and efficiencies read as missing: they are divisors below.
+    float requiredHours = floatFor(*bank, keys::kRequiredHours, 8.0f);
+    if (!(requiredHours > 0.0f)) requiredHours = 8.0f;
+    const long nightHour = bankNightHour(*bank);
+    float wakeOffset = 0.0f;
+    if (auto median = numberFor(*bank, keys::kMedianWake); median && *median > 0.0)
+        wakeOffset = static_cast<float>(*median);
+    else if (auto average = numberFor(*bank, keys::kAverageWake)) wakeOffset = static_cast<float>(*average);
+    float efficiency = floatFor(*bank, keys::kAverageEfficiency, 90.0f);
+    if (!(efficiency > 0.0f)) efficiency = 90.0f;
+
+    FormatTools& ft = formatTools();
+    const Date now = platform_.now();
+    const Date base = getFromDateForNightHour(nightHour).dateByAddingTimeInterval(43200);
+    const float R = held(requiredHours * 3600.0f);
+    const long hour = ft.currentHour(now);
+    const std::optional<Date> fixedWake = fixedWakeTime(nightHour, base, hour);
+
+    const std::optional<BankBalance> weighed = weighNights(*bank, base, R, watchSleep);
+    if (!weighed) return std::nullopt;
+    const auto [balance, forecast] = *weighed;
+
+    Dictionary record;
+    record.setObject(Value(balance), keys::kBankBalance);
+    record.setObject(Value(forecast), keys::kBankForecast);
+    record.setObject(Value(held(balance / R)), keys::kBankPercent);
+    if (!(wakeOffset > 0.0f)) return record;
+
+    const Date nightStart = getFromDateForNightHour(nightHour);
+    const Date wake = fixedWake ? *fixedWake : nightStart.dateByAddingTimeInterval(wakeOffset);
+    const Date bedTime = latestBedtime(wake, nightStart, requiredHours, efficiency, forecast);
     const double shift = hour < nightHour || nightHour < 1 ? 86400.0 : 0.0;
 
     const std::string latestBedTime = ft.dayTime(bedTime);
