@@ -12,14 +12,15 @@
 namespace velmorant::intents::detail {
 
 // A record's text under `key`; none (which clears a label) when it is absent or not a text.
-inline std::optional<std::string> recordText(const platform::Dictionary& record, std::string_view key) {
+[[nodiscard]] inline std::optional<std::string> recordText(const platform::Dictionary& record, std::string_view key) {
     const platform::Value* value = record.objectForKey(key);
     if (!value || !value->string()) return std::nullopt;
     return *value->string();
 }
 
 // A record's colour under `key`; none (no background) when it is absent or not a colour.
-inline std::optional<platform::Colour> recordColour(const platform::Dictionary& record, std::string_view key) {
+[[nodiscard]] inline std::optional<platform::Colour> recordColour(const platform::Dictionary& record,
+                                                                std::string_view key) {
     const platform::Value* value = record.objectForKey(key);
     return value ? value->colour() : std::nullopt;
 }
