@@ -38,9 +38,9 @@ public:
     float floatNumber(std::size_t i) const { return values_.at(i).floatValue(); }
     long integer(std::size_t i) const { return static_cast<long>(values_.at(i).integerValue()); }
     bool boolean(std::size_t i) const { return values_.at(i).boolValue(); }
-    std::optional<std::string> string(std::size_t i) const;
+    [[nodiscard]] std::optional<std::string> string(std::size_t i) const;
     std::optional<platform::Date> date(std::size_t i) const { return values_.at(i).date(); }
-    std::optional<platform::Dictionary> dictionary(std::size_t i) const;
+    [[nodiscard]] std::optional<platform::Dictionary> dictionary(std::size_t i) const;
 
 private:
     std::vector<platform::Value> values_;

@@ -11,6 +11,6 @@ namespace velmorant::cli {
 // Reads an ISO 8601 date-time ("2024-03-05T10:00:00", with optional
 // fraction and offset, or a plain "2024-03-05"); without an offset it is
 // local time in `zone`. None when the text is not such a date.
-std::optional<platform::Date> parseIsoDate(std::string_view text, const platform::TimeZone& zone);
+[[nodiscard]] std::optional<platform::Date> parseIsoDate(std::string_view text, const platform::TimeZone& zone);
 
 }  // namespace velmorant::cli

@@ -73,7 +73,7 @@ public:
 
     // Day keys and machine-readable dates.
     std::string YYMMDD(platform::Date date);
-    std::optional<platform::Date> NSDateFromYYMMDD(const std::string& key);
+    [[nodiscard]] std::optional<platform::Date> NSDateFromYYMMDD(const std::string& key);
     std::string CSVDate(platform::Date date);
     std::string CSVYMD(platform::Date date);
     std::string isoDateFromDate(platform::Date date);
@@ -130,7 +130,7 @@ public:
 
     // Text. whenString of a date that is not a finite instant is "".
     std::string whenString(platform::Date date);
-    std::optional<std::string> whenStringFB(const std::string& text);
+    [[nodiscard]] std::optional<std::string> whenStringFB(const std::string& text);
     std::string sentenceCapitalizedString(const std::string& text);
 
 private:

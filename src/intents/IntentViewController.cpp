@@ -15,6 +15,50 @@ namespace {
 constexpr double kCompactHeight = 180;
 constexpr double kTallHeight = 420;
 
+// Every outlet, by the name of the view it is connected to: the one list the constructor and
+// outletNames() read.
+struct Outlet {
+    const char* name;
+    platform::View* IntentViewController::*member;
+};
+
+constexpr Outlet kOutlets[] = {
+    {"lightsOffContainer", &IntentViewController::lightsOffContainer},
+    {"lamp", &IntentViewController::lamp},
+    {"lightsOffLabel", &IntentViewController::lightsOffLabel},
+    {"statusLabel", &IntentViewController::statusLabel},
+    {"textContainer", &IntentViewController::textContainer},
+    {"textLabel", &IntentViewController::textLabel},
+    {"ringsContainer", &IntentViewController::ringsContainer},
+    {"ringsImage", &IntentViewController::ringsImage},
+    {"starsLabel", &IntentViewController::starsLabel},
+    {"ringTextContainer", &IntentViewController::ringTextContainer},
+    {"sleepIndicator", &IntentViewController::sleepIndicator},
+    {"sleepGlyph", &IntentViewController::sleepGlyph},
+    {"sleepHeadingLabel", &IntentViewController::sleepHeadingLabel},
+    {"sleepTimeLabel", &IntentViewController::sleepTimeLabel},
+    {"sleepGoalLabel", &IntentViewController::sleepGoalLabel},
+    {"bankIndicator", &IntentViewController::bankIndicator},
+    {"bankGlyph", &IntentViewController::bankGlyph},
+    {"bankHeadingLabel", &IntentViewController::bankHeadingLabel},
+    {"bankBalanceLabel", &IntentViewController::bankBalanceLabel},
+    {"bankTimeLabel", &IntentViewController::bankTimeLabel},
+    {"ringStatsContainer", &IntentViewController::ringStatsContainer},
+    {"sleepRingIndicator", &IntentViewController::sleepRingIndicator},
+    {"sleepRingHeadingLabel", &IntentViewController::sleepRingHeadingLabel},
+    {"sleepRingResultLabel", &IntentViewController::sleepRingResultLabel},
+    {"qualityRingIndicator", &IntentViewController::qualityRingIndicator},
+    {"qualityRingHeadingLabel", &IntentViewController::qualityRingHeadingLabel},
+    {"qualityRingResultLabel", &IntentViewController::qualityRingResultLabel},
+    {"deepRingIndicator", &IntentViewController::deepRingIndicator},
+    {"deepRingHeadingLabel", &IntentViewController::deepRingHeadingLabel},
+    {"deepRingResultLabel", &IntentViewController::deepRingResultLabel},
+    {"bpmRingIndicator", &IntentViewController::bpmRingIndicator},
+    {"bpmRingHeadingLabel", &IntentViewController::bpmRingHeadingLabel},
+    {"bpmRingResultLabel", &IntentViewController::bpmRingResultLabel},
+    {"qualityGlyphLabel", &IntentViewController::_qualityGlyphLabel},
+};
+
 template <typename T>
 bool isKind(const Interaction& interaction) {
     return dynamic_cast<const T*>(interaction.intent.get()) != nullptr;
@@ -27,53 +71,17 @@ IntentViewController::IntentViewController(platform::Platform& platform, Extensi
       extensionContext_(context),
       views_(platform::ViewTree::loadInterface(platform.resourceDir() / "interface" / "IntentViewController.json",
                                                [&platform](std::string_view name) { return platform.imageNamed(name); })) {
-    lightsOffContainer = outlet("lightsOffContainer");
-    lamp = outlet("lamp");
-    lightsOffLabel = outlet("lightsOffLabel");
-    statusLabel = outlet("statusLabel");
-    textContainer = outlet("textContainer");
-    textLabel = outlet("textLabel");
-    ringsContainer = outlet("ringsContainer");
-    ringsImage = outlet("ringsImage");
-    starsLabel = outlet("starsLabel");
-    ringTextContainer = outlet("ringTextContainer");
-    sleepIndicator = outlet("sleepIndicator");
-    sleepGlyph = outlet("sleepGlyph");
-    sleepHeadingLabel = outlet("sleepHeadingLabel");
-    sleepTimeLabel = outlet("sleepTimeLabel");
-    sleepGoalLabel = outlet("sleepGoalLabel");
-    bankIndicator = outlet("bankIndicator");
-    bankGlyph = outlet("bankGlyph");
-    bankHeadingLabel = outlet("bankHeadingLabel");
-    bankBalanceLabel = outlet("bankBalanceLabel");
-    bankTimeLabel = outlet("bankTimeLabel");
-    ringStatsContainer = outlet("ringStatsContainer");
-    sleepRingIndicator = outlet("sleepRingIndicator");
-    sleepRingHeadingLabel = outlet("sleepRingHeadingLabel");
-    sleepRingResultLabel = outlet("sleepRingResultLabel");
-    qualityRingIndicator = outlet("qualityRingIndicator");
-    qualityRingHeadingLabel = outlet("qualityRingHeadingLabel");
-    qualityRingResultLabel = outlet("qualityRingResultLabel");
-    deepRingIndicator = outlet("deepRingIndicator");
-    deepRingHeadingLabel = outlet("deepRingHeadingLabel");
-    deepRingResultLabel = outlet("deepRingResultLabel");
-    bpmRingIndicator = outlet("bpmRingIndicator");
-    bpmRingHeadingLabel = outlet("bpmRingHeadingLabel");
-    bpmRingResultLabel = outlet("bpmRingResultLabel");
-    _qualityGlyphLabel = outlet("qualityGlyphLabel");
+    for (const Outlet& entry : kOutlets) this->*entry.member = outlet(entry.name);
 }
 
 IntentViewController::~IntentViewController() = default;
 
 const std::set<std::string>& IntentViewController::outletNames() {
-    static const std::set<std::string> names = {
-        "lightsOffContainer", "lamp", "lightsOffLabel", "statusLabel", "textContainer", "textLabel",
-        "ringsContainer", "ringsImage", "starsLabel", "ringTextContainer", "sleepIndicator", "sleepGlyph",
-        "sleepHeadingLabel", "sleepTimeLabel", "sleepGoalLabel", "bankIndicator", "bankGlyph",
-        "bankHeadingLabel", "bankBalanceLabel", "bankTimeLabel", "ringStatsContainer", "sleepRingIndicator",
-        "sleepRingHeadingLabel", "sleepRingResultLabel", "qualityRingIndicator", "qualityRingHeadingLabel",
-        "qualityRingResultLabel", "deepRingIndicator", "deepRingHeadingLabel", "deepRingResultLabel",
-        "bpmRingIndicator", "bpmRingHeadingLabel", "bpmRingResultLabel", "qualityGlyphLabel"};
+    static const std::set<std::string> names = [] {
+        std::set<std::string> all;
+        for (const Outlet& entry : kOutlets) all.emplace(entry.name);
+        return all;
+    }();
     return names;
 }
 

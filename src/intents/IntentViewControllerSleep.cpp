@@ -3,6 +3,7 @@
 
 #include "RecordFields.h"
 #include "format/FormatTools.h"
+#include "metrics/RecordKeys.h"
 #include "platform/text/StringFormat.h"
 #include "platform/text/Text.h"
 #include "snippet_ui/SleepMetricsUI.h"
@@ -10,6 +11,7 @@
 namespace velmorant::intents {
 using format::FormatTools;
 using snippet_ui::SleepMetricsUI;
+namespace keys = metrics::keys;
 
 namespace {
 
@@ -41,15 +43,15 @@ void IntentViewController::populateSleepBankRings() {
     platform::Dictionary record = sleepMetricsUI().requestSleepBankRings();
     // Without tonight's figures the panel keeps whatever it showed before: this
     // snippet deliberately has no empty state of its own.
-    if (!record.contains("sleepIndicatorColour")) return;
+    if (!record.contains(keys::kSleepIndicatorColour)) return;
     setImageFrom(*ringsImage, record);
-    sleepTimeLabel->setText(recordText(record, "sleepTimeLabel"));
-    sleepGoalLabel->setText(recordText(record, "sleepGoalLabel"));
-    bankBalanceLabel->setText(recordText(record, "bankBalanceLabel"));
-    bankTimeLabel->setText(recordText(record, "bankTimeLabel"));
-    sleepIndicator->setBackgroundColor(recordColour(record, "sleepIndicatorColour"));
+    sleepTimeLabel->setText(recordText(record, keys::kSleepTimeLabel));
+    sleepGoalLabel->setText(recordText(record, keys::kSleepGoalLabel));
+    bankBalanceLabel->setText(recordText(record, keys::kBankBalanceLabel));
+    bankTimeLabel->setText(recordText(record, keys::kBankTimeLabel));
+    sleepIndicator->setBackgroundColor(recordColour(record, keys::kSleepIndicatorColour));
     sleepGlyph->setText("\u263E");
-    bankIndicator->setBackgroundColor(recordColour(record, "bankIndicatorColour"));
+    bankIndicator->setBackgroundColor(recordColour(record, keys::kBankIndicatorColour));
     bankGlyph->setText("7");
 }
 
@@ -58,11 +60,11 @@ void IntentViewController::populateLatestBedtime() {
     SleepMetricsUI::Record record = sleepMetricsUI().requestLatestBedtime();
     if (record) {
         setImageFrom(*ringsImage, *record);
-        sleepTimeLabel->setText(recordText(*record, "timeUntilBedLabel"));
-        sleepGoalLabel->setText(recordText(*record, "latestBedTime"));
+        sleepTimeLabel->setText(recordText(*record, keys::kTimeUntilBedLabel));
+        sleepGoalLabel->setText(recordText(*record, keys::kLatestBedTime));
         sleepGlyph->setText("\U0001F6CC");
-        bankTimeLabel->setText(recordText(*record, "timeUntilWakeLabel"));
-        bankBalanceLabel->setText(recordText(*record, "wakeTimeLabel"));
+        bankTimeLabel->setText(recordText(*record, keys::kTimeUntilWakeLabel));
+        bankBalanceLabel->setText(recordText(*record, keys::kWakeTimeLabel));
         sleepIndicator->setBackgroundColor(Colour::clearColor());
         bankIndicator->setBackgroundColor(Colour::clearColor());
         bankGlyph->setText("\U0001F6CF");
@@ -93,25 +95,27 @@ void IntentViewController::populateSleepRings() {
     SleepMetricsUI::Record record = sleepMetricsUI().requestQuality();
     if (record) {
         setImageFrom(*ringsImage, *record);
-        if (record->contains("showStages")) {
+        if (record->contains(keys::kShowStages)) {
             qualityRingHeadingLabel->setText(heading("REM"));
             // Goes to the field the interface never connects, so the visible
             // glyph keeps its first-loaded star; kept that way on purpose.
             if (qualityGlyphLabel) qualityGlyphLabel->setText("R");
         }
-        sleepRingResultLabel->setText(recordText(*record, "ringSleepLabel"));
-        qualityRingResultLabel->setText(recordText(*record, "ringQualityLabel"));
-        deepRingResultLabel->setText(recordText(*record, "ringDeepLabel"));
-        bpmRingResultLabel->setText(recordText(*record, "ringBPMLabel"));
-        sleepRingIndicator->setBackgroundColor(recordColour(*record, "ringSleepColour"));
-        qualityRingIndicator->setBackgroundColor(recordColour(*record, "ringQualityColour"));
-        deepRingIndicator->setBackgroundColor(recordColour(*record, "ringDeepColour"));
-        bpmRingIndicator->setBackgroundColor(recordColour(*record, "ringBPMColour"));
+        sleepRingResultLabel->setText(recordText(*record, keys::kRingSleepLabel));
+        qualityRingResultLabel->setText(recordText(*record, keys::kRingQualityLabel));
+        deepRingResultLabel->setText(recordText(*record, keys::kRingDeepLabel));
+        bpmRingResultLabel->setText(recordText(*record, keys::kRingBPMLabel));
+        sleepRingIndicator->setBackgroundColor(recordColour(*record, keys::kRingSleepColour));
+        qualityRingIndicator->setBackgroundColor(recordColour(*record, keys::kRingQualityColour));
+        deepRingIndicator->setBackgroundColor(recordColour(*record, keys::kRingDeepColour));
+        bpmRingIndicator->setBackgroundColor(recordColour(*record, keys::kRingBPMColour));
         starsLabel->setText("");
     } else {
-        for (platform::View* result : {sleepRingResultLabel, qualityRingResultLabel, deepRingResultLabel, bpmRingResultLabel})
+        for (platform::View* result :
+             {sleepRingResultLabel, qualityRingResultLabel, deepRingResultLabel, bpmRingResultLabel})
             result->setText("");
-        for (platform::View* indicator : {sleepRingIndicator, qualityRingIndicator, deepRingIndicator, bpmRingIndicator})
+        for (platform::View* indicator :
+             {sleepRingIndicator, qualityRingIndicator, deepRingIndicator, bpmRingIndicator})
             indicator->setBackgroundColor(Colour::darkGrayColor());
     }
 }

@@ -2,11 +2,13 @@
 #include "IntentViewController.h"
 
 #include "RecordFields.h"
+#include "metrics/RecordKeys.h"
 #include "platform/text/StringFormat.h"
 #include "snippet_ui/SleepMetricsUI.h"
 
 namespace velmorant::intents {
 using snippet_ui::SleepMetricsUI;
+namespace keys = metrics::keys;
 
 namespace {
 
@@ -18,15 +20,15 @@ using Record = SleepMetricsUI::Record;
 
 // Readiness and sleep fuel share one panel; only the request and lower heading differ.
 void fillReadinessPanel(IntentViewController& c, const Record& record) {
-    if (record && record->contains("hrvIndicatorColour")) {
+    if (record && record->contains(keys::kHrvIndicatorColour)) {
         setImageFrom(*c.ringsImage, *record);
-        c.sleepTimeLabel->setText(recordText(*record, "hrvLabel"));
-        c.sleepGoalLabel->setText(recordText(*record, "hrvDifLabel"));
+        c.sleepTimeLabel->setText(recordText(*record, keys::kHrvLabel));
+        c.sleepGoalLabel->setText(recordText(*record, keys::kHrvDifLabel));
         c.sleepGlyph->setText("h");
-        c.bankTimeLabel->setText(recordText(*record, "wakingLabel"));
-        c.bankBalanceLabel->setText(recordText(*record, "wakingDifLabel"));
-        c.sleepIndicator->setBackgroundColor(recordColour(*record, "hrvIndicatorColour"));
-        c.bankIndicator->setBackgroundColor(recordColour(*record, "wakingIndicatorColour"));
+        c.bankTimeLabel->setText(recordText(*record, keys::kWakingLabel));
+        c.bankBalanceLabel->setText(recordText(*record, keys::kWakingDifLabel));
+        c.sleepIndicator->setBackgroundColor(recordColour(*record, keys::kHrvIndicatorColour));
+        c.bankIndicator->setBackgroundColor(recordColour(*record, keys::kWakingIndicatorColour));
         c.bankGlyph->setText("\u2665");
         c.starsLabel->setText("");
     } else {
@@ -51,10 +53,10 @@ struct VitalKeys {
     const char* glyph;
 };
 
-constexpr VitalKeys kSpO2Keys{"averageSpO2Label", "averageSpO2Label7", "minSpO2Label", "maxSpO2Label",
-                              "averageSpO2RangeLabel7", "O\u2082"};
-constexpr VitalKeys kRespRateKeys{"averageRespRateLabel", "averageRespRateLabel7", "minRespRateLabel",
-                                  "maxRespRateLabel", "averageRespRateRangeLabel7", "R\u1D63"};
+constexpr VitalKeys kSpO2Keys{keys::kAverageSpO2Label, keys::kAverageSpO2Label7,      keys::kMinSpO2Label,
+                              keys::kMaxSpO2Label,     keys::kAverageSpO2RangeLabel7, "O\u2082"};
+constexpr VitalKeys kRespRateKeys{keys::kAverageRespRateLabel, keys::kAverageRespRateLabel7, keys::kMinRespRateLabel,
+                                  keys::kMaxRespRateLabel, keys::kAverageRespRateRangeLabel7, "R\u1D63"};
 
 // The vitals' fixed row colours: a near-white warm grey above, a dark cyan below.
 Colour vitalUpperColour() { return Colour::colorWithHue(0.1527777777777778, 0.05, 0.85, 1.0); }
@@ -69,7 +71,8 @@ void fillVitalPanel(IntentViewController& c, const Record& record, const VitalKe
         c.sleepGlyph->setFont(platform::Font::systemFontOfSize(13, platform::FontWeight::Regular));
         // A missing side shows as no data rather than as a missing object.
         c.bankTimeLabel->setText(platform::stringWithFormat(
-            "%@ - %@", {recordText(*record, keys.minimum).value_or("--"), recordText(*record, keys.maximum).value_or("--")}));
+            "%@ - %@",
+            {recordText(*record, keys.minimum).value_or("--"), recordText(*record, keys.maximum).value_or("--")}));
         c.bankBalanceLabel->setText(recordText(*record, keys.range7));
         c.bankGlyph->setText("");
         c.sleepIndicator->setBackgroundColor(vitalUpperColour());
@@ -104,14 +107,14 @@ void IntentViewController::populateWristTemp() {
     showTextPanel("Temperature", "Baseline");
     Record record = sleepMetricsUI().requestWristTemp();
     // The lower row shows only the baseline: no indicator colour, no glyph, with or without data.
-    if (record && record->contains("wristTempTodayLabel")) {
+    if (record && record->contains(keys::kWristTempTodayLabel)) {
         setImageFrom(*ringsImage, *record);
-        sleepTimeLabel->setText(recordText(*record, "wristTempDifLabel"));
-        sleepGoalLabel->setText(recordText(*record, "wristTempTodayLabel"));
+        sleepTimeLabel->setText(recordText(*record, keys::kWristTempDifLabel));
+        sleepGoalLabel->setText(recordText(*record, keys::kWristTempTodayLabel));
         sleepGlyph->setText("\u00B0");
         bankTimeLabel->setText("");
-        bankBalanceLabel->setText(recordText(*record, "wristTempAverage28Label"));
-        sleepIndicator->setBackgroundColor(recordColour(*record, "ratingColour"));
+        bankBalanceLabel->setText(recordText(*record, keys::kWristTempAverage28Label));
+        sleepIndicator->setBackgroundColor(recordColour(*record, keys::kRatingColour));
         bankIndicator->setBackgroundColor(Colour::clearColor());
         bankGlyph->setText("");
         starsLabel->setText("");

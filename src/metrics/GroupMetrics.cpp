@@ -1,4 +1,5 @@
 #include "metrics/GroupMetrics.h"
+#include "metrics/RecordKeys.h"
 
 #include <cmath>
 #include <limits>
@@ -94,10 +95,12 @@ std::string GroupMetrics::localeFormat(std::string_view format, const std::vecto
     return platform::localizedStringWithFormat(platform_.localeId(), format, args);
 }
 
-float GroupMetrics::getVelmorantConfigValueForKey(std::string_view key) { return configValueForKey(key).value_or(-1.0f); }
+float GroupMetrics::getVelmorantConfigValueForKey(std::string_view key) {
+    return configValueForKey(key).value_or(-1.0f);
+}
 
 std::optional<float> GroupMetrics::configValueForKey(std::string_view key) {
-    auto config = storeDictionary("velmorantConfig");
+    auto config = storeDictionary(keys::kVelmorantConfig);
     if (!config) return std::nullopt;
     const Value* value = config->objectForKey(key);
     if (!value) return std::nullopt;
@@ -108,21 +111,21 @@ std::optional<float> GroupMetrics::configValueForKey(std::string_view key) {
 }
 
 bool GroupMetrics::getVelmorantSwitchValueForKey(std::string_view key) {
-    auto config = storeDictionary("velmorantConfig");
+    auto config = storeDictionary(keys::kVelmorantConfig);
     return config && config->contains(key);
 }
 
 long GroupMetrics::hourNow() { return formatTools_ ? formatTools_->currentHour(platform_.now()) : 0; }
 
 long GroupMetrics::configNightHour() {
-    float value = getVelmorantConfigValueForKey("nightHour");
+    float value = getVelmorantConfigValueForKey(keys::kNightHour);
     // Truncation toward zero: -0.5 is hour 0, -1 (missing) is the default.
     long hour = value <= -1.0f ? -1 : static_cast<long>(std::trunc(std::fmin(value, 1e6f)));
     return usableNightHour(hour);
 }
 
 long GroupMetrics::bankNightHour(const Dictionary& bank) {
-    auto value = numberFor(bank, "nightHour");
+    auto value = numberFor(bank, keys::kNightHour);
     if (!value) return kDefaultNightHour;
     // A present value is taken as it stands, 0 included.
     return usableNightHour(static_cast<long>(Value(*value).integerValue()));
@@ -155,9 +158,9 @@ bool GroupMetrics::shouldReportPreviousDay() {
 
 bool GroupMetrics::watchDictIsValid() {
     prepare();
-    auto track = storeDictionary("watchTrackDict");
+    auto track = storeDictionary(keys::kWatchTrackDict);
     if (!track) return false;
-    const Value* synch = track->objectForKey("rawSynchTime");
+    const Value* synch = track->objectForKey(keys::kRawSynchTime);
     auto synchTime = synch ? synch->date() : std::nullopt;
     if (!synchTime) return false;
     Date from = getFromDateForNightHour(configNightHour());

@@ -58,7 +58,7 @@ public:
     // A missing (or unreadable) setting gives -1, as the app reads it.
     float getVelmorantConfigValueForKey(std::string_view key);
     // The same setting, none when it is missing or unreadable (a stored -1 stays -1).
-    std::optional<float> configValueForKey(std::string_view key);
+    [[nodiscard]] std::optional<float> configValueForKey(std::string_view key);
     // A switch is on by being present, whatever its value.
     bool getVelmorantSwitchValueForKey(std::string_view key);
 
@@ -72,7 +72,7 @@ private:
     format::FormatTools& formatTools();
 
     // The store's dictionary under `key`; none when absent or of another kind.
-    std::optional<platform::Dictionary> storeDictionary(std::string_view key);
+    [[nodiscard]] std::optional<platform::Dictionary> storeDictionary(std::string_view key);
 
     // Night hour from the configuration (truncated, 21 when missing) and from
     // "bankDict" (21 when missing); unusable hours read as 21.
@@ -86,8 +86,8 @@ private:
 
     // Lenient number reading: numbers and numeric text read as Foundation
     // does; other kinds, NaN and infinities read as absent.
-    static std::optional<double> numberFor(const platform::Value* value);
-    static std::optional<double> numberFor(const platform::Dictionary& dict, std::string_view key);
+    [[nodiscard]] static std::optional<double> numberFor(const platform::Value* value);
+    [[nodiscard]] static std::optional<double> numberFor(const platform::Dictionary& dict, std::string_view key);
     static float floatFor(const platform::Dictionary& dict, std::string_view key, float fallback = 0.0f);
     // Three fields of a "|"-joined string; all 0 unless there are at least three.
     static std::vector<float> splitTriple(const platform::Value* value);
@@ -105,7 +105,26 @@ private:
     };
     enum class ScoreKind { Readiness, Fuel };
     Record scoreRecord(ScoreKind kind, const ReadinessInputs& in);
+    // One side of a score: its points (0 without figures) and how far it is from its baseline.
+    struct ScorePart {
+        float points = 0.0f;
+        std::string difference;
+    };
+    ScorePart hrvPart(float hrv, float baseline) const;
+    ScorePart wakingPart(float bpm, float baseline) const;
 
+    // The steps of the sleep bank: the wake time fixed for the coming morning (none when not
+    // fixed), the weighted seven-night balance and tonight's forecast (none without a usable
+    // night), and the latest bedtime that gets the forecast in before `wake`.
+    [[nodiscard]] std::optional<platform::Date> fixedWakeTime(long nightHour, platform::Date base, long hour);
+    struct BankBalance {
+        float balance;
+        float forecast;
+    };
+    [[nodiscard]] std::optional<BankBalance> weighNights(const platform::Dictionary& bank, platform::Date base,
+                                                         float required, float watchSleep);
+    platform::Date latestBedtime(platform::Date wake, platform::Date nightStart, float requiredHours, float efficiency,
+                                 float forecast);
     void cacheSleepBank(const platform::Dictionary& record);
     std::string sleepBankPasteItem(const std::string& latestBedTime, const std::string& wakeTime, float untilBed,
                                    float forecast);

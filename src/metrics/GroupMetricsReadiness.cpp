@@ -1,6 +1,7 @@
 // Readiness and sleep fuel: HRV and heart rate against their baselines.
 #include "metrics/GroupMetrics.h"
 
+#include "metrics/RecordKeys.h"
 #include "platform/text/Text.h"
 
 #include <cmath>
@@ -50,35 +51,35 @@ std::string withoutBlanks(const std::string& text) { return platform::stringByRe
 
 GroupMetrics::Record GroupMetrics::requestOctane() {
     prepare();
-    auto bank = storeDictionary("bankDict");
+    auto bank = storeDictionary(keys::kBankDict);
     if (!bank) return std::nullopt;
-    const Value* octaneValue = bank->objectForKey("octaneDict");
+    const Value* octaneValue = bank->objectForKey(keys::kOctaneDict);
     const Dictionary* octane = octaneValue ? octaneValue->dictionary() : nullptr;
-    if (!octane || !isCurrentDay(octane->objectForKey("key"), *bank)) return std::nullopt;
-    ReadinessInputs in{floatFor(*octane, "hrvTodayVal"), floatFor(*octane, "hrvAverage"),
-                       floatFor(*octane, "bpmTodayVal"), floatFor(*octane, "bpmAverage")};
+    if (!octane || !isCurrentDay(octane->objectForKey(keys::kKey), *bank)) return std::nullopt;
+    ReadinessInputs in{floatFor(*octane, keys::kHrvTodayVal), floatFor(*octane, keys::kHrvAverage),
+                       floatFor(*octane, keys::kBpmTodayVal), floatFor(*octane, keys::kBpmAverage)};
     return scoreRecord(ScoreKind::Fuel, in);
 }
 
 GroupMetrics::Record GroupMetrics::requestReadiness() {
     prepare();
-    auto bank = storeDictionary("bankDict");
+    auto bank = storeDictionary(keys::kBankDict);
     if (!bank) return std::nullopt;
-    const Value* readyValue = bank->objectForKey("readyDict");
+    const Value* readyValue = bank->objectForKey(keys::kReadyDict);
     const Dictionary* ready = readyValue ? readyValue->dictionary() : nullptr;
     if (!ready) return std::nullopt;
 
     float watchHRV = 0.0f, watchBPM = 0.0f;
-    if (auto track = storeDictionary("watchTrackDict"); track && watchDictIsValid()) {
-        watchHRV = floatFor(*track, "rawHRVVal");
-        watchBPM = floatFor(*track, "rawWakingVal");
+    if (auto track = storeDictionary(keys::kWatchTrackDict); track && watchDictIsValid()) {
+        watchHRV = floatFor(*track, keys::kRawHRVVal);
+        watchBPM = floatFor(*track, keys::kRawWakingVal);
     }
     const bool watchHasValues = watchHRV > 0.0f || watchBPM > 0.0f;
-    const bool match = isCurrentDay(ready->objectForKey("key"), *bank);
+    const bool match = isCurrentDay(ready->objectForKey(keys::kKey), *bank);
     if (!watchHasValues && !match) return std::nullopt;
 
-    ReadinessInputs in{floatFor(*ready, "hrvTodayVal"), floatFor(*ready, "hrvAverage"),
-                       floatFor(*ready, "bpmTodayVal"), floatFor(*ready, "bpmAverage")};
+    ReadinessInputs in{floatFor(*ready, keys::kHrvTodayVal), floatFor(*ready, keys::kHrvAverage),
+                       floatFor(*ready, keys::kBpmTodayVal), floatFor(*ready, keys::kBpmAverage)};
     const bool storedDayWins = match && (in.hrv != 0.0f || in.bpm != 0.0f);
     if (watchHasValues && !storedDayWins) {
         in.hrv = watchHRV;
@@ -90,40 +91,44 @@ GroupMetrics::Record GroupMetrics::requestReadiness() {
     return scoreRecord(ScoreKind::Readiness, in);
 }
 
+GroupMetrics::ScorePart GroupMetrics::hrvPart(float h, float H) const {
+    ScorePart part;
+    if (!(h > 0.0f && H > 0.0f)) return part;
+    const float r = h / H;
+    // The step at a ratio of exactly 1 (0.75 just below, 0.7 at 1) is what the app has always shown.
+    if (r >= 1.0f) part.points = static_cast<float>(static_cast<double>(r - 1.0f) - 0.1 + 0.8);
+    else part.points = (r - 1.0f) + 0.75f;
+    if (r >= 1.0f && h - H > 0.5f) part.difference = localeFormat("%.0f %@", {h - H, localized("above baseline")});
+    else if (r < 1.0f && H - h > 0.5f) part.difference = localeFormat("%.0f %@", {H - h, localized("below baseline")});
+    else part.difference = localized("No change");
+    return part;
+}
+
+GroupMetrics::ScorePart GroupMetrics::wakingPart(float b, float B) const {
+    ScorePart part;
+    if (!(b > 0.0f && B > 0.0f)) return part;
+    const float q = b / B;
+    if (q >= 1.0f) {
+        const float x = (q - 1.0f) * 100.0f;
+        const float s = x > 10.0f ? 1.0f : x / 10.0f;
+        part.points = static_cast<float>(std::fma(static_cast<double>(s), -0.5, 0.95));
+    } else {
+        const float x = (1.0f - q) * 100.0f;
+        const float s = x > 10.0f ? 1.0f : x / 10.0f;
+        part.points = s * 0.8f + 0.8f;
+    }
+    if (q >= 1.0f && b - B > 0.5f) part.difference = localeFormat("%.0f %@", {b - B, localized("above baseline")});
+    else if (q < 1.0f && B - b > 0.5f) part.difference = localeFormat("%.0f %@", {B - b, localized("below baseline")});
+    else part.difference = localized("No change");
+    return part;
+}
+
 GroupMetrics::Record GroupMetrics::scoreRecord(ScoreKind kind, const ReadinessInputs& in) {
     const float h = in.hrv, H = in.hrvBaseline, b = in.bpm, B = in.bpmBaseline;
     const bool hasHRV = h > 0.0f && H > 0.0f;
     const bool hasBPM = b > 0.0f && B > 0.0f;
-
-    float hrvPoints = 0.0f;
-    std::string hrvDif;
-    if (hasHRV) {
-        const float r = h / H;
-        // The step at a ratio of exactly 1 (0.75 just below, 0.7 at 1) is what the app has always shown.
-        if (r >= 1.0f) hrvPoints = static_cast<float>(static_cast<double>(r - 1.0f) - 0.1 + 0.8);
-        else hrvPoints = (r - 1.0f) + 0.75f;
-        if (r >= 1.0f && h - H > 0.5f) hrvDif = localeFormat("%.0f %@", {h - H, localized("above baseline")});
-        else if (r < 1.0f && H - h > 0.5f) hrvDif = localeFormat("%.0f %@", {H - h, localized("below baseline")});
-        else hrvDif = localized("No change");
-    }
-
-    float wakingPoints = 0.0f;
-    std::string wakingDif;
-    if (hasBPM) {
-        const float q = b / B;
-        if (q >= 1.0f) {
-            const float x = (q - 1.0f) * 100.0f;
-            const float s = x > 10.0f ? 1.0f : x / 10.0f;
-            wakingPoints = static_cast<float>(std::fma(static_cast<double>(s), -0.5, 0.95));
-        } else {
-            const float x = (1.0f - q) * 100.0f;
-            const float s = x > 10.0f ? 1.0f : x / 10.0f;
-            wakingPoints = s * 0.8f + 0.8f;
-        }
-        if (q >= 1.0f && b - B > 0.5f) wakingDif = localeFormat("%.0f %@", {b - B, localized("above baseline")});
-        else if (q < 1.0f && B - b > 0.5f) wakingDif = localeFormat("%.0f %@", {B - b, localized("below baseline")});
-        else wakingDif = localized("No change");
-    }
+    const auto [hrvPoints, hrvDif] = hrvPart(h, H);
+    const auto [wakingPoints, wakingDif] = wakingPart(b, B);
 
     float v;
     if (hrvPoints > 0.0f && wakingPoints > 0.0f) v = (hrvPoints + wakingPoints) * 0.5f;
@@ -133,7 +138,7 @@ GroupMetrics::Record GroupMetrics::scoreRecord(ScoreKind kind, const ReadinessIn
 
     const Grade grade = gradeFor(v);
     const bool readiness = kind == ScoreKind::Readiness;
-    const bool glyphs = readiness && groupPrefs_ && groupPrefs_->boolForKey("readyStars");
+    const bool glyphs = readiness && groupPrefs_ && groupPrefs_->boolForKey(keys::kReadyStars);
     const char* const* words = !readiness ? kFuelWords : glyphs ? kReadinessGlyphs : kReadinessWords;
     const std::string rating = localized(words[grade.index]);
 
@@ -149,20 +154,20 @@ GroupMetrics::Record GroupMetrics::scoreRecord(ScoreKind kind, const ReadinessIn
     }
 
     Dictionary record;
-    record.setObject(Value(rating), "rating");
-    record.setObject(Value(sentence), "todaysReadinessStars");
-    record.setObject(Value(grade.stars), "starsValue");
-    record.setObject(Value(v), "percentage");
-    record.setObject(Value(hasHRV ? localeFormat("%.0f ms", {h}) : std::string("--")), "hrvLabel");
-    record.setObject(Value(hrvDif), "hrvDifLabel");
+    record.setObject(Value(rating), keys::kRating);
+    record.setObject(Value(sentence), keys::kTodaysReadinessStars);
+    record.setObject(Value(grade.stars), keys::kStarsValue);
+    record.setObject(Value(v), keys::kPercentage);
+    record.setObject(Value(hasHRV ? localeFormat("%.0f ms", {h}) : std::string("--")), keys::kHrvLabel);
+    record.setObject(Value(hrvDif), keys::kHrvDifLabel);
     record.setObject(Value(hasBPM ? localeFormat("%.0f %@", {b, localized("bpm")}) : std::string("--")),
-                     "wakingLabel");
-    record.setObject(Value(wakingDif), "wakingDifLabel");
-    record.setObject(Value(hrvPoints), "hrvPoints");
-    record.setObject(Value(wakingPoints), "wakingPoints");
+                     keys::kWakingLabel);
+    record.setObject(Value(wakingDif), keys::kWakingDifLabel);
+    record.setObject(Value(hrvPoints), keys::kHrvPoints);
+    record.setObject(Value(wakingPoints), keys::kWakingPoints);
     // A higher HRV and a lower heart rate are the good directions.
-    record.setObject(Value(hasHRV ? (h >= H ? 2 : 1) : 0), "hrvTint");
-    record.setObject(Value(hasBPM ? (b >= B ? 1 : 2) : 0), "wakingTint");
+    record.setObject(Value(hasHRV ? (h >= H ? 2 : 1) : 0), keys::kHrvTint);
+    record.setObject(Value(hasBPM ? (b >= B ? 1 : 2) : 0), keys::kWakingTint);
 
     const char* baselineHRV = readiness ? "Baseline HRV" : "Baseline Sleep HRV";
     const char* baselineBPM = readiness ? "Baseline Waking BPM" : "Baseline Sleep BPM";
@@ -173,7 +178,7 @@ GroupMetrics::Record GroupMetrics::scoreRecord(ScoreKind kind, const ReadinessIn
                             localized("bpm"), b, withoutBlanks(localized(baselineHRV)), H,
                             withoutBlanks(localized(baselineBPM)), B, platform::capitalizedString(localized("Rating")),
                             rating})),
-        "pasteItem");
+        keys::kPasteItem);
     return record;
 }
 

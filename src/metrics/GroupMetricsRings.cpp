@@ -1,6 +1,7 @@
 // Sleep rings: the watch-tracked night against the sleep goal.
 #include "metrics/GroupMetrics.h"
 
+#include "metrics/RecordKeys.h"
 #include "platform/text/Text.h"
 
 #include <algorithm>
@@ -14,19 +15,19 @@ using platform::Value;
 
 GroupMetrics::Record GroupMetrics::requestQuality() {
     prepare();
-    auto track = storeDictionary("watchTrackDict");
+    auto track = storeDictionary(keys::kWatchTrackDict);
     if (!track || !watchDictIsValid()) return std::nullopt;
 
-    const std::vector<float> rating = splitTriple(track->objectForKey("rawRingRating"));
-    const std::vector<float> amounts = splitTriple(track->objectForKey("rawRingValues"));
+    const std::vector<float> rating = splitTriple(track->objectForKey(keys::kRawRingRating));
+    const std::vector<float> amounts = splitTriple(track->objectForKey(keys::kRawRingValues));
     const float q = rating[0], d = rating[1], h = rating[2];
     const float qualityTime = amounts[0], deepTime = amounts[1], bpm = amounts[2];
-    const bool showStages = track->contains("showStages");
+    const bool showStages = track->contains(keys::kShowStages);
 
     // A goal under four hours is not a real goal: the default eight hours stand in.
-    const float requiredHours = getVelmorantConfigValueForKey("requiredHours");
+    const float requiredHours = getVelmorantConfigValueForKey(keys::kRequiredHours);
     float t = 0.0f, s = 0.0f;
-    if (const Value* sleep = track->objectForKey("rawSleepTime")) {
+    if (const Value* sleep = track->objectForKey(keys::kRawSleepTime)) {
         const float requiredSeconds = requiredHours < 4.0f ? 28800.0f : requiredHours * 3600.0f;
         t = static_cast<float>(numberFor(sleep).value_or(0.0));
         s = t / requiredSeconds;
@@ -48,24 +49,25 @@ GroupMetrics::Record GroupMetrics::requestQuality() {
 
     const float ratingPercent = r * 100.0f;
     const std::string ratingName = localized("Sleep Rating");
-    std::string sentence = ratingName == "Sleep Rating"
-                               ? stringWithFormat("%@%@ Today's sleep rating is %.0f%%.", {ringsText, stop, ratingPercent})
-                               : stringWithFormat("%@%@ %@: %.0f%%.", {ringsText, stop, ratingName, ratingPercent});
+    std::string sentence =
+        ratingName == "Sleep Rating"
+            ? stringWithFormat("%@%@ Today's sleep rating is %.0f%%.", {ringsText, stop, ratingPercent})
+            : stringWithFormat("%@%@ %@: %.0f%%.", {ringsText, stop, ratingName, ratingPercent});
 
     Dictionary record;
-    record.setObject(Value(s), "ringSleepPercent");
-    record.setObject(Value(q), "ringQualityPercent");
-    record.setObject(Value(d), "ringDeepPercent");
-    record.setObject(Value(h), "ringBPMPercent");
-    record.setObject(Value(r), "sleepRating");
+    record.setObject(Value(s), keys::kRingSleepPercent);
+    record.setObject(Value(q), keys::kRingQualityPercent);
+    record.setObject(Value(d), keys::kRingDeepPercent);
+    record.setObject(Value(h), keys::kRingBPMPercent);
+    record.setObject(Value(r), keys::kSleepRating);
     FormatTools& ft = formatTools();
-    record.setObject(Value(ft.formattedTimeInterval(t)), "ringSleepLabel");
-    record.setObject(Value(ft.formattedTimeInterval(qualityTime)), "ringQualityLabel");
-    record.setObject(Value(ft.formattedTimeInterval(deepTime)), "ringDeepLabel");
-    record.setObject(Value(localeFormat("%.0f", {bpm})), "ringBPMLabel");
-    record.setObject(Value(sentence), "siriLabel");
+    record.setObject(Value(ft.formattedTimeInterval(t)), keys::kRingSleepLabel);
+    record.setObject(Value(ft.formattedTimeInterval(qualityTime)), keys::kRingQualityLabel);
+    record.setObject(Value(ft.formattedTimeInterval(deepTime)), keys::kRingDeepLabel);
+    record.setObject(Value(localeFormat("%.0f", {bpm})), keys::kRingBPMLabel);
+    record.setObject(Value(sentence), keys::kSiriLabel);
 
-    if (showStages) record.setObject(Value("1"), "showStages");
+    if (showStages) record.setObject(Value("1"), keys::kShowStages);
     const std::string qualityName = localized(showStages ? "REM" : "Quality");
     const std::string sleepName = localized("Sleep");
     const std::string deepName = localized("Deep");
@@ -77,7 +79,7 @@ GroupMetrics::Record GroupMetrics::requestQuality() {
                             h * 100.0f, sleepName, t / 3600.0f, qualityName, qualityTime / 3600.0f, deepName,
                             deepTime / 3600.0f, bpmName, bpm, platform::stringByReplacing(ratingName, " ", ""),
                             ratingPercent})),
-        "pasteItem");
+        keys::kPasteItem);
     return record;
 }
 
@@ -87,9 +89,9 @@ void GroupMetrics::requestQualityForSwift() {
     // this object's handle has not been opened.
     std::shared_ptr<platform::PreferencesStore> store = platform_.suiteNamed(platform::kAppGroupSuite);
     auto key = [](const char* name) { return stringWithFormat("Swift-%@", {name}); };
-    const char* labels[] = {"ringSleepLabel", "ringQualityLabel", "ringDeepLabel", "ringBPMLabel"};
+    const char* labels[] = {keys::kRingSleepLabel, keys::kRingQualityLabel, keys::kRingDeepLabel, keys::kRingBPMLabel};
     if (!record) {
-        store->removeObjectForKey(key("HasData"));
+        store->removeObjectForKey(key(keys::kHasData));
         for (const char* name : labels) store->setObject(Value("--"), key(name));
         return;
     }
@@ -98,13 +100,13 @@ void GroupMetrics::requestQualityForSwift() {
         if (value && value->string()) return *value->string();
         return std::nullopt;
     };
-    store->setObject(Value("1"), key("HasData"));
-    store->setObject(Value(label("ringSleepLabel")), key("ringSleepLabel"));
-    store->setObject(Value(stringWithFormat(record->contains("showStages") ? "\u24C7 %@" : "\u2605 %@",
-                                            {label("ringQualityLabel")})),
-                     key("ringQualityLabel"));
-    store->setObject(Value(label("ringDeepLabel")), key("ringDeepLabel"));
-    store->setObject(Value(label("ringBPMLabel")), key("ringBPMLabel"));
+    store->setObject(Value("1"), key(keys::kHasData));
+    store->setObject(Value(label(keys::kRingSleepLabel)), key(keys::kRingSleepLabel));
+    store->setObject(Value(stringWithFormat(record->contains(keys::kShowStages) ? "\u24C7 %@" : "\u2605 %@",
+                                            {label(keys::kRingQualityLabel)})),
+                     key(keys::kRingQualityLabel));
+    store->setObject(Value(label(keys::kRingDeepLabel)), key(keys::kRingDeepLabel));
+    store->setObject(Value(label(keys::kRingBPMLabel)), key(keys::kRingBPMLabel));
 }
 
 }  // namespace velmorant::metrics

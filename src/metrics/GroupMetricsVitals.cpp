@@ -1,5 +1,6 @@
 // Blood oxygen, respiration rate and wrist temperature records.
 #include "metrics/GroupMetrics.h"
+#include "metrics/RecordKeys.h"
 
 namespace velmorant::metrics {
 
@@ -43,12 +44,12 @@ const GroupMetrics::Record kNone = std::nullopt;
 
 GroupMetrics::Record GroupMetrics::vitalRecord(const VitalTable& t) {
     prepare();
-    auto bank = storeDictionary("bankDict");
+    auto bank = storeDictionary(keys::kBankDict);
     if (!bank) return kNone;
     const Value* nestedValue = bank->objectForKey(t.nestedKey);
     const Dictionary* nested = nestedValue ? nestedValue->dictionary() : nullptr;
     if (!nested) return kNone;
-    if (!isCurrentDay(nested->objectForKey("key"), *bank)) return kNone;
+    if (!isCurrentDay(nested->objectForKey(keys::kKey), *bank)) return kNone;
 
     float v[6];
     for (int i = 0; i < 6; ++i) v[i] = floatFor(*nested, t.valueKeys[i]);
@@ -56,7 +57,7 @@ GroupMetrics::Record GroupMetrics::vitalRecord(const VitalTable& t) {
     const float average7 = v[3], minimum7 = v[4], maximum7 = v[5];
 
     Dictionary record;
-    record.setObject(Value(localized(t.title)), "title");
+    record.setObject(Value(localized(t.title)), keys::kTitle);
 
     std::string averageLabel = "--", minLabel = "--", maxLabel = "--";
     std::string average7Label = "--", range7Label = "--", widgetLabel = "--";
@@ -89,8 +90,8 @@ GroupMetrics::Record GroupMetrics::vitalRecord(const VitalTable& t) {
     record.setObject(Value(maxLabel), t.maxLabelKey);
     record.setObject(Value(average7Label), t.average7LabelKey);
     record.setObject(Value(range7Label), t.range7LabelKey);
-    record.setObject(Value(difLabel), "difLabel");
-    record.setObject(Value(difColour), "difColour");
+    record.setObject(Value(difLabel), keys::kDifLabel);
+    record.setObject(Value(difColour), keys::kDifColour);
 
     record.setObject(Value(stringWithFormat("%@ %@. %@ %@ %@ %@.",
                                             {localized(t.averageOpening), averageLabel, localized(t.rangeOpening),
@@ -109,23 +110,24 @@ GroupMetrics::Record GroupMetrics::vitalRecord(const VitalTable& t) {
                            "\"%@\":\"%.0f\"}",
                            {names[0], average, names[1], minimum, names[2], maximum, names[3], average7, names[4],
                             minimum7, names[5], maximum7})),
-        "pasteItem");
+        keys::kPasteItem);
     return record;
 }
 
 GroupMetrics::Record GroupMetrics::requestSpO2() {
     static const VitalTable table{
-        .nestedKey = "spO2Dict",
+        .nestedKey = keys::kSpO2Dict,
         .title = "Sleep SpO2",
-        .valueKeys = {"averageSpO2", "minSpO2", "maxSpO2", "averageSpO27", "minSpO27", "maxSpO27"},
-        .averageLabelKey = "averageSpO2Label",
+        .valueKeys = {keys::kAverageSpO2, keys::kMinSpO2, keys::kMaxSpO2, keys::kAverageSpO27, keys::kMinSpO27,
+                      keys::kMaxSpO27},
+        .averageLabelKey = keys::kAverageSpO2Label,
         .widgetLabelKey = nullptr,
-        .rangeLabelKey = "averageSpO2RangeLabel",
-        .minLabelKey = "minSpO2Label",
-        .maxLabelKey = "maxSpO2Label",
-        .average7LabelKey = "averageSpO2Label7",
-        .range7LabelKey = "averageSpO2RangeLabel7",
-        .sentenceKey = "todaysSpO2Info",
+        .rangeLabelKey = keys::kAverageSpO2RangeLabel,
+        .minLabelKey = keys::kMinSpO2Label,
+        .maxLabelKey = keys::kMaxSpO2Label,
+        .average7LabelKey = keys::kAverageSpO2Label7,
+        .range7LabelKey = keys::kAverageSpO2RangeLabel7,
+        .sentenceKey = keys::kTodaysSpO2Info,
         .unit = nullptr,
         .averageFormat = "%.1f%%",
         .widgetFormat = nullptr,
@@ -144,18 +146,18 @@ GroupMetrics::Record GroupMetrics::requestSpO2() {
 
 GroupMetrics::Record GroupMetrics::requestRespRate() {
     static const VitalTable table{
-        .nestedKey = "respRateDict",
+        .nestedKey = keys::kRespRateDict,
         .title = "Respiration Rate",
-        .valueKeys = {"averageRespRate", "minRespRate", "maxRespRate", "averageRespRate7", "minRespRate7",
-                      "maxRespRate7"},
-        .averageLabelKey = "averageRespRateLabel",
-        .widgetLabelKey = "averageRespRateWidgetLabel",
-        .rangeLabelKey = "averageRespRateRangeLabel",
-        .minLabelKey = "minRespRateLabel",
-        .maxLabelKey = "maxRespRateLabel",
-        .average7LabelKey = "averageRespRateLabel7",
-        .range7LabelKey = "averageRespRateRangeLabel7",
-        .sentenceKey = "todaysRespRateInfo",
+        .valueKeys = {keys::kAverageRespRate, keys::kMinRespRate, keys::kMaxRespRate, keys::kAverageRespRate7,
+                      keys::kMinRespRate7, keys::kMaxRespRate7},
+        .averageLabelKey = keys::kAverageRespRateLabel,
+        .widgetLabelKey = keys::kAverageRespRateWidgetLabel,
+        .rangeLabelKey = keys::kAverageRespRateRangeLabel,
+        .minLabelKey = keys::kMinRespRateLabel,
+        .maxLabelKey = keys::kMaxRespRateLabel,
+        .average7LabelKey = keys::kAverageRespRateLabel7,
+        .range7LabelKey = keys::kAverageRespRateRangeLabel7,
+        .sentenceKey = keys::kTodaysRespRateInfo,
         .unit = "BrPM",
         .averageFormat = "%.1f %@",
         .widgetFormat = "%.1f ",
@@ -174,21 +176,21 @@ GroupMetrics::Record GroupMetrics::requestRespRate() {
 
 GroupMetrics::Record GroupMetrics::requestWristTemp() {
     prepare();
-    auto bank = storeDictionary("bankDict");
+    auto bank = storeDictionary(keys::kBankDict);
     if (!bank) return kNone;
-    if (!isCurrentDay(bank->objectForKey("wristTempKey"), *bank)) return kNone;
+    if (!isCurrentDay(bank->objectForKey(keys::kWristTempKey), *bank)) return kNone;
 
-    const float score = floatFor(*bank, "wristTempScore");
-    const float today = floatFor(*bank, "wristTempTodayValue");
-    const float baseline = floatFor(*bank, "wristTempAverage28");
+    const float score = floatFor(*bank, keys::kWristTempScore);
+    const float today = floatFor(*bank, keys::kWristTempTodayValue);
+    const float baseline = floatFor(*bank, keys::kWristTempAverage28);
     if (!(today > 0.0f && baseline > 0.0f)) return kNone;
     // The threshold applies to the single-precision difference.
     const double d = static_cast<double>(today - baseline);
 
     Dictionary record;
     std::string todayLabel = localeFormat("%.2f\u00B0", {today});
-    record.setObject(Value(todayLabel), "wristTempTodayLabel");
-    record.setObject(Value(localeFormat("%.2f\u00B0", {baseline})), "wristTempAverage28Label");
+    record.setObject(Value(todayLabel), keys::kWristTempTodayLabel);
+    record.setObject(Value(localeFormat("%.2f\u00B0", {baseline})), keys::kWristTempAverage28Label);
 
     std::string difLabel, sentence;
     if (d >= 0.01) {
@@ -203,13 +205,13 @@ GroupMetrics::Record GroupMetrics::requestWristTemp() {
         difLabel = localeFormat("%.2f\u00B0=", {0.0});
         sentence = stringWithFormat(localized("Today's temperature is %@. No change from baseline."), {todayLabel});
     }
-    record.setObject(Value(difLabel), "wristTempDifLabel");
-    record.setObject(Value(sentence), "wristTempTodayInfo");
-    record.setObject(Value(score), "wristTempScore");
+    record.setObject(Value(difLabel), keys::kWristTempDifLabel);
+    record.setObject(Value(sentence), keys::kWristTempTodayInfo);
+    record.setObject(Value(score), keys::kWristTempScore);
     record.setObject(Value(localeFormat("{\"%@\":\"%.2f\", \"%@\":\"%.2f\", \"%@\": \"%.2f\"}",
                                         {localized("Temperature"), today, localized("Baseline"), baseline,
                                          localized("Variance"), d})),
-                     "pasteItem");
+                     keys::kPasteItem);
     return record;
 }
 

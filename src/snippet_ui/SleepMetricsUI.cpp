@@ -1,11 +1,14 @@
 #include "snippet_ui/SleepMetricsUI.h"
 
+#include "metrics/RecordKeys.h"
+
 #include <cmath>
 
 namespace velmorant::snippet_ui {
 using format::FormatTools;
 using metrics::GroupMetrics;
 using palette::Pallet;
+namespace keys = metrics::keys;
 
 using platform::Colour;
 
@@ -38,7 +41,7 @@ float SleepMetricsUI::getVelmorantConfigValueForKey(std::string_view key) { retu
 std::optional<float> SleepMetricsUI::configValueForKey(std::string_view key) {
     // Only a store some request has opened is read; before that there is no setting.
     if (!groupPrefs_) return std::nullopt;
-    platform::Value config = groupPrefs_->objectForKey("velmorantConfig");
+    platform::Value config = groupPrefs_->objectForKey(keys::kVelmorantConfig);
     const platform::Dictionary* dict = config.dictionary();
     if (!dict) return std::nullopt;
     const platform::Value* value = dict->objectForKey(key);

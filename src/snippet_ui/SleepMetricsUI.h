@@ -43,7 +43,7 @@ public:
     // 0 when the store has not been opened yet, or the dictionary or key is missing.
     float getVelmorantConfigValueForKey(std::string_view key);
     // The same setting, none in those cases (a stored 0 stays 0).
-    std::optional<float> configValueForKey(std::string_view key);
+    [[nodiscard]] std::optional<float> configValueForKey(std::string_view key);
 
     // Colours shared by the gauges, rings and clock.
     platform::Colour gaugeBkg() const;
@@ -132,8 +132,8 @@ private:
 
     // The drawings themselves, given all they show: the recharge rings on the
     // dark palette with the sleep goal in hours, the bed clock at `now`.
-    platform::ImagePtr drawRechargeRings(palette::Pallet& darkPalette, float size, float sleepPercent, float bankPercent,
-                                         float goalHours);
+    platform::ImagePtr drawRechargeRings(palette::Pallet& darkPalette, float size, float sleepPercent,
+                                         float bankPercent, float goalHours);
     static void drawHourMarks(platform::Canvas& canvas, platform::Point centre, float radius, float width,
                               float goal, const platform::Colour& colour);
     platform::ImagePtr drawBedClock(float size, const std::optional<platform::Date>& bedtime,

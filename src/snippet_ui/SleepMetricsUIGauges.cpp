@@ -1,5 +1,6 @@
 // The four dial gauges: blood oxygen, respiration rate, bedtime consistency
 // and wrist temperature.
+#include "metrics/RecordKeys.h"
 #include "snippet_ui/GaugeFrame.h"
 #include "snippet_ui/SleepMetricsUI.h"
 
@@ -9,6 +10,7 @@
 
 namespace velmorant::snippet_ui {
 using palette::Pallet;
+namespace keys = metrics::keys;
 
 using gauge::GaugeFrame;
 using platform::Colour;
@@ -54,8 +56,8 @@ float consistencyStars(float t) {
 
 platform::ImagePtr SleepMetricsUI::drawSpO2GaugeWithSize(float size, const Dictionary& dict) {
     Pallet& colours = pallet();
-    const float average = number(dict, "averageSpO2");
-    const float average7 = spO2Fraction(number(dict, "averageSpO27"));
+    const float average = number(dict, keys::kAverageSpO2);
+    const float average7 = spO2Fraction(number(dict, keys::kAverageSpO27));
 
     GaugeFrame gauge(size, widgetMode, platform_, layers_);
     // The dial, the hub and the icon are the same for every night.
@@ -66,8 +68,8 @@ platform::ImagePtr SleepMetricsUI::drawSpO2GaugeWithSize(float size, const Dicti
                                                  Colour::blackColor(), colours.colourForSpO2Reading(85),
                                                  colours.colourForSpO2Reading(90), colours.colourForSpO2Reading(95)});
     });
-    gauge.drawRangeBand(spO2Fraction(number(dict, "minSpO2")), spO2Fraction(number(dict, "maxSpO2")));
-    gauge.drawSevenDayRange(spO2Fraction(number(dict, "minSpO27")), spO2Fraction(number(dict, "maxSpO27")));
+    gauge.drawRangeBand(spO2Fraction(number(dict, keys::kMinSpO2)), spO2Fraction(number(dict, keys::kMaxSpO2)));
+    gauge.drawSevenDayRange(spO2Fraction(number(dict, keys::kMinSpO27)), spO2Fraction(number(dict, keys::kMaxSpO27)));
     gauge.drawSevenDayMarker(static_cast<float>(average7 - 0.005), static_cast<float>(average7 + 0.005));
     gauge.keep([&] {
         gauge.drawHub(needleBkg());
@@ -84,7 +86,7 @@ platform::ImagePtr SleepMetricsUI::drawSpO2GaugeWithSize(float size, const Dicti
 platform::ImagePtr SleepMetricsUI::drawRespRateGaugeWithSize(float size, const Dictionary& dict) {
     Pallet& colours = pallet();
     auto fractionOf = [&](float breaths) { return gauge::starFraction(colours.starsValueForRespRate(breaths)); };
-    const float average = orWhenNone(number(dict, "averageRespRate"), kLeastAverage);
+    const float average = orWhenNone(number(dict, keys::kAverageRespRate), kLeastAverage);
     const float averageStars = colours.starsValueForRespRate(average);
 
     GaugeFrame gauge(size, widgetMode, platform_, layers_);
@@ -97,14 +99,14 @@ platform::ImagePtr SleepMetricsUI::drawRespRateGaugeWithSize(float size, const D
                                                                         ready(1.0f), ready(0.6f), ready(0)}));
         gauge.drawHub(needleBkg());
     });
-    const float lowest = orWhenNone(number(dict, "minRespRate"), average);
-    const float highest = orWhenNone(number(dict, "maxRespRate"), average);
+    const float lowest = orWhenNone(number(dict, keys::kMinRespRate), average);
+    const float highest = orWhenNone(number(dict, keys::kMaxRespRate), average);
     gauge.drawRangeBand(fractionOf(lowest), fractionOf(highest));
     // A seven-day average outside any plausible breathing rate is left off the dial.
-    const float average7 = number(dict, "averageRespRate7");
+    const float average7 = number(dict, keys::kAverageRespRate7);
     if (average7 > 1 && average7 < 40) {
-        const float lowest7 = orWhenNone(number(dict, "minRespRate7"), average7);
-        const float highest7 = number(dict, "maxRespRate7");
+        const float lowest7 = orWhenNone(number(dict, keys::kMinRespRate7), average7);
+        const float highest7 = number(dict, keys::kMaxRespRate7);
         gauge.drawSevenDayRange(fractionOf(lowest7), fractionOf(highest7));
         const float fraction7 = fractionOf(average7);
         gauge.drawSevenDayMarker(fraction7 - 0.005, fraction7 + 0.005);
@@ -118,7 +120,7 @@ platform::ImagePtr SleepMetricsUI::drawRespRateGaugeWithSize(float size, const D
 
 platform::ImagePtr SleepMetricsUI::drawConsistencyGaugeWithSize(float size, const Dictionary& dict) {
     Pallet& colours = pallet();
-    const float stars = consistencyStars(number(dict, "bedTrend") / 60);
+    const float stars = consistencyStars(number(dict, keys::kBedTrend) / 60);
 
     GaugeFrame gauge(size, widgetMode, platform_, layers_);
     auto ready = [&](float ratio) { return colours.colourForReadyScore(ratio); };
@@ -132,7 +134,7 @@ platform::ImagePtr SleepMetricsUI::drawConsistencyGaugeWithSize(float size, cons
         gauge.drawHub(needleBkg());
         gauge.drawIcon("InBedIcon");
     });
-    if (const std::string* label = text(dict, "starsLabel"))
+    if (const std::string* label = text(dict, keys::kStarsLabel))
         gauge.drawText(*label, {widgetMode ? 28.0f : 24.0f, -5.1}, colours.tintColour());
     gauge.drawNeedle(gauge::starFraction(stars));
     return gauge.finish();
@@ -140,7 +142,7 @@ platform::ImagePtr SleepMetricsUI::drawConsistencyGaugeWithSize(float size, cons
 
 platform::ImagePtr SleepMetricsUI::drawWristTempGaugeWithSize(float size, const Dictionary& dict) {
     Pallet& colours = pallet();
-    const float score = number(dict, "wristTempScore");
+    const float score = number(dict, keys::kWristTempScore);
 
     GaugeFrame gauge(size, widgetMode, platform_, layers_);
     // Both round ends keep the lowest score's colour, also the one past 7.
@@ -154,7 +156,7 @@ platform::ImagePtr SleepMetricsUI::drawWristTempGaugeWithSize(float size, const 
         gauge.drawHub(needleBkg());
         gauge.drawIcon("WristTempIcon");
     });
-    if (const std::string* label = text(dict, "wristTempDifLabel"))
+    if (const std::string* label = text(dict, keys::kWristTempDifLabel))
         gauge.drawText(*label, gauge::valueTextPlacement(widgetMode), colours.tintColour());
     gauge.drawNeedle(gauge::starFraction(score));
     return gauge.finish();

@@ -1,5 +1,7 @@
 #include "snippet_ui/SleepMetricsUI.h"
 
+#include "metrics/RecordKeys.h"
+
 #include <cmath>
 #include <numbers>
 
@@ -8,6 +10,7 @@
 
 namespace velmorant::snippet_ui {
 using palette::Pallet;
+namespace keys = metrics::keys;
 
 using platform::Canvas;
 using platform::Colour;
@@ -38,7 +41,8 @@ platform::ImagePtr SleepMetricsUI::drawTheRechargeWithSize(float size, float sle
     // 1. The recharge rings are always dark.
     Pallet& palette = pallet();
     palette.setDarkTheme(true);
-    return drawRechargeRings(palette, size, sleepPercent, bankPercent, getVelmorantConfigValueForKey("requiredHours"));
+    return drawRechargeRings(palette, size, sleepPercent, bankPercent,
+                             getVelmorantConfigValueForKey(keys::kRequiredHours));
 }
 
 platform::ImagePtr SleepMetricsUI::drawRechargeRings(Pallet& palette, float size, float sleepPercent, float bankPercent,

@@ -2,6 +2,7 @@
 // bedtime consistency, with their pictures.
 #include "snippet_ui/SleepMetricsUI.h"
 
+#include "metrics/RecordKeys.h"
 #include "platform/text/StringFormat.h"
 #include "platform/text/Text.h"
 
@@ -12,6 +13,7 @@ namespace velmorant::snippet_ui {
 using format::FormatTools;
 using metrics::GroupMetrics;
 using palette::Pallet;
+namespace keys = metrics::keys;
 
 using platform::Date;
 using platform::Dictionary;
@@ -53,25 +55,26 @@ std::optional<Date> dateIn(const Dictionary& record, std::string_view key) {
 SleepMetricsUI::Record SleepMetricsUI::requestQuality() {
     formatTools();
     GroupMetrics::Record source = groupMetrics().requestQuality();
-    if (!source || !source->contains("ringSleepPercent")) return std::nullopt;
+    if (!source || !source->contains(keys::kRingSleepPercent)) return std::nullopt;
     auto figure = [&](std::string_view key) { return recordFloat(*source, key); };
-    const bool showStages = source->contains("showStages");
-    const float sleep = figure("ringSleepPercent"), quality = figure("ringQualityPercent"),
-                deep = figure("ringDeepPercent"), bpm = figure("ringBPMPercent");
+    const bool showStages = source->contains(keys::kShowStages);
+    const float sleep = figure(keys::kRingSleepPercent), quality = figure(keys::kRingQualityPercent),
+                deep = figure(keys::kRingDeepPercent), bpm = figure(keys::kRingBPMPercent);
 
     // The accessory widget's rings are smaller; the home-screen widget keeps the snippet's size.
     const float side = widgetAccessoryMode ? 260.0f : 280.0f;
     Dictionary record;
     record.setObject(
-        Value(drawSleepRingsWithSize(side, sleep, quality, deep, bpm, figure("sleepRating"), showStages)),
-        "ringsImage");
-    copyKeys(*source, record, {"ringSleepLabel", "ringQualityLabel", "ringDeepLabel", "ringBPMLabel"});
-    record.setObject(Value(pallet().colourForBatteryChargePercent(sleep)), "ringSleepColour");
-    record.setObject(Value(pallet().colourForBatteryChargePercent(quality)), "ringQualityColour");
-    record.setObject(Value(pallet().colourForBatteryChargePercent(deep)), "ringDeepColour");
-    record.setObject(Value(pallet().colourForBatteryChargePercent(bpm)), "ringBPMColour");
-    if (showStages) record.setObject(Value("1"), "showStages");
-    copyKeys(*source, record, {"pasteItem"});
+        Value(drawSleepRingsWithSize(side, sleep, quality, deep, bpm, figure(keys::kSleepRating), showStages)),
+        keys::kRingsImage);
+    copyKeys(*source, record,
+             {keys::kRingSleepLabel, keys::kRingQualityLabel, keys::kRingDeepLabel, keys::kRingBPMLabel});
+    record.setObject(Value(pallet().colourForBatteryChargePercent(sleep)), keys::kRingSleepColour);
+    record.setObject(Value(pallet().colourForBatteryChargePercent(quality)), keys::kRingQualityColour);
+    record.setObject(Value(pallet().colourForBatteryChargePercent(deep)), keys::kRingDeepColour);
+    record.setObject(Value(pallet().colourForBatteryChargePercent(bpm)), keys::kRingBPMColour);
+    if (showStages) record.setObject(Value("1"), keys::kShowStages);
+    copyKeys(*source, record, {keys::kPasteItem});
     return record;
 }
 
@@ -79,13 +82,13 @@ platform::Dictionary SleepMetricsUI::requestSleepBankRings() {
     Dictionary record;
     platform::PreferencesStore& store = groupPrefs();
     FormatTools& ft = formatTools();
-    const Value trackValue = store.objectForKey("watchTrackDict");
+    const Value trackValue = store.objectForKey(keys::kWatchTrackDict);
     const Dictionary* track = trackValue.dictionary();
     if (!track) return record;
 
-    const float goalHours = getVelmorantConfigValueForKey("requiredHours");
+    const float goalHours = getVelmorantConfigValueForKey(keys::kRequiredHours);
     const float goal = held(static_cast<double>(goalHours) * 3600.0);
-    const float asleep = held(storeNumber(*track, "rawSleepTime"));
+    const float asleep = held(storeNumber(*track, keys::kRawSleepTime));
     const float bank = held(storeNumber(*track, "rawSleepBankTime"));
     // Without a goal there is nothing to measure against: the rings stay empty
     // and the balance is even, rather than showing an infinite ratio.
@@ -98,16 +101,18 @@ platform::Dictionary SleepMetricsUI::requestSleepBankRings() {
     // The rings are dark, and so is everything coloured after them.
     Pallet& darkPalette = pallet();
     darkPalette.setDarkTheme(true);
-    record.setObject(Value(drawRechargeRings(darkPalette, side, sleepFraction, bankFraction, goalHours)), "ringsImage");
+    record.setObject(Value(drawRechargeRings(darkPalette, side, sleepFraction, bankFraction, goalHours)),
+                     keys::kRingsImage);
 
     const std::string& locale = platform_.localeId();
     auto localized = [&](std::string_view key) { return platform_.localizedString(key, "", ""); };
-    record.setObject(Value(ft.formattedTimeInterval(asleep)), "sleepTimeLabel");
-    record.setObject(Value(platform::stringWithFormat("%.0f%% %@", {held(sleepFraction * 100.0), localized("of goal")})),
-                     "sleepGoalLabel");
-    record.setObject(Value(ft.formattedTimeInterval(bank)), "bankTimeLabel");
-    record.setObject(Value(pallet().lightRatingColour(held(sleepFraction * 100.0))), "sleepIndicatorColour");
-    record.setObject(Value(pallet().lightRatingColour(held(bankFraction * 100.0))), "bankIndicatorColour");
+    record.setObject(Value(ft.formattedTimeInterval(asleep)), keys::kSleepTimeLabel);
+    record.setObject(
+        Value(platform::stringWithFormat("%.0f%% %@", {held(sleepFraction * 100.0), localized("of goal")})),
+        keys::kSleepGoalLabel);
+    record.setObject(Value(ft.formattedTimeInterval(bank)), keys::kBankTimeLabel);
+    record.setObject(Value(pallet().lightRatingColour(held(sleepFraction * 100.0))), keys::kSleepIndicatorColour);
+    record.setObject(Value(pallet().lightRatingColour(held(bankFraction * 100.0))), keys::kBankIndicatorColour);
     record.setObject(Value(bankFraction), "bankPercentage");
     record.setObject(Value(ft.formattedShortTimeInterval(bank)), "shortBankTimeLabel");
 
@@ -121,7 +126,7 @@ platform::Dictionary SleepMetricsUI::requestSleepBankRings() {
     // Small balances keep a decimal, so a near-even bank does not read as 0%.
     record.setObject(
         Value(platform::localizedStringWithFormat(locale, ratio < 1.0f ? "%.1f%% %@" : "%.0f%% %@", {percent, word})),
-        "bankBalanceLabel");
+        keys::kBankBalanceLabel);
 
     std::optional<Date> start = store.objectForKey("sleepSessionStart").date();
     std::optional<Date> end = store.objectForKey("sleepSessionEnd").date();
@@ -134,19 +139,21 @@ platform::Dictionary SleepMetricsUI::requestSleepBankRings() {
             {localized("Recharge"), held(sleepFraction * 100.0), localized("Credit"), credit, localized("Debt"), debt,
              localized("Sleep"), asleep / 3600.0f, localized("Balance"), bank / 3600.0f, localized("Start"),
              ft.shorthhmmDDMMYY(*start), localized("Until"), ft.shorthhmmDDMMYY(*end)})),
-        "pasteItem");
+        keys::kPasteItem);
     return record;
 }
 
 SleepMetricsUI::Record SleepMetricsUI::requestLatestBedtime() {
     FormatTools& ft = formatTools();
     GroupMetrics::Record source = groupMetrics().requestSleepBank();
-    if (!source || !source->contains("latestBedLabel")) return std::nullopt;
-    const std::optional<Date> bedTime = dateIn(*source, "bedTime");
+    if (!source || !source->contains(keys::kLatestBedLabel)) return std::nullopt;
+    const std::optional<Date> bedTime = dateIn(*source, keys::kBedTime);
     Dictionary record;
-    record.setObject(Value(drawBedClock(wellnessImageSide(), bedTime, dateIn(*source, "wakeTime"), platform_.now())),
-                     "ringsImage");
-    copyKeys(*source, record, {"latestBedTime", "wakeTimeLabel", "timeUntilBedLabel", "timeUntilWakeLabel"});
+    record.setObject(
+        Value(drawBedClock(wellnessImageSide(), bedTime, dateIn(*source, keys::kWakeTime), platform_.now())),
+        keys::kRingsImage);
+    copyKeys(*source, record,
+             {keys::kLatestBedTime, keys::kWakeTimeLabel, keys::kTimeUntilBedLabel, keys::kTimeUntilWakeLabel});
 
     // A widget counts down to the next bedtime, so one already past moves to tomorrow.
     if (widgetMode) {
@@ -157,11 +164,12 @@ SleepMetricsUI::Record SleepMetricsUI::requestLatestBedtime() {
             platform_.diagnostics().report(line);
             // Logged on every request, not once per process.
             platform_.diagnostics().forget(line);
-            widgetBedTime = bedTime->timeIntervalSinceDate(now) < 0 ? bedTime->dateByAddingTimeInterval(kDay) : *bedTime;
+            widgetBedTime =
+                bedTime->timeIntervalSinceDate(now) < 0 ? bedTime->dateByAddingTimeInterval(kDay) : *bedTime;
         }
-        record.setObject(Value(widgetBedTime), "bedTime");
+        record.setObject(Value(widgetBedTime), keys::kBedTime);
     }
-    copyKeys(*source, record, {"pasteItem"});
+    copyKeys(*source, record, {keys::kPasteItem});
     return record;
 }
 
@@ -169,8 +177,8 @@ SleepMetricsUI::Record SleepMetricsUI::requestConsistency() {
     GroupMetrics::Record source = groupMetrics().requestConsistencyDict();
     if (!source) return std::nullopt;
     Dictionary record;
-    record.setObject(Value(drawConsistencyGaugeWithSize(wellnessImageSide(), *source)), "ringsImage");
-    copyKeys(*source, record, {"avgBedtimeDateString", "trendString", "starsLabel"});
+    record.setObject(Value(drawConsistencyGaugeWithSize(wellnessImageSide(), *source)), keys::kRingsImage);
+    copyKeys(*source, record, {keys::kAvgBedtimeDateString, keys::kTrendString, keys::kStarsLabel});
     return record;
 }
 

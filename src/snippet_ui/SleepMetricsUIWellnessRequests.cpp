@@ -2,6 +2,7 @@
 // its gauge, as the snippets show them.
 #include "snippet_ui/SleepMetricsUI.h"
 
+#include "metrics/RecordKeys.h"
 #include "platform/text/StringFormat.h"
 
 #include <algorithm>
@@ -10,6 +11,7 @@
 
 namespace velmorant::snippet_ui {
 using metrics::GroupMetrics;
+namespace keys = metrics::keys;
 
 using platform::Colour;
 using platform::Dictionary;
@@ -48,9 +50,10 @@ SleepMetricsUI::Record SleepMetricsUI::requestSpO2() {
     if (!source) return std::nullopt;
     Dictionary record;
     copyKeys(*source, record,
-             {"averageSpO2Label", "averageSpO2Label7", "minSpO2Label", "maxSpO2Label", "averageSpO2RangeLabel",
-              "averageSpO2RangeLabel7", "difLabel", "difColour", "pasteItem"});
-    record.setObject(Value(drawSpO2GaugeWithSize(wellnessImageSide(), *source)), "ringsImage");
+             {keys::kAverageSpO2Label, keys::kAverageSpO2Label7, keys::kMinSpO2Label, keys::kMaxSpO2Label,
+              keys::kAverageSpO2RangeLabel, keys::kAverageSpO2RangeLabel7, keys::kDifLabel, keys::kDifColour,
+              keys::kPasteItem});
+    record.setObject(Value(drawSpO2GaugeWithSize(wellnessImageSide(), *source)), keys::kRingsImage);
     return record;
 }
 
@@ -59,10 +62,11 @@ SleepMetricsUI::Record SleepMetricsUI::requestRespRate() {
     if (!source) return std::nullopt;
     Dictionary record;
     copyKeys(*source, record,
-             {"averageRespRate", "averageRespRateLabel", "averageRespRateWidgetLabel", "averageRespRateLabel7",
-              "minRespRateLabel", "maxRespRateLabel", "averageRespRateRangeLabel", "averageRespRateRangeLabel7",
-              "difLabel", "difColour", "pasteItem"});
-    record.setObject(Value(drawRespRateGaugeWithSize(wellnessImageSide(), *source)), "ringsImage");
+             {keys::kAverageRespRate, keys::kAverageRespRateLabel, keys::kAverageRespRateWidgetLabel,
+              keys::kAverageRespRateLabel7, keys::kMinRespRateLabel, keys::kMaxRespRateLabel,
+              keys::kAverageRespRateRangeLabel, keys::kAverageRespRateRangeLabel7, keys::kDifLabel, keys::kDifColour,
+              keys::kPasteItem});
+    record.setObject(Value(drawRespRateGaugeWithSize(wellnessImageSide(), *source)), keys::kRingsImage);
     return record;
 }
 
@@ -73,9 +77,11 @@ SleepMetricsUI::Record SleepMetricsUI::requestWristTemp() {
     if (!source) return std::nullopt;
     Dictionary record;
     copyKeys(*source, record,
-             {"wristTempTodayLabel", "wristTempAverage28Label", "wristTempDifLabel", "wristTempScore", "pasteItem"});
-    record.setObject(Value(pallet().colourForWristTempScore(floatIn(*source, "wristTempScore"))), "ratingColour");
-    record.setObject(Value(drawWristTempGaugeWithSize(wellnessImageSide(), *source)), "ringsImage");
+             {keys::kWristTempTodayLabel, keys::kWristTempAverage28Label, keys::kWristTempDifLabel,
+              keys::kWristTempScore, keys::kPasteItem});
+    record.setObject(Value(pallet().colourForWristTempScore(floatIn(*source, keys::kWristTempScore))),
+                     keys::kRatingColour);
+    record.setObject(Value(drawWristTempGaugeWithSize(wellnessImageSide(), *source)), keys::kRingsImage);
     return record;
 }
 
@@ -84,32 +90,33 @@ SleepMetricsUI::Record SleepMetricsUI::requestReadiness() { return scoreRecord(g
 SleepMetricsUI::Record SleepMetricsUI::requestOctane() { return scoreRecord(groupMetrics().requestOctane(), 1); }
 
 SleepMetricsUI::Record SleepMetricsUI::scoreRecord(const GroupMetrics::Record& source, std::int64_t legend) {
-    if (!source || !source->contains("todaysReadinessStars")) return std::nullopt;
+    if (!source || !source->contains(keys::kTodaysReadinessStars)) return std::nullopt;
     Dictionary record;
     // The stars text stands in for the copyable text only when the source has none.
     record.setObject(Value(platform::localizedStringWithFormat(platform_.localeId(), "%.1f",
-                                                               {floatIn(*source, "starsValue")})),
-                     "pasteItem");
-    const float percentage = floatIn(*source, "percentage");
+                                                               {floatIn(*source, keys::kStarsValue)})),
+                     keys::kPasteItem);
+    const float percentage = floatIn(*source, keys::kPercentage);
     // The drawing makes the palette, so the colours below are asked of it afterwards.
-    record.setObject(Value(drawReadiRingsWithSize(wellnessImageSide(), percentage, stringIn(*source, "rating"), legend)),
-                     "ringsImage");
+    record.setObject(
+        Value(drawReadiRingsWithSize(wellnessImageSide(), percentage, stringIn(*source, keys::kRating), legend)),
+        keys::kRingsImage);
 
     // Heart-rate variability gets five points more than the waking heart rate
     // on the scale: the two indicators are deliberately unequal.
-    const float hrvPoints = floatIn(*source, "hrvPoints");
+    const float hrvPoints = floatIn(*source, keys::kHrvPoints);
     record.setObject(Value(hrvPoints != 0.0f ? pallet().lightRatingColour(held((hrvPoints + 0.05) * 100.0))
                                              : Colour::darkGrayColor()),
-                     "hrvIndicatorColour");
-    const float wakingPoints = floatIn(*source, "wakingPoints");
+                     keys::kHrvIndicatorColour);
+    const float wakingPoints = floatIn(*source, keys::kWakingPoints);
     record.setObject(
         Value(wakingPoints != 0.0f ? pallet().lightRatingColour(held(wakingPoints * 100.0)) : Colour::darkGrayColor()),
-        "wakingIndicatorColour");
+        keys::kWakingIndicatorColour);
 
-    copyKeys(*source, record, {"hrvDifLabel", "hrvLabel", "wakingDifLabel", "wakingLabel"});
-    record.setObject(Value(stringIn(*source, "rating")), "starsLabel");
-    if (widgetMode) copyKeys(*source, record, {"wakingTint", "hrvTint"});
-    copyKeys(*source, record, {"pasteItem"});
+    copyKeys(*source, record, {keys::kHrvDifLabel, keys::kHrvLabel, keys::kWakingDifLabel, keys::kWakingLabel});
+    record.setObject(Value(stringIn(*source, keys::kRating)), keys::kStarsLabel);
+    if (widgetMode) copyKeys(*source, record, {keys::kWakingTint, keys::kHrvTint});
+    copyKeys(*source, record, {keys::kPasteItem});
     return record;
 }
 

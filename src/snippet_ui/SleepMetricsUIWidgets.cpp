@@ -2,12 +2,14 @@
 // shared store under "Swift-" keys, and the records' pictures.
 #include "snippet_ui/SleepMetricsUI.h"
 
+#include "metrics/RecordKeys.h"
 #include "platform/text/Text.h"
 
 #include <utility>
 #include <vector>
 
 namespace velmorant::snippet_ui {
+namespace keys = metrics::keys;
 
 using platform::Dictionary;
 using platform::PreferencesStore;
@@ -44,11 +46,11 @@ void writeMirror(PreferencesStore& store, const SleepMetricsUI::Record& record,
                  std::initializer_list<std::string_view> fields, std::initializer_list<Placeholder> placeholders,
                  std::optional<CompactRange> compact = std::nullopt) {
     if (!record) {
-        store.removeObjectForKey(swiftKey("HasData"));
+        store.removeObjectForKey(swiftKey(keys::kHasData));
         for (const Placeholder& p : placeholders) store.setObject(Value(p.text), swiftKey(p.key));
         return;
     }
-    store.setObject(Value("1"), swiftKey("HasData"));
+    store.setObject(Value("1"), swiftKey(keys::kHasData));
     for (std::string_view field : fields) {
         const Value* value = record->objectForKey(field);
         store.setObject(value ? *value : Value(), swiftKey(field));
@@ -60,12 +62,17 @@ void writeMirror(PreferencesStore& store, const SleepMetricsUI::Record& record,
 // Readiness and sleep fuel share their keys: the last one written is shown.
 void writeScoreMirror(PreferencesStore& store, const SleepMetricsUI::Record& record) {
     writeMirror(store, record,
-                {"hrvDifLabel", "hrvLabel", "wakingDifLabel", "wakingLabel", "starsLabel", "wakingTint", "hrvTint"},
-                {{"hrvDifLabel", ""}, {"hrvLabel", "--"}, {"wakingDifLabel", ""}, {"wakingLabel", "--"}, {"starsLabel", ""}});
+                {keys::kHrvDifLabel, keys::kHrvLabel, keys::kWakingDifLabel, keys::kWakingLabel, keys::kStarsLabel,
+                 keys::kWakingTint, keys::kHrvTint},
+                {{keys::kHrvDifLabel, ""},
+                 {keys::kHrvLabel, "--"},
+                 {keys::kWakingDifLabel, ""},
+                 {keys::kWakingLabel, "--"},
+                 {keys::kStarsLabel, ""}});
 }
 
 platform::ImagePtr recordImage(const SleepMetricsUI::Record& record) {
-    const Value* image = record ? record->objectForKey("ringsImage") : nullptr;
+    const Value* image = record ? record->objectForKey(keys::kRingsImage) : nullptr;
     return image ? image->image() : nullptr;
 }
 
@@ -90,9 +97,9 @@ void SleepMetricsUI::requestSpO2ForSwift() {
     setWidgetFlags(false);
     Record record = requestSpO2();
     writeMirror(*platform_.suiteNamed(platform::kAppGroupSuite), record,
-                {"averageSpO2Label", "averageSpO2RangeLabel", "difLabel", "difColour"},
-                {{"averageSpO2Label", "--"}, {"averageSpO2RangeLabel", "--"}, {"difLabel", ""}},
-                CompactRange{"averageSpO2RangeLabel", true});
+                {keys::kAverageSpO2Label, keys::kAverageSpO2RangeLabel, keys::kDifLabel, keys::kDifColour},
+                {{keys::kAverageSpO2Label, "--"}, {keys::kAverageSpO2RangeLabel, "--"}, {keys::kDifLabel, ""}},
+                CompactRange{keys::kAverageSpO2RangeLabel, true});
 }
 
 void SleepMetricsUI::requestRespRateForSwift() {
@@ -101,9 +108,9 @@ void SleepMetricsUI::requestRespRateForSwift() {
     // The widgets read the average from the widget label but clear it under
     // the plain label; both keys stay as the widgets know them.
     writeMirror(*platform_.suiteNamed(platform::kAppGroupSuite), record,
-                {"averageRespRateWidgetLabel", "averageRespRateRangeLabel", "difLabel"},
-                {{"averageRespRateLabel", "--"}, {"averageRespRateRangeLabel", "--"}, {"difLabel", ""}},
-                CompactRange{"averageRespRateRangeLabel", false});
+                {keys::kAverageRespRateWidgetLabel, keys::kAverageRespRateRangeLabel, keys::kDifLabel},
+                {{keys::kAverageRespRateLabel, "--"}, {keys::kAverageRespRateRangeLabel, "--"}, {keys::kDifLabel, ""}},
+                CompactRange{keys::kAverageRespRateRangeLabel, false});
 }
 
 void SleepMetricsUI::requestReadinessForSwift() {
@@ -121,16 +128,16 @@ void SleepMetricsUI::requestOctaneForSwift() {
 void SleepMetricsUI::requestLatestBedtimeForSwift() {
     setWidgetFlags(false);
     Record record = requestLatestBedtime();
-    writeMirror(*platform_.suiteNamed(platform::kAppGroupSuite), record, {"latestBedTime", "wakeTimeLabel", "bedTime"},
-                {});
+    writeMirror(*platform_.suiteNamed(platform::kAppGroupSuite), record,
+                {keys::kLatestBedTime, keys::kWakeTimeLabel, keys::kBedTime}, {});
 }
 
 void SleepMetricsUI::requestSleepBankForSwift() {
     // The flags stay as they are, and the record is never none: the labels are
     // written (or, without a tracked night, removed) every time.
     Record record = requestSleepBankRings();
-    writeMirror(*platform_.suiteNamed(platform::kAppGroupSuite), record, {"sleepTimeLabel", "bankTimeLabel"},
-                {{"sleepTimeLabel", "--"}, {"bankTimeLabel", "--"}});
+    writeMirror(*platform_.suiteNamed(platform::kAppGroupSuite), record, {keys::kSleepTimeLabel, keys::kBankTimeLabel},
+                {{keys::kSleepTimeLabel, "--"}, {keys::kBankTimeLabel, "--"}});
 }
 
 platform::ImagePtr SleepMetricsUI::swiftReadinessImage() {

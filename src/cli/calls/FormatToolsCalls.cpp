@@ -58,9 +58,8 @@ bool anyNil(const CallArgs& a) {
     return false;
 }
 
-}  // namespace
-
-void registerFormatToolsCalls(CallRegistry& registry) {
+// Clock times, durations, day keys and display patterns.
+void addTimeAndDateTextCalls(CallRegistry& registry) {
     using T = FormatTools;
     using P = ParamType;
 
@@ -128,7 +127,12 @@ void registerFormatToolsCalls(CallRegistry& registry) {
     addDateOperation(registry, "ddmmyy:", &T::ddmmyy);
     addDateOperation(registry, "ddmm:", &T::ddmm);
     addDateOperation(registry, "ddmmm:", &T::ddmmm);
+}
 
+// Calendar arithmetic and text.
+void addCalendarAndTextCalls(CallRegistry& registry) {
+    using T = FormatTools;
+    using P = ParamType;
     // Calendar arithmetic.
     addPlainOperation(registry, "getMidnight", &T::getMidnight);
     addDateOperation(registry, "intervalSinceMidnight:", &T::intervalSinceMidnight);
@@ -187,6 +191,13 @@ void registerFormatToolsCalls(CallRegistry& registry) {
                      FormatTools tools(p);
                      return CallResult(tools.sentenceCapitalizedString(a.string(0).value_or("")));
                  });
+}
+
+}  // namespace
+
+void registerFormatToolsCalls(CallRegistry& registry) {
+    addTimeAndDateTextCalls(registry);
+    addCalendarAndTextCalls(registry);
 }
 
 }  // namespace velmorant::cli

@@ -50,9 +50,7 @@ void addTwoNumbers(CallRegistry& registry, const char* selector, Operation opera
                  });
 }
 
-}  // namespace
-
-void registerPalletCalls(CallRegistry& registry) {
+void addThemeCalls(CallRegistry& registry) {
     // Theme, hues and thresholds as a new palette has them (thresholds are read by loadPrefs only).
     const std::pair<const char*, bool (Pallet::*)() const> flags[] = {
         {"isDarkTheme", &Pallet::isDarkTheme},
@@ -139,7 +137,10 @@ void registerPalletCalls(CallRegistry& registry) {
         {"respRateTintBad", &Pallet::respRateTintBad},
     };
     for (const auto& [selector, op] : colours) addNoArgument(registry, selector, op);
+}
 
+// Colours, stars and texts for a figure.
+void addScaleCalls(CallRegistry& registry) {
     using ColourOfNumber = Colour (Pallet::*)(float) const;
     const std::pair<const char*, ColourOfNumber> colourScales[] = {
         {"colourForHRDipZone:", &Pallet::colourForHRDipZone},
@@ -178,6 +179,13 @@ void registerPalletCalls(CallRegistry& registry) {
                      // A nil flag reads as off.
                      return CallResult(pallet.colourForClockFace(a.integer(0), a.boolean(1)));
                  });
+}
+
+}  // namespace
+
+void registerPalletCalls(CallRegistry& registry) {
+    addThemeCalls(registry);
+    addScaleCalls(registry);
 }
 
 }  // namespace velmorant::cli

@@ -104,8 +104,8 @@ public:
     const platform::Dictionary* dictionary() const;
     const Array* array() const;
     const platform::Data* data() const;
-    std::optional<platform::Date> date() const;
-    std::optional<platform::Colour> colour() const;
+    [[nodiscard]] std::optional<platform::Date> date() const;
+    [[nodiscard]] std::optional<platform::Colour> colour() const;
     ImagePtr image() const;
 
     bool operator==(const Value&) const;
@@ -125,6 +125,6 @@ private:
 // digits with an optional fraction and exponent; anything else gives 0.
 double leadingDouble(std::string_view text);
 std::int64_t leadingInteger(std::string_view text);
-bool leadingBool(std::string_view text);
+[[nodiscard]] bool leadingBool(std::string_view text);
 
 }  // namespace velmorant::platform

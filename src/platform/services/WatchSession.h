@@ -33,7 +33,7 @@ public:
     // Starts activation; the delegate hears how it ended.
     virtual void activateSession() = 0;
     // Sends the context for the watch app; false with `error` set when it cannot.
-    virtual bool updateApplicationContext(const Dictionary& context, std::string* error) = 0;
+    [[nodiscard]] virtual bool updateApplicationContext(const Dictionary& context, std::string* error) = 0;
 };
 
 // Whether this device has watch sessions at all, and its default session.

@@ -36,7 +36,7 @@ public:
 
     // Applies `change` to the current contents under the lock and writes the
     // result; false when the file could not be read or written (reported).
-    bool modify(const std::function<void(Dictionary&)>& change);
+    [[nodiscard]] bool modify(const std::function<void(Dictionary&)>& change);
 
 private:
     struct Stamp {
@@ -54,7 +54,7 @@ private:
     // The file's contents now; an absent file is an empty binary store.
     // Parsed again only when the file changed.
     const Loaded& load();
-    bool write(const PlistDocument& document, const struct stat* existing);
+    [[nodiscard]] bool write(const PlistDocument& document, const struct stat* existing);
     void problem(const std::string& what);
 
     std::filesystem::path file_;

@@ -25,11 +25,11 @@ inline constexpr int kMaxPlistDepth = 64;
 
 // Reads a binary or XML property list whose root is a dictionary; on failure
 // returns none and says what is wrong.
-std::optional<PlistDocument> parsePlist(std::span<const std::uint8_t> bytes, std::string* error);
+[[nodiscard]] std::optional<PlistDocument> parsePlist(std::span<const std::uint8_t> bytes, std::string* error);
 
 // Writes a dictionary as a property list. Values that have no property-list
 // form (colours, images) make it fail, naming the key.
-std::optional<std::vector<std::uint8_t>> serialisePlist(const Dictionary& root, PlistFormat format,
+[[nodiscard]] std::optional<std::vector<std::uint8_t>> serialisePlist(const Dictionary& root, PlistFormat format,
                                                         std::string* error);
 
 }  // namespace velmorant::platform

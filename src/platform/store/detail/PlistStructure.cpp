@@ -209,73 +209,90 @@ std::uint64_t readBigEndian(const std::uint8_t* p, std::size_t n) {
     return v;
 }
 
-}  // namespace
+// A binary property list's trailer and object table, read the way the parser reads them.
+class BinaryScanner {
+public:
+    explicit BinaryScanner(std::span<const std::uint8_t> bytes) : b(bytes) {}
 
-bool checkXmlStructure(std::string_view text, int maxDepth, std::string* error) {
-    return XmlScanner(text, maxDepth).run(error);
-}
+    bool run(int maxDepth, std::string* error) { return readTrailer(error) && walk(maxDepth, error); }
 
-bool checkBinaryStructure(std::span<const std::uint8_t> b, int maxDepth, std::string* error) {
-    auto fail = [&](const char* what) {
+private:
+    static bool fail(std::string* error, const char* what) {
         *error = what;
         return false;
-    };
-    if (b.size() < 8 + 32) return fail("binary property list is truncated");
+    }
+    bool readTrailer(std::string* error);
+    std::uint64_t offsetOf(std::uint64_t index) const {
+        return readBigEndian(b.data() + tableOffset + index * offsetSize, offsetSize);
+    }
+    std::vector<std::uint64_t> children(std::uint64_t index, bool& ok);
+    bool walk(int maxDepth, std::string* error);
+
+    std::span<const std::uint8_t> b;
+    std::size_t offsetSize = 0, refSize = 0;
+    std::uint64_t count = 0, top = 0, tableOffset = 0;
+    // The parser's text accessors abort the program on a NUL inside a text, so such texts are refused here.
+    bool nulInText = false;
+};
+
+bool BinaryScanner::readTrailer(std::string* error) {
+    if (b.size() < 8 + 32) return fail(error, "binary property list is truncated");
     const std::uint8_t* trailer = b.data() + b.size() - 32;
-    std::size_t offsetSize = trailer[6], refSize = trailer[7];
-    std::uint64_t count = readBigEndian(trailer + 8, 8), top = readBigEndian(trailer + 16, 8),
-                  tableOffset = readBigEndian(trailer + 24, 8);
-    if (offsetSize < 1 || offsetSize > 8 || refSize < 1 || refSize > 8) return fail("binary property list has a bad trailer");
+    offsetSize = trailer[6];
+    refSize = trailer[7];
+    count = readBigEndian(trailer + 8, 8);
+    top = readBigEndian(trailer + 16, 8);
+    tableOffset = readBigEndian(trailer + 24, 8);
+    if (offsetSize < 1 || offsetSize > 8 || refSize < 1 || refSize > 8)
+        return fail(error, "binary property list has a bad trailer");
     std::uint64_t tableEnd = b.size() - 32;
     if (count == 0 || top >= count || tableOffset < 8 || tableOffset > tableEnd ||
         count > (tableEnd - tableOffset) / offsetSize)
-        return fail("binary property list has a bad offset table");
+        return fail(error, "binary property list has a bad offset table");
+    return true;
+}
 
-    auto offsetOf = [&](std::uint64_t index) {
-        return readBigEndian(b.data() + tableOffset + index * offsetSize, offsetSize);
-    };
-    // Children of a container object; empty for scalars. Sets ok=false when malformed.
-    // The parser's text accessors abort the program on a NUL inside a text, so such texts are refused here.
-    bool nulInText = false;
-    auto children = [&](std::uint64_t index, bool& ok) {
-        std::vector<std::uint64_t> refs;
-        std::uint64_t off = offsetOf(index);
-        if (off < 8 || off >= tableOffset) return ok = false, refs;
-        std::uint8_t marker = b[off];
-        std::uint8_t type = marker >> 4;
-        const bool text = type == 0x5 || type == 0x6;  // ASCII, UTF-16
-        if (type != 0xA && type != 0xC && type != 0xD && !text) return refs;
-        std::uint64_t n = marker & 0x0F, pos = off + 1;
-        if (n == 0x0F) {
-            // The parser reads a count of 1 << (low nibble) bytes; only 1 to 8 are counts it can hold.
-            if (pos >= tableOffset || (b[pos] >> 4) != 0x1 || (b[pos] & 0x0F) > 3) return ok = false, refs;
-            std::size_t width = std::size_t{1} << (b[pos] & 0x3);
-            if (pos + 1 + width > tableOffset) return ok = false, refs;
-            n = readBigEndian(b.data() + pos + 1, width);
-            pos += 1 + width;
-        }
-        if (text) {
-            const std::uint64_t unit = type == 0x6 ? 2 : 1;
-            if (n > tableOffset || pos + n * unit > tableOffset) return ok = false, refs;
-            for (std::uint64_t i = 0; i < n; ++i) {
-                if (b[pos + i * unit] == 0 && (unit == 1 || b[pos + i * unit + 1] == 0)) {
-                    nulInText = true;
-                    return ok = false, refs;
-                }
+// Children of a container object; empty for scalars. Sets ok=false when malformed.
+std::vector<std::uint64_t> BinaryScanner::children(std::uint64_t index, bool& ok) {
+    std::vector<std::uint64_t> refs;
+    std::uint64_t off = offsetOf(index);
+    if (off < 8 || off >= tableOffset) return ok = false, refs;
+    std::uint8_t marker = b[off];
+    std::uint8_t type = marker >> 4;
+    const bool text = type == 0x5 || type == 0x6;  // ASCII, UTF-16
+    if (type != 0xA && type != 0xC && type != 0xD && !text) return refs;
+    std::uint64_t n = marker & 0x0F, pos = off + 1;
+    if (n == 0x0F) {
+        // The parser reads a count of 1 << (low nibble) bytes; only 1 to 8 are counts it can hold.
+        if (pos >= tableOffset || (b[pos] >> 4) != 0x1 || (b[pos] & 0x0F) > 3) return ok = false, refs;
+        std::size_t width = std::size_t{1} << (b[pos] & 0x3);
+        if (pos + 1 + width > tableOffset) return ok = false, refs;
+        n = readBigEndian(b.data() + pos + 1, width);
+        pos += 1 + width;
+    }
+    if (text) {
+        const std::uint64_t unit = type == 0x6 ? 2 : 1;
+        if (n > tableOffset || pos + n * unit > tableOffset) return ok = false, refs;
+        for (std::uint64_t i = 0; i < n; ++i) {
+            if (b[pos + i * unit] == 0 && (unit == 1 || b[pos + i * unit + 1] == 0)) {
+                nulInText = true;
+                return ok = false, refs;
             }
-            return refs;
-        }
-        std::uint64_t total = type == 0xD ? n * 2 : n;
-        if (n > tableOffset || total > (tableOffset - pos) / refSize) return ok = false, refs;
-        refs.reserve(total);
-        for (std::uint64_t i = 0; i < total; ++i) {
-            std::uint64_t ref = readBigEndian(b.data() + pos + i * refSize, refSize);
-            if (ref >= count) return ok = false, refs;
-            refs.push_back(ref);
         }
         return refs;
-    };
+    }
+    std::uint64_t total = type == 0xD ? n * 2 : n;
+    if (n > tableOffset || total > (tableOffset - pos) / refSize) return ok = false, refs;
+    refs.reserve(total);
+    for (std::uint64_t i = 0; i < total; ++i) {
+        std::uint64_t ref = readBigEndian(b.data() + pos + i * refSize, refSize);
+        if (ref >= count) return ok = false, refs;
+        refs.push_back(ref);
+    }
+    return refs;
+}
 
+bool BinaryScanner::walk(int maxDepth, std::string* error) {
     // Iterative depth-first walk. Each finished object remembers its height and
     // how many values it becomes once every reference is copied; an object met
     // again on its own path is a cycle.
@@ -297,14 +314,14 @@ bool checkBinaryStructure(std::span<const std::uint8_t> b, int maxDepth, std::st
     stack.push_back({top, children(top, ok)});
     measured[top] = {};
     while (!stack.empty()) {
-        if (!ok) return fail(nulInText ? "a text in the file holds a NUL character" : "binary property list has a bad object");
-        if (static_cast<int>(stack.size()) > maxDepth) return fail(kTooDeep);
+        if (!ok) return fail(error, nulInText ? "a text in the file holds a NUL character" : "binary property list has a bad object");
+        if (static_cast<int>(stack.size()) > maxDepth) return fail(error, kTooDeep);
         Frame& f = stack.back();
         if (f.next < f.refs.size()) {
             std::uint64_t child = f.refs[f.next++];
             auto it = measured.find(child);
             if (it != measured.end()) {
-                if (it->second.height < 0) return fail("property list refers to itself");
+                if (it->second.height < 0) return fail(error, "property list refers to itself");
                 f.height = std::max(f.height, it->second.height);
                 f.values += it->second.values;
             } else {
@@ -322,9 +339,19 @@ bool checkBinaryStructure(std::span<const std::uint8_t> b, int maxDepth, std::st
             }
         }
         if (!stack.empty() && stack.back().values > maxValues)
-            return fail("binary property list repeats its parts more often than a store file of its size can hold");
+            return fail(error, "binary property list repeats its parts more often than a store file of its size can hold");
     }
     return true;
+}
+
+}  // namespace
+
+bool checkXmlStructure(std::string_view text, int maxDepth, std::string* error) {
+    return XmlScanner(text, maxDepth).run(error);
+}
+
+bool checkBinaryStructure(std::span<const std::uint8_t> b, int maxDepth, std::string* error) {
+    return BinaryScanner(b).run(maxDepth, error);
 }
 
 }  // namespace velmorant::platform

@@ -18,12 +18,12 @@ namespace velmorant::platform {
 // skipped the way it skips them, self-closing elements opening nothing), so
 // the nesting it measures is the nesting the parser will build. Anything the
 // reader would not accept as it goes is refused here too.
-bool checkXmlStructure(std::string_view text, int maxDepth, std::string* error);
+[[nodiscard]] bool checkXmlStructure(std::string_view text, int maxDepth, std::string* error);
 
 // Follows a binary property list's object references without recursion:
 // every reference in bounds, no object inside itself, no deeper than
 // `maxDepth`, and no more values once references are followed (shared
 // objects are copied by the parser) than the file has bytes.
-bool checkBinaryStructure(std::span<const std::uint8_t> bytes, int maxDepth, std::string* error);
+[[nodiscard]] bool checkBinaryStructure(std::span<const std::uint8_t> bytes, int maxDepth, std::string* error);
 
 }  // namespace velmorant::platform
