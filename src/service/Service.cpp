@@ -17,7 +17,9 @@
 #include <atomic>
 #include <charconv>
 #include <fstream>
+#include <functional>
 #include <iterator>
+#include <optional>
 #include <map>
 #include <mutex>
 #include <ctime>
@@ -113,57 +115,89 @@ struct Service::Impl {
         return o.workers ? o.workers : std::max(1u, std::thread::hardware_concurrency());
     }
 
+    using Answer = std::function<void(HttpResponse)>;
+
     void handle(HttpRequest& request, Responder respond) {
         Route route = matchRoute(request);
-        auto answer = [this, name = std::string(routeName(route.kind)), respond = std::move(respond)](HttpResponse response) {
+        Answer answer = [this, name = std::string(routeName(route.kind)), respond = std::move(respond)](HttpResponse response) {
             metrics.countRequest(name, response.status);
             respond(std::move(response));
         };
+        if (answeredWithoutRender(request, route, answer)) return;
+        std::optional<RenderTask> task = renderTask(request, route, answer);
+        if (!task) return;
+        if (route.kind == RouteKind::Stores) return queueRender(std::move(*task), true, "", std::move(answer));
+        renderOrReuse(request, std::move(*task), std::move(answer));
+    }
+
+    // Methods, health, stopping, unknown paths, metrics, the page and event streams.
+    bool answeredWithoutRender(const HttpRequest& request, const Route& route, const Answer& answer) {
         if (route.kind != RouteKind::NotFound && !route.allows(request.method)) {
             auto response = jsonError(405, "method " + request.method + " not allowed here");
-            return answer(withHeader(std::move(response), "Allow", route.allowHeader()));
+            answer(withHeader(std::move(response), "Allow", route.allowHeader()));
+            return true;
         }
         if (route.kind == RouteKind::Health) {
             // Answered on the network thread, never behind a render.
-            return answer(withHeader(HttpResponse{200, "application/json", {{"Cache-Control", "no-store"}}, "{\"status\": \"ok\"}\n"},
-                                     "X-Queue-Depth", std::to_string(pool.queued())));
+            answer(withHeader(HttpResponse{200, "application/json", {{"Cache-Control", "no-store"}}, "{\"status\": \"ok\"}\n"},
+                              "X-Queue-Depth", std::to_string(pool.queued())));
+            return true;
         }
-        if (draining)
-            return answer(withHeader(overloaded(1, "the service is stopping"), "Connection", "close"));
-        if (route.kind == RouteKind::NotFound) return answer(jsonError(404, "no such resource: " + route.why));
+        if (draining) {
+            answer(withHeader(overloaded(1, "the service is stopping"), "Connection", "close"));
+            return true;
+        }
         switch (route.kind) {
+            case RouteKind::NotFound: answer(jsonError(404, "no such resource: " + route.why)); return true;
             case RouteKind::Metrics:
-                return answer(HttpResponse{200, "text/plain; version=0.0.4", {{"Cache-Control", "no-store"}},
-                                           metrics.text(pool.queued(), pool.busy(), pool.workers(), cache.bytes())});
+                answer(HttpResponse{200, "text/plain; version=0.0.4", {{"Cache-Control", "no-store"}},
+                                    metrics.text(pool.queued(), pool.busy(), pool.workers(), cache.bytes())});
+                return true;
             case RouteKind::Preview:
-                return answer(HttpResponse{200, "text/html; charset=utf-8", {{"Cache-Control", "no-cache"}}, page});
+                answer(HttpResponse{200, "text/html; charset=utf-8", {{"Cache-Control", "no-cache"}}, page});
+                return true;
             case RouteKind::Events: {
                 auto stream = events.open();
-                if (!stream) return answer(overloaded(5, "too many open event streams"));
+                if (!stream) {
+                    answer(overloaded(5, "too many open event streams"));
+                    return true;
+                }
                 HttpResponse response{200, "text/event-stream", {{"Cache-Control", "no-store"}}, ""};
                 response.events = std::move(stream);
-                return answer(std::move(response));
+                answer(std::move(response));
+                return true;
             }
-            default: break;
+            default: return false;
         }
+    }
+
+    // What to draw, from the query and the store; none when the request was refused.
+    std::optional<RenderTask> renderTask(HttpRequest& request, const Route& route, const Answer& answer) {
         RenderTask task;
         try {
             task.options = readRenderOptions(request.query);
         } catch (const BadRequest& e) {
-            return answer(jsonError(400, e.what()));
+            answer(jsonError(400, e.what()));
+            return std::nullopt;
         }
         if (task.options.now.empty()) task.options.now = currentMinute();
         if (task.options.timeZone.empty()) task.options.timeZone = hostZone;
         task.name = route.name;
         task.product = route.product;
         if (request.method == "POST") {
-            if (request.body.empty()) return answer(jsonError(400, "POST needs a store in the body (property list or JSON)"));
+            if (request.body.empty()) {
+                answer(jsonError(400, "POST needs a store in the body (property list or JSON)"));
+                return std::nullopt;
+            }
             task.stores = {StoreInput::Kind::Body, std::move(request.body), {}};
         } else if (!options.prefs.empty()) {
             task.stores = readStoreFiles(options.prefs);
         }
-        if (route.kind == RouteKind::Stores) return queueRender(std::move(task), true, "", std::move(answer));
+        return task;
+    }
 
+    // 304 when the client has it, the cached result, the render under way, or a new render.
+    void renderOrReuse(const HttpRequest& request, RenderTask task, Answer answer) {
         std::string etag = Fingerprint(dependencies)
                                .add(std::to_string(static_cast<int>(task.product)))
                                .add(task.name)
@@ -174,13 +208,11 @@ struct Service::Impl {
                                .etag();
         if (matchesAny(request.header("if-none-match"), etag))
             return answer(HttpResponse{304, "", {{"ETag", etag}, {"Cache-Control", "no-cache"}}, ""});
-        bool hit = false;
         if (auto cached = cache.find(etag)) {
-            hit = true;
             metrics.countCache(true);
             return answer(prepared(cached->response));
         }
-        metrics.countCache(hit);
+        metrics.countCache(false);
         // The same result already being drawn: this request waits for it
         // instead of taking a second place in the queue.
         {
@@ -193,7 +225,7 @@ struct Service::Impl {
             inFlight[etag];
         }
         queueRender(std::move(task), false, etag, [this, etag, answer = std::move(answer)](HttpResponse response) {
-            std::vector<std::function<void(HttpResponse)>> waiting;
+            std::vector<Answer> waiting;
             {
                 std::lock_guard lock(inFlightMutex);
                 auto it = inFlight.find(etag);
