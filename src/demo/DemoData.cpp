@@ -1,5 +1,6 @@
 #include "DemoData.h"
 
+#include "metrics/RecordKeys.h"
 #include "platform/text/Calendar.h"
 #include "platform/text/DateFormatter.h"
 
@@ -8,6 +9,8 @@
 
 namespace velmorant::demo {
 namespace {
+
+namespace keys = metrics::keys;
 
 using platform::Date;
 using platform::Dictionary;
@@ -53,43 +56,43 @@ DemoStores makeDemoStores(const platform::Platform& platform) {
     std::string today = calendar.dayKey(start.dateByAddingTimeInterval(43200));
 
     Dictionary bank{
-        {"nightHour", Value(kNightHour)},
-        {"requiredHours", Value(8.0)},
-        {"medianWake", Value(36000.0)},
-        {"averageWake", Value(35400.0)},
-        {"averageEfficiency", Value(91.0)},
-        {"spO2Dict", Dictionary{{"key", today},
-                                {"averageSpO2", 95.4},
-                                {"minSpO2", 90.0},
-                                {"maxSpO2", 99.0},
-                                {"averageSpO27", 95.1},
-                                {"minSpO27", 89.0},
-                                {"maxSpO27", 99.0}}},
-        {"respRateDict", Dictionary{{"key", today},
-                                    {"averageRespRate", 14.26},
-                                    {"minRespRate", 12.1},
-                                    {"maxRespRate", 17.8},
-                                    {"averageRespRate7", 14.0},
-                                    {"minRespRate7", 11.8},
-                                    {"maxRespRate7", 18.2}}},
-        {"wristTempKey", today},
-        {"wristTempScore", 4.4},
-        {"wristTempTodayValue", 35.92},
-        {"wristTempAverage28", 35.61},
-        {"readyDict", Dictionary{{"key", today},
-                                 {"hrvAverage", 45.0},
-                                 {"hrvTodayVal", 48.0},
-                                 {"bpmAverage", 57.0},
-                                 {"bpmTodayVal", 55.0}}},
-        {"octaneDict", Dictionary{{"key", today},
-                                  {"hrvAverage", 41.0},
-                                  {"hrvTodayVal", 44.0},
-                                  {"bpmAverage", 52.0},
-                                  {"bpmTodayVal", 51.0}}},
+        {keys::kNightHour, Value(kNightHour)},
+        {keys::kRequiredHours, Value(8.0)},
+        {keys::kMedianWake, Value(36000.0)},
+        {keys::kAverageWake, Value(35400.0)},
+        {keys::kAverageEfficiency, Value(91.0)},
+        {keys::kSpO2Dict, Dictionary{{keys::kKey, today},
+                                {keys::kAverageSpO2, 95.4},
+                                {keys::kMinSpO2, 90.0},
+                                {keys::kMaxSpO2, 99.0},
+                                {keys::kAverageSpO27, 95.1},
+                                {keys::kMinSpO27, 89.0},
+                                {keys::kMaxSpO27, 99.0}}},
+        {keys::kRespRateDict, Dictionary{{keys::kKey, today},
+                                    {keys::kAverageRespRate, 14.26},
+                                    {keys::kMinRespRate, 12.1},
+                                    {keys::kMaxRespRate, 17.8},
+                                    {keys::kAverageRespRate7, 14.0},
+                                    {keys::kMinRespRate7, 11.8},
+                                    {keys::kMaxRespRate7, 18.2}}},
+        {keys::kWristTempKey, today},
+        {keys::kWristTempScore, 4.4},
+        {keys::kWristTempTodayValue, 35.92},
+        {keys::kWristTempAverage28, 35.61},
+        {keys::kReadyDict, Dictionary{{keys::kKey, today},
+                                 {keys::kHrvAverage, 45.0},
+                                 {keys::kHrvTodayVal, 48.0},
+                                 {keys::kBpmAverage, 57.0},
+                                 {keys::kBpmTodayVal, 55.0}}},
+        {keys::kOctaneDict, Dictionary{{keys::kKey, today},
+                                  {keys::kHrvAverage, 41.0},
+                                  {keys::kHrvTodayVal, 44.0},
+                                  {keys::kBpmAverage, 52.0},
+                                  {keys::kBpmTodayVal, 51.0}}},
         // Bedtime averages are kept as seconds after a reference instant.
-        {"startDate", calendar.plusDays(start, -28)},
-        {"averageBedtime", Value(1800.0 + 420)},
-        {"prevAverageBedtime", Value(1800.0)},
+        {keys::kStartDate, calendar.plusDays(start, -28)},
+        {keys::kAverageBedtime, Value(1800.0 + 420)},
+        {keys::kPrevAverageBedtime, Value(1800.0)},
     };
     // The last six nights of sleep (seconds), oldest first; tonight comes from the watch.
     const double nights[] = {26100, 27900, 25200, 29100, 27000, 28200};
@@ -101,28 +104,28 @@ DemoStores makeDemoStores(const platform::Platform& platform) {
     Date synch = std::min(now, start.dateByAddingTimeInterval(10.5 * 3600));
     if (synch.timeIntervalSinceDate(start) <= 60) synch = start.dateByAddingTimeInterval(61);
     Dictionary watch{
-        {"rawSynchTime", synch},
-        {"rawRingRating", "0.82|1.05|0.96"},
-        {"rawRingValues", "5400|6300|52"},
-        {"rawSleepTime", Value(27360.0)},
+        {keys::kRawSynchTime, synch},
+        {keys::kRawRingRating, "0.82|1.05|0.96"},
+        {keys::kRawRingValues, "5400|6300|52"},
+        {keys::kRawSleepTime, Value(27360.0)},
         {"rawSleepBankTime", Value(27360.0)},
-        {"rawHRVVal", Value(48.0)},
-        {"rawWakingVal", Value(55.0)},
+        {keys::kRawHRVVal, Value(48.0)},
+        {keys::kRawWakingVal, Value(55.0)},
     };
     Dictionary config{
-        {"nightHour", Value(kNightHour)},
-        {"requiredHours", Value(8.0)},
-        {"minimumHours", Value(7.0)},
-        {"maximumHours", Value(9.5)},
+        {keys::kNightHour, Value(kNightHour)},
+        {keys::kRequiredHours, Value(8.0)},
+        {keys::kMinimumHours, Value(7.0)},
+        {keys::kMaximumHours, Value(9.5)},
     };
 
     DemoStores stores;
     stores.shared = Dictionary{
-        {"bankDict", bank},
-        {"watchTrackDict", watch},
-        {"velmorantConfig", config},
-        {"lastConsistency", false},
-        {"readyStars", false},
+        {keys::kBankDict, bank},
+        {keys::kWatchTrackDict, watch},
+        {keys::kVelmorantConfig, config},
+        {keys::kLastConsistency, false},
+        {keys::kReadyStars, false},
     };
     // Lights went off at 22:45, or just now early in the evening, so the
     // switch is set whenever the demo runs and never lies in the future.
