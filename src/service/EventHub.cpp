@@ -1,5 +1,7 @@
 #include "EventHub.h"
 
+#include "platform/core/FileDescriptor.h"
+
 #include <poll.h>
 #include <sys/eventfd.h>
 #include <sys/inotify.h>
@@ -12,25 +14,13 @@
 namespace velmorant::service {
 namespace {
 
+using platform::FileDescriptor;
+
 constexpr int kKeepAliveMillis = 5000;
 // Writers replace a store with a rename; a burst of changes is told once.
 constexpr int kSettleMillis = 50;
 
 bool isStoreFile(std::string_view name) { return name.ends_with(".plist"); }
-
-class FileDescriptor {
-public:
-    explicit FileDescriptor(int fd) : fd_(fd) {}
-    ~FileDescriptor() {
-        if (fd_ >= 0) ::close(fd_);
-    }
-    FileDescriptor(const FileDescriptor&) = delete;
-    FileDescriptor& operator=(const FileDescriptor&) = delete;
-    int get() const { return fd_; }
-
-private:
-    int fd_;
-};
 
 }  // namespace
 

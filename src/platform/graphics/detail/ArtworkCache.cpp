@@ -1,4 +1,6 @@
 #include "platform/graphics/detail/ArtworkCache.h"
+
+#include "platform/core/FileDescriptor.h"
 #include "platform/graphics/detail/ImageSurface.h"
 
 #include <librsvg/rsvg.h>
@@ -21,27 +23,6 @@ struct Header {
     char magic[8];
     std::uint32_t pixelWidth, pixelHeight;
     double pointWidth, pointHeight;
-};
-
-// Closes a file descriptor once.
-class FileDescriptor {
-public:
-    explicit FileDescriptor(int fd) : fd_(fd) {}
-    ~FileDescriptor() {
-        if (fd_ >= 0) ::close(fd_);
-    }
-    FileDescriptor(const FileDescriptor&) = delete;
-    FileDescriptor& operator=(const FileDescriptor&) = delete;
-    int get() const { return fd_; }
-    // Closes now; false when the data may not have been written.
-    bool close() {
-        int fd = fd_;
-        fd_ = -1;
-        return fd < 0 || ::close(fd) == 0;
-    }
-
-private:
-    int fd_;
 };
 
 bool readAll(int fd, void* data, std::size_t size) {
