@@ -1,6 +1,9 @@
 #include "HttpServer.h"
 
+#include "BodyBudget.h"
 #include "EventStream.h"
+#include "SealedFile.h"
+#include "platform/core/FileDescriptor.h"
 
 #include <arpa/inet.h>
 #include <microhttpd.h>
@@ -10,6 +13,7 @@
 
 #include <algorithm>
 #include <cctype>
+#include <chrono>
 #include <cstring>
 #include <mutex>
 #include <optional>
@@ -33,6 +37,7 @@ struct Mhd {
     decltype(&MHD_add_response_header) add_response_header = nullptr;
     decltype(&MHD_create_response_from_buffer_with_free_callback_cls) create_response_from_shared_buffer = nullptr;
     decltype(&MHD_create_response_from_callback) create_response_from_callback = nullptr;
+    decltype(&MHD_create_response_from_fd) create_response_from_fd = nullptr;
     decltype(&MHD_destroy_response) destroy_response = nullptr;
     decltype(&MHD_get_connection_info) get_connection_info = nullptr;
     decltype(&MHD_get_connection_values) get_connection_values = nullptr;
@@ -62,6 +67,7 @@ private:
         create_response_from_shared_buffer = reinterpret_cast<decltype(create_response_from_shared_buffer)>(
             ::dlsym(library, "MHD_create_response_from_buffer_with_free_callback_cls"));
         create_response_from_callback = reinterpret_cast<decltype(create_response_from_callback)>(::dlsym(library, "MHD_create_response_from_callback"));
+        create_response_from_fd = reinterpret_cast<decltype(create_response_from_fd)>(::dlsym(library, "MHD_create_response_from_fd"));
         destroy_response = reinterpret_cast<decltype(destroy_response)>(::dlsym(library, "MHD_destroy_response"));
         get_connection_info = reinterpret_cast<decltype(get_connection_info)>(::dlsym(library, "MHD_get_connection_info"));
         get_connection_values = reinterpret_cast<decltype(get_connection_values)>(::dlsym(library, "MHD_get_connection_values"));
@@ -73,7 +79,7 @@ private:
         suspend_connection = reinterpret_cast<decltype(suspend_connection)>(::dlsym(library, "MHD_suspend_connection"));
         if (!complete()) error_ = "libmicrohttpd lacks a function this server uses";
     }
-    bool complete() const { return add_response_header && create_response_from_shared_buffer && create_response_from_callback && destroy_response && get_connection_info && get_connection_values && get_daemon_info && queue_response && resume_connection && start_daemon && stop_daemon && suspend_connection; }
+    bool complete() const { return add_response_header && create_response_from_shared_buffer && create_response_from_callback && create_response_from_fd && destroy_response && get_connection_info && get_connection_values && get_daemon_info && queue_response && resume_connection && start_daemon && stop_daemon && suspend_connection; }
     std::string error_;
 };
 
@@ -127,7 +133,14 @@ struct Parking {
 };
 
 struct RequestState {
+    using Clock = std::chrono::steady_clock;
+
+    ~RequestState() { release(); }
+
     std::shared_ptr<Parking> parking;
+    std::shared_ptr<BodyBudget> budget;
+    // Body bytes reserved in the budget for this request, given back when it is done.
+    std::size_t reserved = 0;
     std::string rawTarget;
     // Where the target ended as a C string in the library's copy of the request
     // line: the version follows it directly unless the target held a raw NUL.
@@ -135,10 +148,24 @@ struct RequestState {
     HttpRequest request;
     MHD_Connection* connection = nullptr;
     bool started = false;
-    bool tooLarge = false;
     bool handed = false;
+    // Answered ahead of its body: what still arrives is dropped.
+    bool refused = false;
+    Clock::time_point refusedAt;
+    std::size_t dropped = 0;
     std::mutex mutex;
     std::optional<HttpResponse> ready;
+
+    // Holds `total` body bytes in the budget in all; false when the budget has no room.
+    bool hold(std::size_t total) {
+        if (total <= reserved) return true;
+        if (!budget->reserve(total - reserved)) return false;
+        reserved = total;
+        return true;
+    }
+    void release() {
+        if (budget) budget->release(std::exchange(reserved, 0));
+    }
 };
 
 struct StreamReader {
@@ -191,6 +218,9 @@ void addHeaders(MHD_Response* response, const HttpResponse& answer) {
 
 void releaseBody(void* held) { delete static_cast<std::string*>(held); }
 
+// Smaller bodies are cheaper copied than sent from a file (one descriptor each).
+constexpr std::size_t kSentFromFileFrom = 16u << 10;
+
 }  // namespace
 
 class PreparedResponse {
@@ -212,12 +242,25 @@ private:
 };
 
 std::shared_ptr<const PreparedResponse> prepareResponse(HttpResponse answer) {
-    // The response owns the body from here and frees it when the last client is done.
-    auto* body = new std::string(std::move(answer.body));
-    MHD_Response* response = mhd().create_response_from_shared_buffer(body->size(), body->data(), releaseBody, body);
+    MHD_Response* response = nullptr;
+    // A large body leaves from a sealed in-memory file through sendfile, which
+    // hands the socket references to its pages instead of copying the bytes
+    // into every socket: for a scale-3 card that copy was most of a hit's cost.
+    // Sealed, the file cannot change under an ETag already sent.
+    if (answer.body.size() >= kSentFromFileFrom) {
+        platform::FileDescriptor file(sealedFileOf(answer.body));
+        if (file.get() >= 0) response = mhd().create_response_from_fd(answer.body.size(), file.get());
+        // The response closes the file when the last client is done with it.
+        if (response) file.release();
+    }
     if (!response) {
-        releaseBody(body);
-        return nullptr;
+        // The response owns the body from here and frees it when the last client is done.
+        auto* body = new std::string(std::move(answer.body));
+        response = mhd().create_response_from_shared_buffer(body->size(), body->data(), releaseBody, body);
+        if (!response) {
+            releaseBody(body);
+            return nullptr;
+        }
     }
     addHeaders(response, answer);
     return std::make_shared<const PreparedResponse>(response, answer.status);
@@ -251,13 +294,13 @@ MHD_Result queue(MHD_Connection* connection, const std::shared_ptr<Parking>& par
 }
 
 // The library cannot queue an answer while a body is arriving, only close
-// the connection; so the answer is written to the socket directly, ahead of
-// the close, and the rest of the body is never read. It is small and the only
-// thing ever sent on the connection at this point (earlier answers have left).
-void answerAndClose(MHD_Connection* connection, const HttpResponse& answer) {
+// the connection; so the answer is written to the socket directly, and the
+// write side shut. It is small and the only thing ever sent on the connection
+// at this point (earlier answers have left).
+void answerAhead(MHD_Connection* connection, const HttpResponse& answer) {
     const MHD_ConnectionInfo* info = mhd().get_connection_info(connection, MHD_CONNECTION_INFO_CONNECTION_FD);
     if (!info) return;
-    std::string reason = answer.status == 413 ? "Content Too Large" : "Error";
+    std::string reason = answer.status == 413 ? "Content Too Large" : answer.status == 503 ? "Service Unavailable" : "Error";
     std::string text = "HTTP/1.1 " + std::to_string(answer.status) + ' ' + reason + "\r\nContent-Type: " + answer.contentType +
                        "\r\nContent-Length: " + std::to_string(answer.body.size()) + "\r\nConnection: close\r\n";
     for (const auto& [name, value] : answer.headers) text += name + ": " + value + "\r\n";
@@ -278,12 +321,14 @@ struct HttpServer::Impl {
     HttpLimits limits;
     HttpHandler handler;
     std::shared_ptr<Parking> parking = std::make_shared<Parking>();
+    std::shared_ptr<BodyBudget> budget;
     MHD_Daemon* daemon = nullptr;
 
     static void* onTarget(void* cls, const char* uri, MHD_Connection*) {
         auto& impl = *static_cast<Impl*>(cls);
         auto* state = new std::shared_ptr<RequestState>(std::make_shared<RequestState>());
         (*state)->parking = impl.parking;
+        (*state)->budget = impl.budget;
         (*state)->rawTarget = uri ? uri : "";
         (*state)->rawTargetEnd = reinterpret_cast<std::uintptr_t>(uri) + (*state)->rawTarget.size();
         return state;
@@ -300,15 +345,23 @@ struct HttpServer::Impl {
         std::shared_ptr<RequestState> state = *static_cast<std::shared_ptr<RequestState>*>(*context);
         if (!state->started) return impl.begin(*state, connection, url, method, version);
         if (*uploadSize) {
-            if (state->request.body.size() + *uploadSize > impl.limits.maxBodyBytes) {
-                // A body without a stated length that outgrows the limit.
-                answerAndClose(connection, impl.bodyTooLarge());
-                return MHD_NO;
+            if (!state->refused) {
+                if (auto refusal = impl.admit(*state, *uploadSize)) {
+                    // A body without a stated length that outgrows a limit.
+                    answerAhead(connection, *refusal);
+                    state->refused = true;
+                    state->refusedAt = RequestState::Clock::now();
+                    state->request.body = std::string();
+                    state->release();
+                }
             }
+            if (state->refused) return impl.drop(*state, uploadSize);
             state->request.body.append(upload, *uploadSize);
             *uploadSize = 0;
             return MHD_YES;
         }
+        // Answered already; the whole body has been read, so the close is clean.
+        if (state->refused) return MHD_NO;
         if (!state->handed) {
             state->handed = true;
             std::weak_ptr<RequestState> weak = state;
@@ -332,6 +385,34 @@ struct HttpServer::Impl {
 
     HttpResponse bodyTooLarge() const {
         return jsonError(413, "request body over " + std::to_string(limits.maxBodyBytes) + " bytes");
+    }
+
+    static HttpResponse bodyBudgetSpent() {
+        HttpResponse response = jsonError(503, "too many request bodies arriving at once");
+        response.headers.emplace_back("Retry-After", "1");
+        return response;
+    }
+
+    // Makes room for `more` body bytes: none when they fit, else the refusal.
+    // Room is held as the body's storage grows, so the budget counts what is allocated.
+    std::optional<HttpResponse> admit(RequestState& state, std::size_t more) const {
+        std::string& body = state.request.body;
+        std::size_t needed = body.size() + more;
+        if (needed > limits.maxBodyBytes) return bodyTooLarge();
+        if (needed > body.capacity()) {
+            std::size_t grown = std::min(std::max(needed, 2 * body.capacity()), limits.maxBodyBytes);
+            if (!state.hold(grown)) return bodyBudgetSpent();
+            body.reserve(grown);
+        }
+        return std::nullopt;
+    }
+
+    // Reads and drops what arrives after an early answer, within the linger
+    // bounds; past them the connection is closed, a reset or not.
+    MHD_Result drop(RequestState& state, std::size_t* uploadSize) const {
+        state.dropped += std::exchange(*uploadSize, 0);
+        auto lingered = std::chrono::duration<double>(RequestState::Clock::now() - state.refusedAt).count();
+        return state.dropped > limits.lingerBytes || lingered > limits.lingerSeconds ? MHD_NO : MHD_YES;
     }
 
     MHD_Result begin(RequestState& state, MHD_Connection* connection, const char* url, const char* method,
@@ -362,6 +443,7 @@ struct HttpServer::Impl {
             char* end = nullptr;
             unsigned long long declared = std::strtoull(length.c_str(), &end, 10);
             if (declared > limits.maxBodyBytes) return queue(connection, parking, bodyTooLarge());
+            if (!state.hold(declared)) return queue(connection, parking, bodyBudgetSpent());
             request.body.reserve(declared);
         }
         return MHD_YES;
@@ -371,6 +453,7 @@ struct HttpServer::Impl {
 HttpServer::HttpServer(const std::string& address, std::uint16_t port, const HttpLimits& limits, HttpHandler handler)
     : impl_(std::make_unique<Impl>()) {
     impl_->limits = limits;
+    impl_->budget = std::make_shared<BodyBudget>(limits.maxBodyBytesInFlight);
     impl_->handler = std::move(handler);
     sockaddr_storage storage{};
     auto* v4 = reinterpret_cast<sockaddr_in*>(&storage);

@@ -11,6 +11,14 @@ namespace velmorant::service {
 
 struct HttpLimits {
     std::size_t maxBodyBytes = 1u << 20;
+    // Request-body bytes all connections together may hold at once: a body
+    // that would pass it is answered 503 with Retry-After instead of read.
+    std::size_t maxBodyBytesInFlight = 16u << 20;
+    // A body refused while it arrives is answered at once and the rest of it
+    // read and dropped, up to this many bytes for this long, so that the
+    // client reads the answer instead of a reset; then the connection closes.
+    std::size_t lingerBytes = 8u << 20;
+    double lingerSeconds = 5;
     // Request line and headers of one request must fit in this much memory.
     std::size_t maxHeaderBytes = 16u << 10;
     std::size_t maxHeaderCount = 64;
