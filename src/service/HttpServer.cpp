@@ -2,8 +2,6 @@
 
 #include "BodyBudget.h"
 #include "EventStream.h"
-#include "SealedFile.h"
-#include "platform/core/FileDescriptor.h"
 
 #include <arpa/inet.h>
 #include <microhttpd.h>
@@ -19,9 +17,10 @@
 #include <optional>
 #include <set>
 #include <stdexcept>
+#include <thread>
 
-// GNU libmicrohttpd was chosen over a thread-per-connection library: one epoll
-// thread serves every socket, so idle keep-alive clients, slow senders and open
+// GNU libmicrohttpd was chosen over a thread-per-connection library: a few epoll
+// threads serve every socket, so idle keep-alive clients, slow senders and open
 // event streams cost a file descriptor, not a thread, and the renderers are a
 // pool of our own that the I/O thread hands work to (a parked connection is
 // resumed when its answer is ready). It also bounds header memory, connections
@@ -37,7 +36,6 @@ struct Mhd {
     decltype(&MHD_add_response_header) add_response_header = nullptr;
     decltype(&MHD_create_response_from_buffer_with_free_callback_cls) create_response_from_shared_buffer = nullptr;
     decltype(&MHD_create_response_from_callback) create_response_from_callback = nullptr;
-    decltype(&MHD_create_response_from_fd) create_response_from_fd = nullptr;
     decltype(&MHD_destroy_response) destroy_response = nullptr;
     decltype(&MHD_get_connection_info) get_connection_info = nullptr;
     decltype(&MHD_get_connection_values) get_connection_values = nullptr;
@@ -67,7 +65,6 @@ private:
         create_response_from_shared_buffer = reinterpret_cast<decltype(create_response_from_shared_buffer)>(
             ::dlsym(library, "MHD_create_response_from_buffer_with_free_callback_cls"));
         create_response_from_callback = reinterpret_cast<decltype(create_response_from_callback)>(::dlsym(library, "MHD_create_response_from_callback"));
-        create_response_from_fd = reinterpret_cast<decltype(create_response_from_fd)>(::dlsym(library, "MHD_create_response_from_fd"));
         destroy_response = reinterpret_cast<decltype(destroy_response)>(::dlsym(library, "MHD_destroy_response"));
         get_connection_info = reinterpret_cast<decltype(get_connection_info)>(::dlsym(library, "MHD_get_connection_info"));
         get_connection_values = reinterpret_cast<decltype(get_connection_values)>(::dlsym(library, "MHD_get_connection_values"));
@@ -79,7 +76,7 @@ private:
         suspend_connection = reinterpret_cast<decltype(suspend_connection)>(::dlsym(library, "MHD_suspend_connection"));
         if (!complete()) error_ = "libmicrohttpd lacks a function this server uses";
     }
-    bool complete() const { return add_response_header && create_response_from_shared_buffer && create_response_from_callback && create_response_from_fd && destroy_response && get_connection_info && get_connection_values && get_daemon_info && queue_response && resume_connection && start_daemon && stop_daemon && suspend_connection; }
+    bool complete() const { return add_response_header && create_response_from_shared_buffer && create_response_from_callback && destroy_response && get_connection_info && get_connection_values && get_daemon_info && queue_response && resume_connection && start_daemon && stop_daemon && suspend_connection; }
     std::string error_;
 };
 
@@ -218,8 +215,10 @@ void addHeaders(MHD_Response* response, const HttpResponse& answer) {
 
 void releaseBody(void* held) { delete static_cast<std::string*>(held); }
 
-// Smaller bodies are cheaper copied than sent from a file (one descriptor each).
-constexpr std::size_t kSentFromFileFrom = 16u << 10;
+// One epoll thread per core (a few at most): a cached answer of a large card
+// costs the network thread more in the kernel, copying it into the socket,
+// than everything else, and one such thread left the second core idle.
+unsigned ioThreadCount() { return std::clamp(std::thread::hardware_concurrency(), 1u, 4u); }
 
 }  // namespace
 
@@ -242,25 +241,12 @@ private:
 };
 
 std::shared_ptr<const PreparedResponse> prepareResponse(HttpResponse answer) {
-    MHD_Response* response = nullptr;
-    // A large body leaves from a sealed in-memory file through sendfile, which
-    // hands the socket references to its pages instead of copying the bytes
-    // into every socket: for a scale-3 card that copy was most of a hit's cost.
-    // Sealed, the file cannot change under an ETag already sent.
-    if (answer.body.size() >= kSentFromFileFrom) {
-        platform::FileDescriptor file(sealedFileOf(answer.body));
-        if (file.get() >= 0) response = mhd().create_response_from_fd(answer.body.size(), file.get());
-        // The response closes the file when the last client is done with it.
-        if (response) file.release();
-    }
+    // The response owns the body from here and frees it when the last client is done.
+    auto* body = new std::string(std::move(answer.body));
+    MHD_Response* response = mhd().create_response_from_shared_buffer(body->size(), body->data(), releaseBody, body);
     if (!response) {
-        // The response owns the body from here and frees it when the last client is done.
-        auto* body = new std::string(std::move(answer.body));
-        response = mhd().create_response_from_shared_buffer(body->size(), body->data(), releaseBody, body);
-        if (!response) {
-            releaseBody(body);
-            return nullptr;
-        }
+        releaseBody(body);
+        return nullptr;
     }
     addHeaders(response, answer);
     return std::make_shared<const PreparedResponse>(response, answer.status);
@@ -474,7 +460,7 @@ HttpServer::HttpServer(const std::string& address, std::uint16_t port, const Htt
         MHD_OPTION_URI_LOG_CALLBACK, &Impl::onTarget, impl_.get(), MHD_OPTION_NOTIFY_COMPLETED, &Impl::onCompleted,
         nullptr, MHD_OPTION_CONNECTION_MEMORY_LIMIT, static_cast<std::size_t>(limits.maxHeaderBytes),
         MHD_OPTION_CONNECTION_TIMEOUT, limits.idleTimeoutSeconds, MHD_OPTION_CONNECTION_LIMIT,
-        limits.maxConnections, MHD_OPTION_END);
+        limits.maxConnections, MHD_OPTION_THREAD_POOL_SIZE, ioThreadCount(), MHD_OPTION_END);
     if (!impl_->daemon)
         throw std::runtime_error("cannot listen on " + address + " port " + std::to_string(port) +
                                  " (in use, or not an address of this machine)");

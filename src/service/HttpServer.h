@@ -28,9 +28,10 @@ struct HttpLimits {
     unsigned maxConnections = 2048;
 };
 
-// The HTTP/1.1 transport: one event-driven I/O thread (epoll) reads requests
-// whole, within the limits, and hands each to the handler, which answers at
-// once or later from another thread while the connection is parked.
+// The HTTP/1.1 transport: event-driven I/O threads (epoll, one per core, a
+// few at most) read requests whole, within the limits, and hand each to the
+// handler, which answers at once or later from another thread while the
+// connection is parked. The handler may be called from several threads at once.
 class HttpServer {
 public:
     // Listens on `address`:`port` (0 picks a free port); throws
