@@ -332,14 +332,8 @@ struct HttpServer::Impl {
         if (!state->started) return impl.begin(*state, connection, url, method, version);
         if (*uploadSize) {
             if (!state->refused) {
-                if (auto refusal = impl.admit(*state, *uploadSize)) {
-                    // A body without a stated length that outgrows a limit.
-                    answerAhead(connection, *refusal);
-                    state->refused = true;
-                    state->refusedAt = RequestState::Clock::now();
-                    state->request.body = std::string();
-                    state->release();
-                }
+                // A body without a stated length that outgrows a limit.
+                if (auto refusal = impl.admit(*state, *uploadSize)) refuseAhead(*state, connection, *refusal);
             }
             if (state->refused) return impl.drop(*state, uploadSize);
             state->request.body.append(upload, *uploadSize);
@@ -393,6 +387,24 @@ struct HttpServer::Impl {
         return std::nullopt;
     }
 
+    // Answers at once, ahead of the body, whose bytes are dropped from here on.
+    static void refuseAhead(RequestState& state, MHD_Connection* connection, const HttpResponse& answer) {
+        answerAhead(connection, answer);
+        state.refused = true;
+        state.refusedAt = RequestState::Clock::now();
+        state.request.body = std::string();
+        state.release();
+    }
+
+    // Refuses a body from its stated length. A client waiting for "100 Continue"
+    // sends none, so the answer is queued as usual; any other may be sending it
+    // already, so the answer goes out ahead and the body is dropped as it arrives.
+    MHD_Result refuseBeforeBody(RequestState& state, MHD_Connection* connection, HttpResponse answer) {
+        if (!state.request.header("expect").empty()) return queue(connection, parking, std::move(answer));
+        refuseAhead(state, connection, answer);
+        return MHD_YES;
+    }
+
     // Reads and drops what arrives after an early answer, within the linger
     // bounds; past them the connection is closed, a reset or not.
     MHD_Result drop(RequestState& state, std::size_t* uploadSize) const {
@@ -428,8 +440,8 @@ struct HttpServer::Impl {
         if (!length.empty()) {
             char* end = nullptr;
             unsigned long long declared = std::strtoull(length.c_str(), &end, 10);
-            if (declared > limits.maxBodyBytes) return queue(connection, parking, bodyTooLarge());
-            if (!state.hold(declared)) return queue(connection, parking, bodyBudgetSpent());
+            if (declared > limits.maxBodyBytes) return refuseBeforeBody(state, connection, bodyTooLarge());
+            if (!state.hold(declared)) return refuseBeforeBody(state, connection, bodyBudgetSpent());
             request.body.reserve(declared);
         }
         return MHD_YES;
@@ -472,6 +484,8 @@ std::uint16_t HttpServer::port() const {
     const MHD_DaemonInfo* info = mhd().get_daemon_info(impl_->daemon, MHD_DAEMON_INFO_BIND_PORT);
     return info ? info->port : 0;
 }
+
+std::size_t HttpServer::requestBodyBytes() const { return impl_->budget->held(); }
 
 void HttpServer::stop() {
     if (!impl_->daemon) return;

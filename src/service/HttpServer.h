@@ -42,6 +42,8 @@ public:
     HttpServer& operator=(const HttpServer&) = delete;
 
     std::uint16_t port() const;
+    // Request-body bytes held now, across every connection.
+    std::size_t requestBodyBytes() const;
     // Closes the listening socket and every connection; answers already handed out are dropped.
     void stop();
 
