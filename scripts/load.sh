@@ -5,7 +5,8 @@
 #   1. one request at a time: median latency of distinct-store cards
 #   2. distinct stores at full speed: cards per second (no cache hits)
 #   3. cache hits and 304s per second (wrk with two threads and with one, which
-#      leaves a core to the server: wrk shares the machine with it)
+#      leaves a core to the server: wrk shares the machine with it); hits of the
+#      same card's view record and of the card at scale 1
 #   4. 80 % of (2): p50 / p99 latency
 #   5. overload, 200 % and more: every answer 200 or 503, /healthz p99, resident memory
 #   6. 500 slow clients holding connections while others are served
@@ -71,6 +72,8 @@ full=$(cat "$work/distinct.rate")
 # 3. Cache hits and 304s.
 phase cache-hits -t2 -c32 -d"${seconds}s" -s scripts/load/count_statuses.lua "$url$card?$fixed"
 phase cache-hits-one-wrk-thread -t1 -c32 -d"${seconds}s" -s scripts/load/count_statuses.lua "$url$card?$fixed"
+phase cache-hits-view-record -t2 -c32 -d"${seconds}s" -s scripts/load/count_statuses.lua "${url}/v1/snippets/SleepSpO2Intent.json?$fixed"
+phase cache-hits-scale-1 -t2 -c32 -d"${seconds}s" -s scripts/load/count_statuses.lua "$url$card?scale=1&$fixed"
 etag=$(curl -sI "$url$card?$fixed" | sed -n 's/^ETag: //Ip' | tr -d '\r')
 IF_NONE_MATCH="$etag" phase not-modified -t2 -c32 -d"${seconds}s" -s scripts/load/count_statuses.lua "$url$card?$fixed"
 

@@ -165,6 +165,7 @@ are kept; writes take the store lock, like every writer of these files.
 )";
 
 constexpr std::string_view kServe = R"(Usage: velmorant-snippet serve [--port N] [--bind ADDR] [--prefs DIR] [--workers N]
+                               [--body-memory MIB]
 
 Serves cards and widget pictures over HTTP/1.1 until SIGTERM or Ctrl-C, and prints the address
 of the live preview page to open in a browser.
@@ -172,6 +173,8 @@ of the live preview page to open in a browser.
   --bind ADDR    address to listen on (default 127.0.0.1: this machine only)
   --prefs DIR    store files drawn on GET, watched for changes (default: the demo data)
   --workers N    render threads, 1 to 256 (default: the number of cores)
+  --body-memory MIB  request bodies held at once by all clients together, 1 to 4096 MiB
+                 (default 16); a body that would pass it is answered 503 with Retry-After
 
   GET  /                              the live preview page
   GET  /v1/snippets/INTENT.png|.json  card / view record; query width, scale, locale, tz, now

@@ -43,6 +43,7 @@ const std::map<std::string, std::vector<std::string>> kOptions = {
     {"--against", {"gallery"}},            {"--threshold", {"gallery", "review", "accept"}},
     {"--allowed-pixels", {"gallery", "review", "accept"}},
     {"--port", {"serve"}},                 {"--bind", {"serve"}},          {"--workers", {"serve"}},
+    {"--body-memory", {"serve"}},
 };
 
 CommandLine parse(const std::vector<std::string>& args) {

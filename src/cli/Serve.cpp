@@ -28,6 +28,7 @@ int runServe(const std::map<std::string, std::string>& options, const std::vecto
         else if (name == "--bind") settings.bind = value;
         else if (name == "--prefs") settings.prefs = value;
         else if (name == "--workers") settings.workers = wholeNumberWithin(name, value, 1, 256);
+        else if (name == "--body-memory") settings.limits.maxBodyBytesInFlight = wholeNumberWithin(name, value, 1, 4096) << 20;
     }
     try {
         service::runUntilSignalled(settings, out);

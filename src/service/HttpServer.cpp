@@ -1,5 +1,6 @@
 #include "HttpServer.h"
 
+#include "BodyBudget.h"
 #include "EventStream.h"
 
 #include <arpa/inet.h>
@@ -10,14 +11,16 @@
 
 #include <algorithm>
 #include <cctype>
+#include <chrono>
 #include <cstring>
 #include <mutex>
 #include <optional>
 #include <set>
 #include <stdexcept>
+#include <thread>
 
-// GNU libmicrohttpd was chosen over a thread-per-connection library: one epoll
-// thread serves every socket, so idle keep-alive clients, slow senders and open
+// GNU libmicrohttpd was chosen over a thread-per-connection library: a few epoll
+// threads serve every socket, so idle keep-alive clients, slow senders and open
 // event streams cost a file descriptor, not a thread, and the renderers are a
 // pool of our own that the I/O thread hands work to (a parked connection is
 // resumed when its answer is ready). It also bounds header memory, connections
@@ -127,7 +130,14 @@ struct Parking {
 };
 
 struct RequestState {
+    using Clock = std::chrono::steady_clock;
+
+    ~RequestState() { release(); }
+
     std::shared_ptr<Parking> parking;
+    std::shared_ptr<BodyBudget> budget;
+    // Body bytes reserved in the budget for this request, given back when it is done.
+    std::size_t reserved = 0;
     std::string rawTarget;
     // Where the target ended as a C string in the library's copy of the request
     // line: the version follows it directly unless the target held a raw NUL.
@@ -135,10 +145,24 @@ struct RequestState {
     HttpRequest request;
     MHD_Connection* connection = nullptr;
     bool started = false;
-    bool tooLarge = false;
     bool handed = false;
+    // Answered ahead of its body: what still arrives is dropped.
+    bool refused = false;
+    Clock::time_point refusedAt;
+    std::size_t dropped = 0;
     std::mutex mutex;
     std::optional<HttpResponse> ready;
+
+    // Holds `total` body bytes in the budget in all; false when the budget has no room.
+    bool hold(std::size_t total) {
+        if (total <= reserved) return true;
+        if (!budget->reserve(total - reserved)) return false;
+        reserved = total;
+        return true;
+    }
+    void release() {
+        if (budget) budget->release(std::exchange(reserved, 0));
+    }
 };
 
 struct StreamReader {
@@ -190,6 +214,11 @@ void addHeaders(MHD_Response* response, const HttpResponse& answer) {
 }
 
 void releaseBody(void* held) { delete static_cast<std::string*>(held); }
+
+// One epoll thread per core (a few at most): a cached answer of a large card
+// costs the network thread more in the kernel, copying it into the socket,
+// than everything else, and one such thread left the second core idle.
+unsigned ioThreadCount() { return std::clamp(std::thread::hardware_concurrency(), 1u, 4u); }
 
 }  // namespace
 
@@ -251,13 +280,13 @@ MHD_Result queue(MHD_Connection* connection, const std::shared_ptr<Parking>& par
 }
 
 // The library cannot queue an answer while a body is arriving, only close
-// the connection; so the answer is written to the socket directly, ahead of
-// the close, and the rest of the body is never read. It is small and the only
-// thing ever sent on the connection at this point (earlier answers have left).
-void answerAndClose(MHD_Connection* connection, const HttpResponse& answer) {
+// the connection; so the answer is written to the socket directly, and the
+// write side shut. It is small and the only thing ever sent on the connection
+// at this point (earlier answers have left).
+void answerAhead(MHD_Connection* connection, const HttpResponse& answer) {
     const MHD_ConnectionInfo* info = mhd().get_connection_info(connection, MHD_CONNECTION_INFO_CONNECTION_FD);
     if (!info) return;
-    std::string reason = answer.status == 413 ? "Content Too Large" : "Error";
+    std::string reason = answer.status == 413 ? "Content Too Large" : answer.status == 503 ? "Service Unavailable" : "Error";
     std::string text = "HTTP/1.1 " + std::to_string(answer.status) + ' ' + reason + "\r\nContent-Type: " + answer.contentType +
                        "\r\nContent-Length: " + std::to_string(answer.body.size()) + "\r\nConnection: close\r\n";
     for (const auto& [name, value] : answer.headers) text += name + ": " + value + "\r\n";
@@ -278,12 +307,14 @@ struct HttpServer::Impl {
     HttpLimits limits;
     HttpHandler handler;
     std::shared_ptr<Parking> parking = std::make_shared<Parking>();
+    std::shared_ptr<BodyBudget> budget;
     MHD_Daemon* daemon = nullptr;
 
     static void* onTarget(void* cls, const char* uri, MHD_Connection*) {
         auto& impl = *static_cast<Impl*>(cls);
         auto* state = new std::shared_ptr<RequestState>(std::make_shared<RequestState>());
         (*state)->parking = impl.parking;
+        (*state)->budget = impl.budget;
         (*state)->rawTarget = uri ? uri : "";
         (*state)->rawTargetEnd = reinterpret_cast<std::uintptr_t>(uri) + (*state)->rawTarget.size();
         return state;
@@ -300,15 +331,17 @@ struct HttpServer::Impl {
         std::shared_ptr<RequestState> state = *static_cast<std::shared_ptr<RequestState>*>(*context);
         if (!state->started) return impl.begin(*state, connection, url, method, version);
         if (*uploadSize) {
-            if (state->request.body.size() + *uploadSize > impl.limits.maxBodyBytes) {
-                // A body without a stated length that outgrows the limit.
-                answerAndClose(connection, impl.bodyTooLarge());
-                return MHD_NO;
+            if (!state->refused) {
+                // A body without a stated length that outgrows a limit.
+                if (auto refusal = impl.admit(*state, *uploadSize)) refuseAhead(*state, connection, *refusal);
             }
+            if (state->refused) return impl.drop(*state, uploadSize);
             state->request.body.append(upload, *uploadSize);
             *uploadSize = 0;
             return MHD_YES;
         }
+        // Answered already; the whole body has been read, so the close is clean.
+        if (state->refused) return MHD_NO;
         if (!state->handed) {
             state->handed = true;
             std::weak_ptr<RequestState> weak = state;
@@ -332,6 +365,52 @@ struct HttpServer::Impl {
 
     HttpResponse bodyTooLarge() const {
         return jsonError(413, "request body over " + std::to_string(limits.maxBodyBytes) + " bytes");
+    }
+
+    static HttpResponse bodyBudgetSpent() {
+        HttpResponse response = jsonError(503, "too many request bodies arriving at once");
+        response.headers.emplace_back("Retry-After", "1");
+        return response;
+    }
+
+    // Makes room for `more` body bytes: none when they fit, else the refusal.
+    // Room is held as the body's storage grows, so the budget counts what is allocated.
+    std::optional<HttpResponse> admit(RequestState& state, std::size_t more) const {
+        std::string& body = state.request.body;
+        std::size_t needed = body.size() + more;
+        if (needed > limits.maxBodyBytes) return bodyTooLarge();
+        if (needed > body.capacity()) {
+            std::size_t grown = std::min(std::max(needed, 2 * body.capacity()), limits.maxBodyBytes);
+            if (!state.hold(grown)) return bodyBudgetSpent();
+            body.reserve(grown);
+        }
+        return std::nullopt;
+    }
+
+    // Answers at once, ahead of the body, whose bytes are dropped from here on.
+    static void refuseAhead(RequestState& state, MHD_Connection* connection, const HttpResponse& answer) {
+        answerAhead(connection, answer);
+        state.refused = true;
+        state.refusedAt = RequestState::Clock::now();
+        state.request.body = std::string();
+        state.release();
+    }
+
+    // Refuses a body from its stated length. A client waiting for "100 Continue"
+    // sends none, so the answer is queued as usual; any other may be sending it
+    // already, so the answer goes out ahead and the body is dropped as it arrives.
+    MHD_Result refuseBeforeBody(RequestState& state, MHD_Connection* connection, HttpResponse answer) {
+        if (!state.request.header("expect").empty()) return queue(connection, parking, std::move(answer));
+        refuseAhead(state, connection, answer);
+        return MHD_YES;
+    }
+
+    // Reads and drops what arrives after an early answer, within the linger
+    // bounds; past them the connection is closed, a reset or not.
+    MHD_Result drop(RequestState& state, std::size_t* uploadSize) const {
+        state.dropped += std::exchange(*uploadSize, 0);
+        auto lingered = std::chrono::duration<double>(RequestState::Clock::now() - state.refusedAt).count();
+        return state.dropped > limits.lingerBytes || lingered > limits.lingerSeconds ? MHD_NO : MHD_YES;
     }
 
     MHD_Result begin(RequestState& state, MHD_Connection* connection, const char* url, const char* method,
@@ -361,7 +440,8 @@ struct HttpServer::Impl {
         if (!length.empty()) {
             char* end = nullptr;
             unsigned long long declared = std::strtoull(length.c_str(), &end, 10);
-            if (declared > limits.maxBodyBytes) return queue(connection, parking, bodyTooLarge());
+            if (declared > limits.maxBodyBytes) return refuseBeforeBody(state, connection, bodyTooLarge());
+            if (!state.hold(declared)) return refuseBeforeBody(state, connection, bodyBudgetSpent());
             request.body.reserve(declared);
         }
         return MHD_YES;
@@ -371,6 +451,7 @@ struct HttpServer::Impl {
 HttpServer::HttpServer(const std::string& address, std::uint16_t port, const HttpLimits& limits, HttpHandler handler)
     : impl_(std::make_unique<Impl>()) {
     impl_->limits = limits;
+    impl_->budget = std::make_shared<BodyBudget>(limits.maxBodyBytesInFlight);
     impl_->handler = std::move(handler);
     sockaddr_storage storage{};
     auto* v4 = reinterpret_cast<sockaddr_in*>(&storage);
@@ -391,7 +472,7 @@ HttpServer::HttpServer(const std::string& address, std::uint16_t port, const Htt
         MHD_OPTION_URI_LOG_CALLBACK, &Impl::onTarget, impl_.get(), MHD_OPTION_NOTIFY_COMPLETED, &Impl::onCompleted,
         nullptr, MHD_OPTION_CONNECTION_MEMORY_LIMIT, static_cast<std::size_t>(limits.maxHeaderBytes),
         MHD_OPTION_CONNECTION_TIMEOUT, limits.idleTimeoutSeconds, MHD_OPTION_CONNECTION_LIMIT,
-        limits.maxConnections, MHD_OPTION_END);
+        limits.maxConnections, MHD_OPTION_THREAD_POOL_SIZE, ioThreadCount(), MHD_OPTION_END);
     if (!impl_->daemon)
         throw std::runtime_error("cannot listen on " + address + " port " + std::to_string(port) +
                                  " (in use, or not an address of this machine)");
@@ -403,6 +484,8 @@ std::uint16_t HttpServer::port() const {
     const MHD_DaemonInfo* info = mhd().get_daemon_info(impl_->daemon, MHD_DAEMON_INFO_BIND_PORT);
     return info ? info->port : 0;
 }
+
+std::size_t HttpServer::requestBodyBytes() const { return impl_->budget->held(); }
 
 void HttpServer::stop() {
     if (!impl_->daemon) return;

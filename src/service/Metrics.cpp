@@ -29,7 +29,7 @@ void Metrics::countCache(bool hit) {
     ++(hit ? cacheHits_ : cacheMisses_);
 }
 
-std::string Metrics::text(std::size_t queueDepth, std::size_t busyWorkers, std::size_t workers, std::size_t cacheBytes) const {
+std::string Metrics::text(const Gauges& now) const {
     std::ostringstream out;
     std::lock_guard lock(mutex_);
     out << "# HELP velmorant_requests_total Requests answered, by route and status.\n"
@@ -52,13 +52,16 @@ std::string Metrics::text(std::size_t queueDepth, std::size_t busyWorkers, std::
         << "velmorant_cache_lookups_total{result=\"hit\"} " << cacheHits_ << '\n'
         << "velmorant_cache_lookups_total{result=\"miss\"} " << cacheMisses_ << '\n'
         << "# HELP velmorant_cache_bytes Bytes of results held.\n# TYPE velmorant_cache_bytes gauge\n"
-        << "velmorant_cache_bytes " << cacheBytes << '\n'
+        << "velmorant_cache_bytes " << now.cacheBytes << '\n'
         << "# HELP velmorant_queue_depth Renders waiting for a worker.\n# TYPE velmorant_queue_depth gauge\n"
-        << "velmorant_queue_depth " << queueDepth << '\n'
+        << "velmorant_queue_depth " << now.queueDepth << '\n'
         << "# HELP velmorant_busy_workers Workers rendering now.\n# TYPE velmorant_busy_workers gauge\n"
-        << "velmorant_busy_workers " << busyWorkers << '\n'
+        << "velmorant_busy_workers " << now.busyWorkers << '\n'
         << "# HELP velmorant_workers Render workers.\n# TYPE velmorant_workers gauge\n"
-        << "velmorant_workers " << workers << '\n';
+        << "velmorant_workers " << now.workers << '\n'
+        << "# HELP velmorant_request_body_bytes Request-body bytes held for requests not yet answered.\n"
+           "# TYPE velmorant_request_body_bytes gauge\n"
+        << "velmorant_request_body_bytes " << now.requestBodyBytes << '\n';
     return out.str();
 }
 

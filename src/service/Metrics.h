@@ -17,6 +17,15 @@ enum class Stage { Store, Records, Drawing, Card, Encoding, Count };
 // The stage's name in the metrics and in messages.
 const char* stageName(Stage stage);
 
+// What the service holds now, read when the metrics are asked for.
+struct Gauges {
+    std::size_t queueDepth = 0;
+    std::size_t busyWorkers = 0;
+    std::size_t workers = 0;
+    std::size_t cacheBytes = 0;
+    std::size_t requestBodyBytes = 0;
+};
+
 // Counters and timings, written as Prometheus text. Safe from any thread.
 class Metrics {
 public:
@@ -24,8 +33,8 @@ public:
     void timeStage(Stage stage, double seconds);
     void countCache(bool hit);
 
-    // The text for GET /metrics, with the pool's gauges as they are now.
-    std::string text(std::size_t queueDepth, std::size_t busyWorkers, std::size_t workers, std::size_t cacheBytes) const;
+    // The text for GET /metrics, with the gauges as they are now.
+    std::string text(const Gauges& now) const;
 
 private:
     static constexpr std::array<double, 10> kBuckets = {0.001, 0.0025, 0.005, 0.01, 0.025, 0.05, 0.1, 0.25, 1, 5};

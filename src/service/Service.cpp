@@ -151,7 +151,7 @@ struct Service::Impl {
             case RouteKind::NotFound: answer(jsonError(404, "no such resource: " + route.why)); return true;
             case RouteKind::Metrics:
                 answer(HttpResponse{200, "text/plain; version=0.0.4", {{"Cache-Control", "no-store"}},
-                                    metrics.text(pool.queued(), pool.busy(), pool.workers(), cache.bytes())});
+                                    metrics.text({pool.queued(), pool.busy(), pool.workers(), cache.bytes(), server.requestBodyBytes()})});
                 return true;
             case RouteKind::Preview:
                 answer(HttpResponse{200, "text/html; charset=utf-8", {{"Cache-Control", "no-cache"}}, page});

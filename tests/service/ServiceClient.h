@@ -9,9 +9,11 @@
 #include <sys/socket.h>
 #include <unistd.h>
 
+#include <cerrno>
 #include <chrono>
 #include <memory>
 #include <string>
+#include <utility>
 
 namespace velmorant::service::testing {
 
@@ -53,6 +55,8 @@ public:
     RawConnection& operator=(const RawConnection&) = delete;
 
     bool connected() const { return connected_; }
+    // A small send buffer keeps most of a large request in the client until the server reads it.
+    void limitSendBuffer(int bytes) { ::setsockopt(fd_, SOL_SOCKET, SO_SNDBUF, &bytes, sizeof bytes); }
     bool send(const std::string& bytes) { return ::send(fd_, bytes.data(), bytes.size(), MSG_NOSIGNAL) == static_cast<ssize_t>(bytes.size()); }
     // What arrives until `needle` has been seen, the peer closes or 15 s pass.
     std::string receiveUntil(const std::string& needle) {
@@ -66,6 +70,20 @@ public:
         }
         return received;
     }
+    // What arrives until the peer closes or 15 s pass, and whether it ended in a reset.
+    std::pair<std::string, bool> receiveUntilClosed() {
+        std::string received;
+        char buffer[4096];
+        auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(15);
+        while (std::chrono::steady_clock::now() < deadline) {
+            ssize_t n = ::recv(fd_, buffer, sizeof buffer, 0);
+            if (n == 0) return {received, false};
+            if (n < 0) return {received, errno == ECONNRESET};
+            received.append(buffer, static_cast<std::size_t>(n));
+        }
+        return {received, false};
+    }
+
 private:
     int fd_;
     bool connected_ = false;
