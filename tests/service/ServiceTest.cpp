@@ -481,7 +481,12 @@ TEST(Service, StopFinishesRendersUnderWayAndRefusesNewOnes) {
     ASSERT_TRUE(renderStarted) << "the render never started";
     auto started = std::chrono::steady_clock::now();
     std::thread stopper([&] { running.service().stop(); });
-    std::this_thread::sleep_for(std::chrono::milliseconds(20));
+    // Until the stop has begun (a route that never renders turns 503), or the listener has already closed.
+    for (int i = 0; i < 2000; ++i) {
+        auto probe = running.client().Get("/metrics");
+        if (!probe || probe->status == 503) break;
+        std::this_thread::sleep_for(std::chrono::milliseconds(5));
+    }
     auto late = running.client().Get("/v1/snippets/SleepSpO2Intent.png");
     if (late) EXPECT_EQ(late->status, 503);
     httplib::Result finished = inFlight.get();
