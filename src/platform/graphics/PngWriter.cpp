@@ -1,10 +1,9 @@
 #include "platform/graphics/PngWriter.h"
 
 #include "platform/graphics/detail/CHandles.h"
+#include "platform/graphics/detail/DeflateStream.h"
 #include "platform/graphics/detail/ImageSurface.h"
-
-#include <spng.h>
-#include <zlib.h>
+#include "platform/graphics/detail/PngContainer.h"
 
 #include <algorithm>
 #include <bit>
@@ -18,30 +17,14 @@
 namespace velmorant::platform {
 namespace {
 
-using SpngContext = std::unique_ptr<spng_ctx, CRelease<spng_ctx_free>>;
 using File = std::unique_ptr<std::FILE, CRelease<std::fclose>>;
 
-int filterChoice(PngFilter filter) {
-    switch (filter) {
-        case PngFilter::None: return SPNG_FILTER_CHOICE_NONE;
-        case PngFilter::Sub: return SPNG_FILTER_CHOICE_SUB;
-        case PngFilter::Up: return SPNG_FILTER_CHOICE_UP;
-        case PngFilter::Average: return SPNG_FILTER_CHOICE_AVG;
-        case PngFilter::Paeth: return SPNG_FILTER_CHOICE_PAETH;
-        case PngFilter::Adaptive: return SPNG_FILTER_CHOICE_ALL;
-    }
-    return SPNG_FILTER_CHOICE_ALL;
-}
+// Whole pictures are converted and compressed this many rows at a time.
+constexpr int kSliceRows = 128;
 
-int zlibStrategy(PngStrategy strategy) {
-    switch (strategy) {
-        case PngStrategy::Default: return Z_DEFAULT_STRATEGY;
-        case PngStrategy::Filtered: return Z_FILTERED;
-        case PngStrategy::HuffmanOnly: return Z_HUFFMAN_ONLY;
-        case PngStrategy::RunLength: return Z_RLE;
-    }
-    return Z_DEFAULT_STRATEGY;
-}
+// The filter byte before each row: rows are stored as they are, which costs
+// nothing to make and, on flat cards, compresses about as well as any filter.
+constexpr std::uint8_t kNoFilter = 0;
 
 // The bitmap's rows as Cairo keeps them: premultiplied native-endian ARGB words.
 struct Pixels {
@@ -94,34 +77,6 @@ void convertRow(const std::uint32_t* in, int width, std::uint8_t* out) {
     }
 }
 
-// Sets up an encoder for a picture of the given size; 0 or a libspng error.
-// libspng keeps a pointer to the description's bytes until the file is finished.
-int start(spng_ctx* ctx, int width, int height, bool alpha, const PngOptions& options, std::string& description) {
-    spng_ihdr ihdr{};
-    ihdr.width = std::uint32_t(width);
-    ihdr.height = std::uint32_t(height);
-    ihdr.bit_depth = 8;
-    ihdr.color_type = alpha ? SPNG_COLOR_TYPE_TRUECOLOR_ALPHA : SPNG_COLOR_TYPE_TRUECOLOR;
-    if (int e = spng_set_ihdr(ctx, &ihdr)) return e;
-    if (int e = spng_set_option(ctx, SPNG_IMG_COMPRESSION_LEVEL, options.compressionLevel)) return e;
-    if (int e = spng_set_option(ctx, SPNG_FILTER_CHOICE, filterChoice(options.filter))) return e;
-    if (int e = spng_set_option(ctx, SPNG_IMG_COMPRESSION_STRATEGY, zlibStrategy(options.strategy))) return e;
-    if (int e = spng_set_option(ctx, SPNG_IMG_WINDOW_BITS, options.windowBits)) return e;
-    if (int e = spng_set_option(ctx, SPNG_IMG_MEM_LEVEL, options.memLevel)) return e;
-    if (!description.empty()) {
-        char* empty = description.data() + description.size();  // the string's terminating NUL
-        spng_text text{};
-        std::snprintf(text.keyword, sizeof text.keyword, "%s", "Description");
-        text.type = SPNG_ITXT;
-        text.length = description.size();
-        text.text = description.data();
-        text.language_tag = empty;
-        text.translated_keyword = empty;
-        if (int e = spng_set_text(ctx, &text, 1)) return e;
-    }
-    return spng_encode_image(ctx, nullptr, 0, SPNG_FMT_PNG, SPNG_ENCODE_PROGRESSIVE | SPNG_ENCODE_FINALIZE);
-}
-
 }  // namespace
 
 struct PngEncoder::Impl {
@@ -129,17 +84,21 @@ struct PngEncoder::Impl {
     int width = 0, height = 0, rowsWritten = 0;
     bool alpha = false;
     File file;
-    SpngContext ctx;
-    std::size_t rowBytes = 0;  // one row in the file's pixel layout
-    std::string description;
-    std::string error;
     std::string bytes;
+    std::unique_ptr<PngContainer> container;
+    std::unique_ptr<DeflateStream> deflate;
+    std::size_t rowBytes = 0;  // one row in the file's pixel layout, after its filter byte
+    std::string error;
 
     bool fail(std::string why) {
         if (error.empty()) error = std::move(why);
         return false;
     }
-    bool check(int e) { return e == 0 || e == SPNG_EOI || fail(spng_strerror(e)); }
+    bool failedIn(const DeflateStream& stream) { return fail(stream.error()); }
+    bool failedIn(const PngContainer& png) { return fail(png.error()); }
+
+    Rows convert(const Image& band, int first, int count) const;
+    bool append(const Rows& rows);
 };
 
 PngEncoder::PngEncoder(std::filesystem::path path, int pixelWidth, int pixelHeight, bool alpha,
@@ -150,66 +109,76 @@ PngEncoder::PngEncoder(std::filesystem::path path, int pixelWidth, int pixelHeig
     impl.width = pixelWidth;
     impl.height = pixelHeight;
     impl.alpha = alpha;
-    impl.rowBytes = std::size_t(std::max(pixelWidth, 0)) * (alpha ? 4 : 3);
+    impl.rowBytes = 1 + std::size_t(std::max(pixelWidth, 0)) * (alpha ? 4 : 3);
     if (pixelWidth <= 0 || pixelHeight <= 0) {
         impl.fail("an image without pixels cannot be written as PNG");
         return;
     }
-    impl.ctx.reset(spng_ctx_new(SPNG_CTX_ENCODER));
-    if (!impl.ctx) {
-        impl.fail(spng_strerror(SPNG_EMEM));
-        return;
-    }
-    if (impl.path.empty()) {
-        if (!impl.check(spng_set_option(impl.ctx.get(), SPNG_ENCODE_TO_BUFFER, 1))) return;
-    } else {
+    if (!impl.path.empty()) {
         impl.file.reset(std::fopen(impl.path.c_str(), "wb"));
         if (!impl.file) {
             impl.fail("cannot be opened for writing");
             return;
         }
-        if (!impl.check(spng_set_png_file(impl.ctx.get(), impl.file.get()))) return;
     }
-    impl.description = options.description;
-    if (!impl.check(start(impl.ctx.get(), pixelWidth, pixelHeight, alpha, options, impl.description))) return;
+    impl.container = std::make_unique<PngContainer>(impl.file.get(), &impl.bytes);
+    PngContainer& png = *impl.container;
+    impl.deflate = std::make_unique<DeflateStream>(
+        options.compressionLevel, [&png](const std::uint8_t* bytes, std::size_t size) { return png.imageData(bytes, size); });
+    if (!impl.deflate->error().empty()) {
+        impl.failedIn(*impl.deflate);
+        return;
+    }
+    if (!png.begin(pixelWidth, pixelHeight, alpha, options.description)) impl.failedIn(png);
 }
 
 PngEncoder::~PngEncoder() {
     if (impl_->file) finish();  // not finished by its owner: the partial file goes
 }
 
-PngEncoder::Rows PngEncoder::convert(const Image& band, int rows) const {
-    const Impl& impl = *impl_;
+PngEncoder::Rows PngEncoder::Impl::convert(const Image& band, int first, int count) const {
     Rows converted;
-    if (band.pixelWidth() != impl.width) {
+    if (band.pixelWidth() != width) {
         converted.wrongWidth = true;
         return converted;
     }
-    converted.count = rows < 0 ? band.pixelHeight() : std::min(rows, band.pixelHeight());
-    const std::size_t rowBytes = impl.rowBytes;
+    converted.count = std::clamp(std::min(count, band.pixelHeight() - first), 0, std::max(band.pixelHeight(), 0));
     // Every byte is written before it is read: not cleared first.
     converted.bytes = std::make_unique_for_overwrite<std::uint8_t[]>(rowBytes * std::size_t(converted.count) + 1);
     cairo_surface_flush(cairoSurface(band));
     Pixels pixels(band);
+    // In order: each row's filter byte also covers the spare byte the row before spilled into.
     for (int y = 0; y < converted.count; ++y) {
         std::uint8_t* out = converted.bytes.get() + rowBytes * std::size_t(y);
-        if (impl.alpha) convertRow(pixels.row(y), pixels.width, out);
-        else convertOpaqueRow(pixels.row(y), pixels.width, out);
+        out[0] = kNoFilter;
+        if (alpha) convertRow(pixels.row(first + y), pixels.width, out + 1);
+        else convertOpaqueRow(pixels.row(first + y), pixels.width, out + 1);
     }
     return converted;
 }
 
-bool PngEncoder::append(const Rows& rows) {
-    Impl& impl = *impl_;
-    if (!impl.error.empty() || !impl.ctx) return false;
-    if (rows.wrongWidth) return impl.fail("a band is not as wide as the picture");
-    if (impl.rowsWritten + rows.count > impl.height) return impl.fail("more rows than the picture has");
-    const std::size_t rowBytes = impl.rowBytes;
-    for (int y = 0; y < rows.count; ++y) {
-        const std::uint8_t* row = rows.bytes.get() + rowBytes * std::size_t(y);
-        if (!impl.check(spng_encode_row(impl.ctx.get(), row, rowBytes))) return false;
-        ++impl.rowsWritten;
-    }
+PngEncoder::Rows PngEncoder::convert(const Image& band, int rows) const {
+    return impl_->convert(band, 0, rows < 0 ? band.pixelHeight() : rows);
+}
+
+bool PngEncoder::Impl::append(const Rows& rows) {
+    if (!error.empty() || !deflate) return false;
+    if (rows.wrongWidth) return fail("a band is not as wide as the picture");
+    if (rowsWritten + rows.count > height) return fail("more rows than the picture has");
+    if (rows.count == 0) return true;
+    rowsWritten += rows.count;
+    bool last = rowsWritten == height;
+    if (!deflate->add(rows.bytes.get(), rowBytes * std::size_t(rows.count), last)) return failedIn(*deflate);
+    if (last && !container->end()) return failedIn(*container);
+    return true;
+}
+
+bool PngEncoder::append(const Rows& rows) { return impl_->append(rows); }
+
+bool PngEncoder::append(const Image& band, int rows) {
+    const int count = rows < 0 ? band.pixelHeight() : std::min(rows, band.pixelHeight());
+    for (int first = 0; first < count || first == 0; first += kSliceRows)
+        if (!impl_->append(impl_->convert(band, first, std::min(kSliceRows, count - first)))) return false;
     return true;
 }
 
@@ -217,14 +186,8 @@ bool PngEncoder::finish() {
     Impl& impl = *impl_;
     if (impl.error.empty() && impl.rowsWritten != impl.height)
         impl.fail("only " + std::to_string(impl.rowsWritten) + " of " + std::to_string(impl.height) + " rows were drawn");
-    if (impl.error.empty() && impl.path.empty()) {
-        int e = 0;
-        std::size_t length = 0;
-        void* buffer = spng_get_png_buffer(impl.ctx.get(), &length, &e);
-        if (impl.check(e) && buffer) impl.bytes.assign(static_cast<const char*>(buffer), length);
-        std::free(buffer);
-    }
-    impl.ctx.reset();
+    impl.deflate.reset();
+    impl.container.reset();
     if (impl.file) {
         bool closed = std::fclose(impl.file.release()) == 0;
         if (!closed) impl.fail("cannot be written completely");
@@ -233,6 +196,7 @@ bool PngEncoder::finish() {
             std::filesystem::remove(impl.path, ignored);
         }
     }
+    if (!impl.error.empty()) impl.bytes.clear();
     return impl.error.empty();
 }
 

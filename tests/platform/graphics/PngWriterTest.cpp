@@ -10,6 +10,8 @@
 #include <cmath>
 #include <cstdint>
 #include <filesystem>
+#include <fstream>
+#include <iterator>
 #include <vector>
 
 using namespace velmorant::platform;
@@ -55,7 +57,7 @@ std::shared_ptr<Image> imageOf(const std::array<std::uint32_t, 8>& pixels) {
     return image;
 }
 
-// Every pixel survives each filter, in the smallest colour type that holds it, with the description as text.
+// Every pixel survives each compression level, in the smallest colour type that holds it, with the description as text.
 TEST(PngWriter, KeepsEveryPixelInTheSmallestFittingColourTypeAndTheDescription) {
     struct Case {
         std::array<std::uint32_t, 8> pixels;
@@ -72,9 +74,8 @@ TEST(PngWriter, KeepsEveryPixelInTheSmallestFittingColourTypeAndTheDescription) 
          SPNG_COLOR_TYPE_TRUECOLOR_ALPHA, {0xff, 0, 0, 0x80, 0, 0xff, 0, 0x40}, ""},
     };
     for (const auto& c : cases) {
-        for (PngFilter filter : {PngFilter::None, PngFilter::Up, PngFilter::Adaptive}) {
-            Decoded png = decode(
-                encodePng(*imageOf(c.pixels), {.compressionLevel = 1, .filter = filter, .description = c.description}));
+        for (int level : {0, 1, 2, 3}) {
+            Decoded png = decode(encodePng(*imageOf(c.pixels), {.compressionLevel = level, .description = c.description}));
             EXPECT_EQ(png.colourType, c.colourType);
             ASSERT_EQ(png.rgba.size(), 32u);
             EXPECT_TRUE(std::equal(c.firstAndLast.begin(), c.firstAndLast.begin() + 4, png.rgba.begin()));
@@ -114,6 +115,106 @@ TEST(PngWriter, OneTranslucentPixelAnywhereKeepsTheAlpha) {
         Decoded png = decode(encodePng(*image));
         EXPECT_EQ(png.colourType, opaque ? SPNG_COLOR_TYPE_TRUECOLOR : SPNG_COLOR_TYPE_TRUECOLOR_ALPHA);
         EXPECT_EQ(png.rgba, want);
+    }
+}
+
+// A picture whose every pixel differs from its neighbours, so that its
+// compressed data fills several pieces. Translucent pixels have each colour
+// either off or at full strength, so their straight colour is exact.
+struct Pattern {
+    int width, height;
+    bool alpha;
+    std::uint32_t at(int x, int y) const {
+        std::uint32_t noise = std::uint32_t(x * 2654435761u ^ y * 40503u) * 2246822519u >> 8;
+        if (!alpha) return 0xff000000 | (noise & 0xffffff);
+        std::uint32_t a = noise & 0xff, r = noise >> 8 & 1 ? a : 0, g = noise >> 9 & 1 ? a : 0, b = noise >> 10 & 1 ? a : 0;
+        return a << 24 | r << 16 | g << 8 | b;
+    }
+    std::vector<std::uint8_t> straightRgba() const {
+        std::vector<std::uint8_t> out;
+        for (int y = 0; y < height; ++y)
+            for (int x = 0; x < width; ++x) {
+                std::uint32_t p = at(x, y), a = p >> 24;
+                auto full = [a](std::uint32_t c) { return std::uint8_t(c == 0 ? 0 : a == 0xff ? c : 0xff); };
+                out.insert(out.end(), {full(p >> 16 & 0xff), full(p >> 8 & 0xff), full(p & 0xff), std::uint8_t(a)});
+            }
+        return out;
+    }
+    // Rows `top` onwards, in a band `bandRows` tall (rows past the picture left clear).
+    std::shared_ptr<Image> band(int top, int bandRows) const {
+        auto image = Image::create({double(width), double(bandRows)}, 1);
+        cairo_surface_flush(cairoSurface(*image));
+        unsigned char* data = cairo_image_surface_get_data(cairoSurface(*image));
+        const int stride = cairo_image_surface_get_stride(cairoSurface(*image));
+        for (int y = 0; y < bandRows && top + y < height; ++y)
+            for (int x = 0; x < width; ++x) reinterpret_cast<std::uint32_t*>(data + y * stride)[x] = at(x, top + y);
+        cairo_surface_mark_dirty(cairoSurface(*image));
+        return image;
+    }
+};
+
+// Band by band, through either way of appending, into memory or a file, the
+// rows come back exactly, the last band's spare rows left out.
+TEST(PngWriter, BandByBandKeepsEveryRowExactly) {
+    struct Case {
+        Pattern pattern;
+        int bandRows;
+        bool convertedFirst, toFile;
+    };
+    const Case cases[] = {
+        {{1, 1, false}, 1, false, false},   {{1, 1, true}, 1, true, false},
+        {{7, 5, false}, 2, true, false},    {{7, 5, true}, 2, false, true},
+        {{333, 301, false}, 128, true, false}, {{333, 301, true}, 128, false, false},
+        {{333, 301, true}, 7, true, true},  {{2, 300, false}, 1, false, false},
+    };
+    auto file = std::filesystem::temp_directory_path() / ("velmorant-bands-" + std::to_string(::getpid()) + ".png");
+    for (const auto& c : cases) {
+        const Pattern& p = c.pattern;
+        SCOPED_TRACE(::testing::Message() << p.width << " x " << p.height << (p.alpha ? " RGBA" : " RGB") << " in bands of "
+                                          << c.bandRows << (c.convertedFirst ? ", converted first" : "")
+                                          << (c.toFile ? ", to a file" : ""));
+        PngEncoder encoder(c.toFile ? file : std::filesystem::path{}, p.width, p.height, p.alpha);
+        for (int top = 0; top < p.height; top += c.bandRows) {
+            const int rows = std::min(c.bandRows, p.height - top);
+            auto band = p.band(top, c.bandRows);
+            ASSERT_TRUE(c.convertedFirst ? encoder.append(encoder.convert(*band, rows)) : encoder.append(*band, rows))
+                << encoder.error();
+        }
+        ASSERT_TRUE(encoder.finish()) << encoder.error();
+        std::string png = encoder.bytes();
+        if (c.toFile) {
+            std::ifstream in(file, std::ios::binary);
+            png.assign(std::istreambuf_iterator<char>(in), {});
+            std::filesystem::remove(file);
+        }
+        Decoded decoded = decode(png);
+        EXPECT_EQ(decoded.colourType, p.alpha ? SPNG_COLOR_TYPE_TRUECOLOR_ALPHA : SPNG_COLOR_TYPE_TRUECOLOR);
+        EXPECT_EQ(decoded.rgba, p.straightRgba());
+    }
+}
+
+// However a picture goes wrong, the encoder says so and no file is left.
+TEST(PngWriter, AFailedPictureLeavesNoFile) {
+    struct Case {
+        const char* name;
+        int compressionLevel;
+        std::vector<std::pair<int, int>> bands;  // width and rows of each band appended
+        const char* said;
+    };
+    const Case cases[] = {
+        {"rows missing", 1, {{8, 4}}, "only 4 of 6 rows"},
+        {"rows too many", 1, {{8, 4}, {8, 4}}, "more rows"},
+        {"a band too narrow", 1, {{8, 2}, {7, 4}}, "not as wide"},
+        {"an unknown level", 9, {{8, 6}}, "level 9"},
+    };
+    auto file = std::filesystem::temp_directory_path() / ("velmorant-failed-" + std::to_string(::getpid()) + ".png");
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.name);
+        PngEncoder encoder(file, 8, 6, false, {.compressionLevel = c.compressionLevel});
+        for (auto [width, rows] : c.bands) encoder.append(*Pattern{width, rows, false}.band(0, rows));
+        EXPECT_FALSE(encoder.finish());
+        EXPECT_NE(encoder.error().find(c.said), std::string::npos) << encoder.error();
+        EXPECT_FALSE(std::filesystem::exists(file));
     }
 }
 
