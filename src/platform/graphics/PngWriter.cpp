@@ -4,6 +4,7 @@
 #include "platform/graphics/detail/DeflateStream.h"
 #include "platform/graphics/detail/ImageSurface.h"
 #include "platform/graphics/detail/PngContainer.h"
+#include "platform/graphics/detail/WideLoops.h"
 
 #include <algorithm>
 #include <bit>
@@ -19,8 +20,12 @@ namespace {
 
 using File = std::unique_ptr<std::FILE, CRelease<std::fclose>>;
 
-// Whole pictures are converted and compressed this many rows at a time.
+// Bands are converted and compressed this many rows at a time (a card's band
+// is as tall). igzip pays a fixed cost per call: a card in slices of 16 rows
+// costs 4.7 M instructions more than in slices of 128.
 constexpr int kSliceRows = 128;
+// What a row conversion may write past the row's end.
+constexpr std::size_t kSpareBytes = 4;
 
 // The filter byte before each row: rows are stored as they are, which costs
 // nothing to make and, on flat cards, compresses about as well as any filter.
@@ -49,11 +54,22 @@ struct Pixels {
     }
 };
 
-// PNG wants bytes in R, G, B order. Each pixel is stored as a whole word and
-// the next overwrites its fourth byte, so `out` needs one byte to spare.
-void convertOpaqueRow(const std::uint32_t* in, int width, std::uint8_t* out) {
+// PNG wants bytes in R, G, B order; Cairo's little-endian words hold B, G,
+// R, A. Four pixels at a time are shuffled into twelve bytes, and each
+// 16-byte store runs four bytes past them, over bytes written next: `out`
+// needs four bytes to spare.
+VELMORANT_WIDE_LOOPS void convertOpaqueRow(const std::uint32_t* in, int width, std::uint8_t* out) {
     static_assert(std::endian::native == std::endian::little, "rows are converted for little-endian words");
-    for (int x = 0; x < width; ++x, out += 3) {
+    using Bytes = std::uint8_t __attribute__((vector_size(16)));
+    constexpr Bytes kToRgb{2, 1, 0, 6, 5, 4, 10, 9, 8, 14, 13, 12, 3, 7, 11, 15};
+    int x = 0;
+    for (; x + 4 <= width; x += 4, out += 12) {
+        Bytes four;
+        std::memcpy(&four, in + x, sizeof four);
+        four = __builtin_shuffle(four, kToRgb);
+        std::memcpy(out, &four, sizeof four);
+    }
+    for (; x < width; ++x, out += 3) {
         // 0xAARRGGBB swapped is 0xBBGGRRAA; shifted, its bytes in memory read R, G, B, 0.
         std::uint32_t rgb = __builtin_bswap32(in[x]) >> 8;
         std::memcpy(out, &rgb, sizeof rgb);
@@ -88,17 +104,14 @@ struct PngEncoder::Impl {
     std::unique_ptr<PngContainer> container;
     std::unique_ptr<DeflateStream> deflate;
     std::size_t rowBytes = 0;  // one row in the file's pixel layout, after its filter byte
+    std::unique_ptr<std::uint8_t[]> slice;  // up to kSliceRows converted rows, then kSpareBytes
     std::string error;
 
     bool fail(std::string why) {
         if (error.empty()) error = std::move(why);
         return false;
     }
-    bool failedIn(const DeflateStream& stream) { return fail(stream.error()); }
-    bool failedIn(const PngContainer& png) { return fail(png.error()); }
-
-    Rows convert(const Image& band, int first, int count) const;
-    bool append(const Rows& rows);
+    bool append(const Pixels& pixels, int first, int count);
 };
 
 PngEncoder::PngEncoder(std::filesystem::path path, int pixelWidth, int pixelHeight, bool alpha,
@@ -109,11 +122,11 @@ PngEncoder::PngEncoder(std::filesystem::path path, int pixelWidth, int pixelHeig
     impl.width = pixelWidth;
     impl.height = pixelHeight;
     impl.alpha = alpha;
-    impl.rowBytes = 1 + std::size_t(std::max(pixelWidth, 0)) * (alpha ? 4 : 3);
     if (pixelWidth <= 0 || pixelHeight <= 0) {
         impl.fail("an image without pixels cannot be written as PNG");
         return;
     }
+    impl.rowBytes = 1 + std::size_t(pixelWidth) * (alpha ? 4 : 3);
     if (!impl.path.empty()) {
         impl.file.reset(std::fopen(impl.path.c_str(), "wb"));
         if (!impl.file) {
@@ -126,59 +139,47 @@ PngEncoder::PngEncoder(std::filesystem::path path, int pixelWidth, int pixelHeig
     impl.deflate = std::make_unique<DeflateStream>(
         options.compressionLevel, [&png](const std::uint8_t* bytes, std::size_t size) { return png.imageData(bytes, size); });
     if (!impl.deflate->error().empty()) {
-        impl.failedIn(*impl.deflate);
+        impl.fail(impl.deflate->error());
         return;
     }
-    if (!png.begin(pixelWidth, pixelHeight, alpha, options.description)) impl.failedIn(png);
+    if (!png.begin(pixelWidth, pixelHeight, alpha, options.description)) {
+        impl.fail(png.error());
+        return;
+    }
+    // Every byte is written before it is read: not cleared first.
+    impl.slice = std::make_unique_for_overwrite<std::uint8_t[]>(
+        impl.rowBytes * std::size_t(std::min(kSliceRows, pixelHeight)) + kSpareBytes);
 }
 
 PngEncoder::~PngEncoder() {
     if (impl_->file) finish();  // not finished by its owner: the partial file goes
 }
 
-PngEncoder::Rows PngEncoder::Impl::convert(const Image& band, int first, int count) const {
-    Rows converted;
-    if (band.pixelWidth() != width) {
-        converted.wrongWidth = true;
-        return converted;
-    }
-    converted.count = std::clamp(std::min(count, band.pixelHeight() - first), 0, std::max(band.pixelHeight(), 0));
-    // Every byte is written before it is read: not cleared first.
-    converted.bytes = std::make_unique_for_overwrite<std::uint8_t[]>(rowBytes * std::size_t(converted.count) + 1);
-    cairo_surface_flush(cairoSurface(band));
-    Pixels pixels(band);
-    // In order: each row's filter byte also covers the spare byte the row before spilled into.
-    for (int y = 0; y < converted.count; ++y) {
-        std::uint8_t* out = converted.bytes.get() + rowBytes * std::size_t(y);
+bool PngEncoder::Impl::append(const Pixels& pixels, int first, int count) {
+    // In order: each row's filter byte also covers the bytes the row before spilled into.
+    for (int y = 0; y < count; ++y) {
+        std::uint8_t* out = slice.get() + rowBytes * std::size_t(y);
         out[0] = kNoFilter;
-        if (alpha) convertRow(pixels.row(first + y), pixels.width, out + 1);
-        else convertOpaqueRow(pixels.row(first + y), pixels.width, out + 1);
+        if (alpha) convertRow(pixels.row(first + y), width, out + 1);
+        else convertOpaqueRow(pixels.row(first + y), width, out + 1);
     }
-    return converted;
-}
-
-PngEncoder::Rows PngEncoder::convert(const Image& band, int rows) const {
-    return impl_->convert(band, 0, rows < 0 ? band.pixelHeight() : rows);
-}
-
-bool PngEncoder::Impl::append(const Rows& rows) {
-    if (!error.empty() || !deflate) return false;
-    if (rows.wrongWidth) return fail("a band is not as wide as the picture");
-    if (rowsWritten + rows.count > height) return fail("more rows than the picture has");
-    if (rows.count == 0) return true;
-    rowsWritten += rows.count;
-    bool last = rowsWritten == height;
-    if (!deflate->add(rows.bytes.get(), rowBytes * std::size_t(rows.count), last)) return failedIn(*deflate);
-    if (last && !container->end()) return failedIn(*container);
+    rowsWritten += count;
+    const bool last = rowsWritten == height;
+    if (!deflate->add(slice.get(), rowBytes * std::size_t(count), last)) return fail(deflate->error());
+    if (last && !container->end()) return fail(container->error());
     return true;
 }
 
-bool PngEncoder::append(const Rows& rows) { return impl_->append(rows); }
-
 bool PngEncoder::append(const Image& band, int rows) {
+    Impl& impl = *impl_;
+    if (!impl.error.empty()) return false;
+    if (band.pixelWidth() != impl.width) return impl.fail("a band is not as wide as the picture");
     const int count = rows < 0 ? band.pixelHeight() : std::min(rows, band.pixelHeight());
-    for (int first = 0; first < count || first == 0; first += kSliceRows)
-        if (!impl_->append(impl_->convert(band, first, std::min(kSliceRows, count - first)))) return false;
+    if (impl.rowsWritten + count > impl.height) return impl.fail("more rows than the picture has");
+    cairo_surface_flush(cairoSurface(band));
+    const Pixels pixels(band);
+    for (int first = 0; first < count; first += kSliceRows)
+        if (!impl.append(pixels, first, std::min(kSliceRows, count - first))) return false;
     return true;
 }
 

@@ -27,19 +27,9 @@ public:
     PngEncoder(const PngEncoder&) = delete;
     PngEncoder& operator=(const PngEncoder&) = delete;
 
-    // A band's rows converted to the file's pixel layout, ready to compress.
-    struct Rows {
-        std::unique_ptr<std::uint8_t[]> bytes;  // `count` rows, each after its filter byte, then one spare byte
-        int count = 0;
-        bool wrongWidth = false;
-    };
-    // Converts the first `rows` rows (all when negative) of a band; safe to
-    // call on one thread while another appends, so that the thread drawing
-    // the bands takes this part off the one compressing them.
-    Rows convert(const Image& band, int rows = -1) const;
-    // Appends converted rows, or the first `rows` rows of a band exactly as
-    // wide as the picture; false once anything failed.
-    bool append(const Rows& rows);
+    // Appends the first `rows` rows (all when negative) of a band exactly as
+    // wide as the picture, converted and compressed before it returns; false
+    // once anything failed.
     bool append(const Image& band, int rows = -1);
     // Ends the picture: false, with the reason in `error()`, unless every row was written (no file is then left).
     bool finish();
