@@ -10,8 +10,18 @@ namespace velmorant::platform {
 
 class Image;
 
-// How the encoder trades size for speed (ISA-L's igzip level, 0 to 3),
-// chosen by measurement: see the table in PngWriter.cpp.
+// How the encoder trades size for speed: igzip's level (0 to 3), rows
+// unfiltered. Chosen by measurement over every card at scale 3
+// (bench/CardBench.cpp, BM_EncodeEveryCard: CPU time for the ten cards, their
+// bytes, the worst card against zlib's default level with adaptive filters)
+// and callgrind of `show SleepRingsIntent --png`, whole process:
+//   level 0: 17.7 ms, 1.53 MB, worst 2.29x; 197.5 M instructions
+//   level 1: 17.6 ms, 1.28 MB, worst 1.45x; 197.5 M (chosen)
+//   level 2: 17.8 ms, 1.27 MB, worst 1.45x; 197.4 M; its buffers 48 KB larger
+//   level 3: 84.6 ms, 1.25 MB, worst 1.50x
+//   zlib's default (level 6, adaptive filters): 1.05 MB; zlib level 2 through
+//   libspng, as before: 290.7 M instructions for the whole `show`
+// Sub or Up filters made all but one or two cards and widget pictures larger.
 struct PngOptions {
     int compressionLevel = 1;
     // Stored as an international text chunk under "Description"; empty for none.
