@@ -7,6 +7,7 @@
 #include "platform/graphics/detail/WideLoops.h"
 
 #include <algorithm>
+#include <array>
 #include <bit>
 #include <cstdint>
 #include <cstdio>
@@ -76,20 +77,26 @@ VELMORANT_WIDE_LOOPS void convertOpaqueRow(const std::uint32_t* in, int width, s
     }
 }
 
-// R, G, B, A with straight alpha.
+// 2^24 / alpha, rounded up: (n * it) >> 24 is n / alpha, exactly, for every
+// n below 2^16, without a division.
+constexpr auto kReciprocals = [] {
+    std::array<std::uint32_t, 256> table{};
+    for (std::uint32_t alpha = 1; alpha < 256; ++alpha) table[alpha] = ((1u << 24) + alpha - 1) / alpha;
+    return table;
+}();
+
+// R, G, B, A with straight alpha, each colour rounded to the nearest.
 void convertRow(const std::uint32_t* in, int width, std::uint8_t* out) {
     for (int x = 0; x < width; ++x, out += 4) {
-        std::uint32_t p = in[x];
-        std::uint32_t a = p >> 24, r = (p >> 16) & 0xff, g = (p >> 8) & 0xff, b = p & 0xff;
+        std::uint32_t p = in[x], a = p >> 24;
         if (a != 0xff && a != 0) {
-            r = (r * 255 + a / 2) / a;
-            g = (g * 255 + a / 2) / a;
-            b = (b * 255 + a / 2) / a;
+            const std::uint64_t reciprocal = kReciprocals[a];
+            auto straight = [&](std::uint32_t c) { return std::uint32_t((c * 255 + a / 2) * reciprocal >> 24); };
+            p = a << 24 | straight(p >> 16 & 0xff) << 16 | straight(p >> 8 & 0xff) << 8 | straight(p & 0xff);
         }
-        out[0] = std::uint8_t(r);
-        out[1] = std::uint8_t(g);
-        out[2] = std::uint8_t(b);
-        out[3] = std::uint8_t(a);
+        // 0xAARRGGBB swapped is 0xBBGGRRAA, turned a byte right 0xAABBGGRR: in memory R, G, B, A.
+        std::uint32_t rgba = std::rotr(__builtin_bswap32(p), 8);
+        std::memcpy(out, &rgba, sizeof rgba);
     }
 }
 

@@ -118,6 +118,39 @@ TEST(PngWriter, OneTranslucentPixelAnywhereKeepsTheAlpha) {
     }
 }
 
+// Every translucent colour comes back straight, rounded to the nearest: one
+// row for each alpha, one column for each premultiplied value it allows.
+TEST(PngWriter, EveryTranslucentColourIsRoundedToTheNearest) {
+    auto image = Image::create({256, 256}, 1);
+    cairo_surface_flush(cairoSurface(*image));
+    unsigned char* data = cairo_image_surface_get_data(cairoSurface(*image));
+    const int stride = cairo_image_surface_get_stride(cairoSurface(*image));
+    for (std::uint32_t a = 0; a < 256; ++a)
+        for (std::uint32_t c = 0; c < 256; ++c) {
+            const std::uint32_t premultiplied = std::min(c, a);
+            reinterpret_cast<std::uint32_t*>(data + a * stride)[c] =
+                a << 24 | premultiplied << 16 | (a - premultiplied) << 8 | premultiplied / 2;
+        }
+    cairo_surface_mark_dirty(cairoSurface(*image));
+    Decoded png = decode(encodePng(*image));
+    ASSERT_EQ(png.rgba.size(), 256u * 256u * 4u);
+    auto nearest = [](std::uint32_t c, std::uint32_t a) {
+        return a == 0 ? 0 : int(std::floor(double(c) * 255 / double(a) + 0.5));
+    };
+    int wrong = 0;
+    for (std::uint32_t a = 0; a < 256; ++a)
+        for (std::uint32_t c = 0; c < 256; ++c) {
+            const std::uint8_t* got = &png.rgba[(a * 256 + c) * 4];
+            const std::uint32_t premultiplied = std::min(c, a);
+            const int want[] = {nearest(premultiplied, a), nearest(a - premultiplied, a), nearest(premultiplied / 2, a), int(a)};
+            for (int i = 0; i < 4; ++i)
+                if (got[i] != want[i] && ++wrong <= 5)
+                    ADD_FAILURE() << "alpha " << a << ", value " << c << ", channel " << i << ": " << int(got[i])
+                                  << " instead of " << want[i];
+        }
+    EXPECT_EQ(wrong, 0);
+}
+
 // A picture whose every pixel differs from its neighbours, so that its
 // compressed data fills several pieces. Translucent pixels have each colour
 // either off or at full strength, so their straight colour is exact.
