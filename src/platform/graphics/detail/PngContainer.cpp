@@ -3,7 +3,6 @@
 #include <png.h>
 
 #include <csetjmp>
-#include <cstring>
 #include <string>
 
 namespace velmorant::platform {
