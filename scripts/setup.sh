@@ -9,7 +9,7 @@ set -euo pipefail
 
 packages=(
   build-essential cmake ninja-build pkg-config git
-  libicu-dev libcairo2-dev libpango1.0-dev libplist-dev librsvg2-dev libspng-dev
+  libicu-dev libcairo2-dev libpango1.0-dev libplist-dev librsvg2-dev libspng-dev libpng-dev libisal-dev
   nlohmann-json3-dev libgtest-dev libgmock-dev libbenchmark-dev
   libmicrohttpd-dev libcpp-httplib-dev
   fontconfig fonts-inter fonts-noto-color-emoji fonts-noto-core fonts-dejavu-core

@@ -3,7 +3,7 @@
 # or through another header) nor name an outside library's type.
 #   cmake -DCXX=... -DSOURCE=.../src -DALLOWED="a.h;b.h" -P CheckHeaders.cmake
 cmake_minimum_required(VERSION 3.25)
-set(package_headers "/(unicode|cairo|pango-1\\.0|glib-2\\.0|gio-unix-2\\.0|fontconfig|freetype2|harfbuzz|plist|librsvg-2\\.0|gdk-pixbuf-2\\.0|nlohmann)/|/(spng|zlib|png)\\.h")
+set(package_headers "/(unicode|cairo|pango-1\\.0|glib-2\\.0|gio-unix-2\\.0|fontconfig|freetype2|harfbuzz|plist|librsvg-2\\.0|gdk-pixbuf-2\\.0|nlohmann|isa-l)/|/(spng|zlib|png)\\.h")
 set(type_names "icu::|U_NAMESPACE|cairo_[a-z_]+_t|Pango[A-Z]|GObject|Fc[A-Z][a-z]+\\*|plist_t|spng_ctx|RsvgHandle|nlohmann::")
 
 file(GLOB_RECURSE headers RELATIVE ${SOURCE} ${SOURCE}/*.h)
