@@ -11,14 +11,14 @@
 #include <string>
 #include <string_view>
 
-namespace velmorant::snippet_ui {
+namespace velmorant::platform {
 
 // What a layer was drawn from: which picture, and every colour, figure and
 // name its steps use.
 class LayerKey {
 public:
     LayerKey& add(double number);
-    LayerKey& add(const platform::Colour& colour);
+    LayerKey& add(const Colour& colour);
     LayerKey& add(std::string_view text);
     bool operator==(const LayerKey&) const = default;
 
@@ -31,29 +31,37 @@ private:
 // kept for the next drawing. Drawing over is associative, so a kept layer
 // laid over the canvas gives what the steps themselves would have drawn there.
 // A layer is kept from the second time its key is asked for, and only the
-// last few layers are, so memory stays bounded; one cache serves one thread,
-// as the object that owns it.
+// last few layers are, within a number and a size in bytes, so memory stays
+// bounded; one cache serves one thread, as the object that owns it.
 class LayerCache {
 public:
-    explicit LayerCache(std::size_t maxLayers = 3) : maxLayers_(maxLayers) {}
+    // Enough for the pictures of every card at scale 3 (a 280-point picture
+    // takes 2.8 MB) without growing with the scale.
+    static constexpr std::size_t kDefaultBytes = std::size_t{32} << 20;
+
+    explicit LayerCache(std::size_t maxLayers = 3, std::size_t maxBytes = kDefaultBytes)
+        : maxLayers_(maxLayers), maxBytes_(maxBytes) {}
 
     // Draws onto `canvas` what `steps` draw on a transparent canvas of the same
     // size and scale: from the layer kept under `key`, or drawn now and kept.
-    void draw(platform::Canvas& canvas, const LayerKey& key, const platform::FontSystem& fonts,
-              const std::function<void(platform::Canvas&)>& steps);
+    void draw(Canvas& canvas, const LayerKey& key, const FontSystem& fonts,
+              const std::function<void(Canvas&)>& steps);
 
 private:
     struct Layer {
         LayerKey key;
-        platform::ImagePtr image;
-        platform::Rect drawn;
+        ImagePtr image;
+        Rect drawn;
+        std::size_t bytes;
     };
     // Keys asked for once and not kept yet, most recent first.
     static constexpr std::size_t kSeenKeys = 8;
     std::size_t maxLayers_;
+    std::size_t maxBytes_;
+    std::size_t keptBytes_ = 0;
     // Most recently used first.
     std::list<Layer> kept_;
     std::list<LayerKey> seen_;
 };
 
-}  // namespace velmorant::snippet_ui
+}  // namespace velmorant::platform

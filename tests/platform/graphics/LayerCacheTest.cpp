@@ -1,6 +1,6 @@
 // Layers are kept from the second time they are asked for, per key, size and
-// scale, and no more of them than the cache holds.
-#include "snippet_ui/LayerCache.h"
+// scale, and no more of them, nor bytes, than the cache holds.
+#include "platform/graphics/LayerCache.h"
 
 #include "platform/graphics/FontSystem.h"
 #include "platform/graphics/Image.h"
@@ -10,8 +10,8 @@
 #include <filesystem>
 
 namespace velmorant {
-using snippet_ui::LayerCache;
-using snippet_ui::LayerKey;
+using platform::LayerCache;
+using platform::LayerKey;
 
 namespace {
 
@@ -75,6 +75,22 @@ TEST_F(LayerCacheTest, HoldsNoMoreLayersThanAskedTheLeastRecentlyUsedGoes) {
     EXPECT_FALSE(drawsSteps(a));
     EXPECT_FALSE(drawsSteps(c));
     EXPECT_TRUE(drawsSteps(b)) << "b went to make room for c";
+}
+
+TEST_F(LayerCacheTest, HoldsNoMoreBytesThanAskedALayerTooLargeIsNeverKept) {
+    // A 50-point layer at scale 2 takes 40,000 bytes.
+    struct Row { std::size_t bytes; bool aKept, bKept; const char* what; };
+    const Row rows[] = {{39'999, false, false, "neither fits"},
+                        {40'000, false, true, "one fits: a goes for b"},
+                        {80'000, true, true, "both fit"}};
+    const LayerKey a = LayerKey().add(1), b = LayerKey().add(2);
+    for (const Row& row : rows) {
+        cache = LayerCache(8, row.bytes);
+        for (const LayerKey* key : {&a, &a, &b, &b}) drawsSteps(*key);
+        EXPECT_EQ(!drawsSteps(b), row.bKept) << row.what;
+        EXPECT_TRUE(painted) << row.what;
+        EXPECT_EQ(!drawsSteps(a), row.aKept) << row.what;
+    }
 }
 
 }  // namespace
