@@ -37,6 +37,11 @@ LayerKey& LayerKey::add(std::string_view text) {
 
 void LayerCache::draw(Canvas& canvas, const LayerKey& key, const FontSystem& fonts,
                       const std::function<void(Canvas&)>& steps) {
+    const Rect earlier = canvas.drawnBounds();
+    if (earlier.width > 0 && earlier.height > 0) {
+        steps(canvas);
+        return;
+    }
     LayerKey sized = key;
     sized.add(canvas.size().width).add(canvas.size().height).add(canvas.scale());
     auto found = std::find_if(kept_.begin(), kept_.end(), [&](const Layer& layer) { return layer.key == sized; });

@@ -28,9 +28,10 @@ private:
 
 // The steps of a picture that do not depend on its data (tracks and their
 // shadows, a dial's scale, a backdrop) drawn once per size, scale and key and
-// kept for the next drawing. Drawing over is associative, so a kept layer
-// laid over the canvas gives what the steps themselves would have drawn there.
-// A layer is kept from the second time its key is asked for, and only the
+// kept for the next drawing. Only steps drawn first, on a canvas nothing has
+// been drawn on yet, are kept: there the layer is copied and the picture is the
+// same to the byte as one drawn without it (a layer laid over other drawing
+// rounds differently, a level here and there). A layer is kept from the second time its key is asked for, and only the
 // last few layers are, within a number and a size in bytes, so memory stays
 // bounded; one cache serves one thread, as the object that owns it.
 class LayerCache {
@@ -43,7 +44,8 @@ public:
         : maxLayers_(maxLayers), maxBytes_(maxBytes) {}
 
     // Draws onto `canvas` what `steps` draw on a transparent canvas of the same
-    // size and scale: from the layer kept under `key`, or drawn now and kept.
+    // size and scale: from the layer kept under `key`, or drawn now and kept;
+    // drawn in place when something has been drawn on `canvas` already.
     void draw(Canvas& canvas, const LayerKey& key, const FontSystem& fonts,
               const std::function<void(Canvas&)>& steps);
 

@@ -1,5 +1,6 @@
 // Layers are kept from the second time they are asked for, per key, size and
-// scale, and no more of them, nor bytes, than the cache holds.
+// scale, and no more of them, nor bytes, than the cache holds; only a canvas
+// nothing has been drawn on yet takes one.
 #include "platform/graphics/LayerCache.h"
 
 #include "platform/graphics/FontSystem.h"
@@ -27,8 +28,9 @@ const platform::FontSystem& fonts() {
 class LayerCacheTest : public ::testing::Test {
 protected:
     // Draws the layer under `key` on a fresh canvas; true when its steps ran.
-    bool drawsSteps(const LayerKey& key, platform::Size size = {50, 50}, double scale = 2) {
+    bool drawsSteps(const LayerKey& key, platform::Size size = {50, 50}, double scale = 2, bool drawnOn = false) {
         Canvas canvas(size, scale, fonts());
+        if (drawnOn) canvas.addRoundedRect({0, 0, 5, 5}, 0), canvas.fillPath();
         bool ran = false;
         cache.draw(canvas, key, fonts(), [&](Canvas& layer) {
             ran = true;
@@ -52,6 +54,16 @@ TEST_F(LayerCacheTest, KeptFromTheSecondAskAndPaintedEveryTime) {
     EXPECT_TRUE(painted);
     EXPECT_FALSE(drawsSteps(key)) << "third: from the kept layer";
     EXPECT_TRUE(painted);
+}
+
+// Laid over earlier drawing a layer would round unlike its steps drawn there.
+TEST_F(LayerCacheTest, OverEarlierDrawingTheStepsAreDrawnInPlace) {
+    const LayerKey key = LayerKey().add(1);
+    for (int ask = 0; ask < 3; ++ask) EXPECT_TRUE(drawsSteps(key, {50, 50}, 2, true)) << ask;
+    for (int ask = 0; ask < 2; ++ask) drawsSteps(key);
+    EXPECT_TRUE(drawsSteps(key, {50, 50}, 2, true)) << "kept, yet not used";
+    EXPECT_TRUE(painted);
+    EXPECT_FALSE(drawsSteps(key));
 }
 
 TEST_F(LayerCacheTest, KeySizeAndScaleEachTellLayersApart) {
