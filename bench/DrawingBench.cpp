@@ -119,7 +119,11 @@ void drawFirst(benchmark::State& state, const Picture& picture) {
     Drawing d(state);
     picture.draw(*d.ui);
     bench::timeEachFresh(
-        state, [&] { return std::make_unique<SleepMetricsUI>(*d.platform); },
+        state,
+        [&] {
+            d.platform->layers() = platform::LayerCache();
+            return std::make_unique<SleepMetricsUI>(*d.platform);
+        },
         [&](std::unique_ptr<SleepMetricsUI>& ui) { return measuredDraw(picture, *ui); });
 }
 

@@ -41,7 +41,7 @@ TextPlacement valueTextPlacement(bool widgetMode) {
     return widgetMode ? TextPlacement{26, -4.3} : TextPlacement{24, -5.1};
 }
 
-GaugeFrame::GaugeFrame(float side, bool widgetMode, platform::Platform& platform, LayerCache& layers)
+GaugeFrame::GaugeFrame(float side, bool widgetMode, platform::Platform& platform, platform::LayerCache& layers)
     : platform_(platform),
       layers_(layers),
       canvas_({side, side}, platform.screenScale(), platform.fonts()),
@@ -54,7 +54,7 @@ GaugeFrame::GaugeFrame(float side, bool widgetMode, platform::Platform& platform
 
 void GaugeFrame::keep(const std::function<void()>& steps) {
     // The key: what the steps draw with, the shadow in force before them included.
-    LayerKey key;
+    platform::LayerKey key;
     key.add(kLayerId).add(widgetMode_).add(shadow_.has_value());
     if (shadow_) key.add(shadow_->offset.width).add(shadow_->offset.height).add(shadow_->blur).add(shadow_->colour);
     const std::optional<Shadow> before = shadow_;

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "snippet_ui/LayerCache.h"
+#include "platform/graphics/LayerCache.h"
 
 #include "platform/graphics/Canvas.h"
 #include "platform/core/Colour.h"
@@ -77,7 +77,7 @@ TextPlacement valueTextPlacement(bool widgetMode);
 // and overlays, each one drawing call.
 class GaugeFrame {
 public:
-    GaugeFrame(float side, bool widgetMode, platform::Platform& platform, LayerCache& layers);
+    GaugeFrame(float side, bool widgetMode, platform::Platform& platform, platform::LayerCache& layers);
 
     // Runs steps that do not depend on the reading (the dial, the hub, an
     // icon) once per size, scale and their arguments, and afterwards draws
@@ -120,10 +120,10 @@ private:
     bool describing(std::initializer_list<double> numbers, std::initializer_list<platform::Colour> colours = {});
 
     platform::Platform& platform_;
-    LayerCache& layers_;
+    platform::LayerCache& layers_;
     platform::Canvas canvas_;
     platform::Canvas* target_;  // the canvas, or the layer being drawn for `keep`
-    LayerKey* key_ = nullptr;   // set while `keep` describes its steps
+    platform::LayerKey* key_ = nullptr;   // set while `keep` describes its steps
     // The shadow under what is drawn: none until the hub sets its own.
     std::optional<platform::Shadow> shadow_;
     bool widgetMode_;

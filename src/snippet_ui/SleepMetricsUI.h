@@ -10,7 +10,7 @@
 #include "platform/services/Platform.h"
 #include "platform/store/PreferencesStore.h"
 #include "platform/core/Value.h"
-#include "snippet_ui/LayerCache.h"
+#include "platform/graphics/LayerCache.h"
 
 #include <cstdint>
 #include <initializer_list>
@@ -153,8 +153,9 @@ private:
     std::unique_ptr<format::FormatTools> formatTools_;
     std::unique_ptr<palette::Pallet> pallet_;
     std::unique_ptr<metrics::GroupMetrics> groupMetrics_;
-    // What the pictures draw the same every time, kept per size and scale.
-    LayerCache layers_;
+    // What the pictures draw the same every time, kept per size and scale
+    // for every object drawing on the same resources.
+    platform::LayerCache& layers_;
 };
 
 }  // namespace velmorant::snippet_ui

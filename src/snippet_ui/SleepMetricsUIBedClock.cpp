@@ -13,6 +13,7 @@ using platform::Canvas;
 using platform::Colour;
 using platform::Font;
 using platform::FontWeight;
+using platform::LayerKey;
 using platform::LineCap;
 using platform::Point;
 using Text = platform::TextAttributes;

@@ -15,6 +15,7 @@ namespace keys = metrics::keys;
 using platform::Canvas;
 using platform::Colour;
 using platform::Font;
+using platform::LayerKey;
 using platform::LineCap;
 using platform::Point;
 using platform::Shadow;

@@ -16,6 +16,7 @@ using platform::ArcStroke;
 using platform::Canvas;
 using platform::Colour;
 using platform::Font;
+using platform::LayerKey;
 using platform::LineCap;
 using platform::Point;
 using platform::Shadow;

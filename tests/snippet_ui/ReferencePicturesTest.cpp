@@ -107,11 +107,12 @@ TEST_P(ReferencePicturesTest, EveryDrawingLooksAsItDid) {
     const double scale = GetParam();
     const bool write = std::getenv("VELMORANT_WRITE_REFERENCES") != nullptr;
     const std::unique_ptr<platform::Platform> platform = demoPlatform(scale);
-    SleepMetricsUI ui(*platform);
     for (const Picture& picture : kPictures) {
         // Drawn three times: directly, then with the layers that do not depend
-        // on the data drawn and kept, then from the kept layers.
+        // on the data drawn and kept, then from the kept layers; each time by a
+        // new object, as each card has its own, while the platform keeps the layers.
         for (int round = 0; round < 3; ++round) {
+            SleepMetricsUI ui(*platform);
             const platform::ImagePtr image = picture.draw(ui);
             ASSERT_TRUE(image) << picture.name;
             const std::filesystem::path path = kFolder / (std::string(picture.name) + "@" +

@@ -207,6 +207,17 @@ struct Canvas::Impl {
     }
     void clear() { clearAround({}); }
 
+    // The clip as one box of whole canvas pixels; none when it is any other shape.
+    std::optional<PixelBox> wholePixelClip() const {
+        RectangleListPtr list(cairo_copy_clip_rectangle_list(cr.get()));
+        if (list->status != CAIRO_STATUS_SUCCESS || list->num_rectangles != 1) return std::nullopt;
+        const cairo_rectangle_t& r = list->rectangles[0];
+        const PixelBox box = onCanvas(deviceBox(r.x, r.y, r.x + r.width, r.y + r.height));
+        auto whole = [](double v) { return std::abs(v - std::round(v)) < 1e-6; };
+        if (box.empty() || !whole(box.x0) || !whole(box.y0) || !whole(box.x1) || !whole(box.y1)) return std::nullopt;
+        return PixelBox{std::round(box.x0), std::round(box.y0), std::round(box.x1), std::round(box.y1)};
+    }
+
     bool drawable() const {
         return pixelWidth > 0 && cr && cairo_status(cr.get()) == CAIRO_STATUS_SUCCESS;
     }
@@ -638,7 +649,13 @@ void Canvas::drawLinearGradient(const std::vector<Colour>& colours, Point start,
         cairo_pattern_add_color_stop_rgba(pattern.get(), offset, c.r, c.g, c.b, c.a);
     }
     cairo_t* cr = impl_->cr.get();
-    impl_->clear();
+    // An opaque gradient over a clip of whole pixels replaces them all: on a
+    // canvas not cleared yet only the pixels around it need clearing.
+    std::optional<PixelBox> replaced;
+    if (std::all_of(colours.begin(), colours.end(), [](const Colour& c) { return c.rgba().a >= 1; }))
+        replaced = impl_->wholePixelClip();
+    if (replaced) impl_->clearAround(*replaced);
+    else impl_->clear();
     CairoSaved saved(cr);
     cairo_set_source(cr, pattern.get());
     cairo_paint(cr);

@@ -2,6 +2,7 @@
 
 #include "platform/core/Date.h"
 #include "platform/core/Diagnostics.h"
+#include "platform/graphics/LayerCache.h"
 #include "platform/store/PreferencesStore.h"
 #include "platform/text/StringTable.h"
 #include "platform/core/Value.h"
@@ -24,13 +25,16 @@ class FontSystem;
 inline constexpr std::string_view kAppGroupSuite = "group.brumelkai.Velmorant";
 
 // What costs the most to set up and is the same for every card drawn at one
-// scale: the font system and the drawn artwork. A program drawing many cards
+// scale: the font system, the drawn artwork and the pictures' kept layers
+// (keyed by all they are drawn from). A program drawing many cards
 // shares one among its platforms (on one thread at a time) and sets these up
 // once; a platform without one makes its own.
 struct SharedResources {
     std::unique_ptr<FontSystem> fonts;
     // Artwork by name and scale, kept for the life of the resources.
     std::map<std::string, ImagePtr, std::less<>> artwork;
+    // Enough layers for the pictures of every card.
+    LayerCache layers{16};
 };
 
 struct PlatformOptions {
@@ -90,6 +94,8 @@ public:
 
     // Text layout with the project's pinned fonts; made on first use.
     const FontSystem& fonts();
+    // The layers pictures keep, shared with the platforms sharing these resources.
+    LayerCache& layers() { return shared_->layers; }
 
     const std::filesystem::path& resourceDir() const { return resourceDir_; }
     const std::filesystem::path& preferencesDir() const { return preferencesDir_; }

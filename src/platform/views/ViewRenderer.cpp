@@ -42,6 +42,13 @@ Rect onPixelGrid(Rect r, double scale) {
     return {x0, y0, std::round(r.width * scale) / scale, std::round(r.height * scale) / scale};
 }
 
+// Whether every edge of `r` lies on a device pixel's edge, so that nothing drawn
+// inside it covers a pixel partly.
+bool onWholePixels(Rect r, double scale) {
+    auto whole = [&](double v) { return std::abs(v * scale - std::round(v * scale)) < 1e-6; };
+    return whole(r.x) && whole(r.y) && whole(r.x + r.width) && whole(r.y + r.height);
+}
+
 // The text as the phone shows it: its fonts carry no plain glyphs for the
 // pictographs beyond the basic plane (🛏), so those always appear in colour.
 // Ours do, so such a pictograph is asked for in its emoji presentation.
@@ -118,10 +125,17 @@ void ViewRenderer::drawBackground(Canvas& canvas, const View& view, Rect frame) 
     bool hasGradient = std::any_of(sublayers.begin(), sublayers.end(), [](const auto& l) { return l->colors().size() > 1; });
     bool hasColour = view.backgroundColor() && view.backgroundColor()->alpha() > 0;
     if (!hasColour && !hasGradient) return;
+    // An opaque gradient replaces every pixel of a square-cornered view on
+    // whole pixels: the colour under it would never be seen.
+    bool hidden = view.layer().cornerRadius() <= 0 && onWholePixels(frame, canvas.scale()) &&
+                  std::any_of(sublayers.begin(), sublayers.end(), [](const auto& l) {
+                      return l->colors().size() > 1 && std::all_of(l->colors().begin(), l->colors().end(),
+                                                                   [](const Colour& c) { return c.alpha() >= 1; });
+                  });
     canvas.addRoundedRect(frame, view.layer().cornerRadius());
     auto saved = canvas.saveGState();
     canvas.clipToPath();
-    if (hasColour) {
+    if (hasColour && !hidden) {
         canvas.addRoundedRect(frame, 0);
         canvas.setFillColour(*view.backgroundColor());
         canvas.fillPath();

@@ -84,6 +84,31 @@ TEST(Canvas, StartsTransparentAndFillsWithNonZeroWinding) {
     }
 }
 
+// A canvas's memory may hold an earlier canvas's pixels: an opaque gradient
+// replaces only the pixels its clip covers whole; the rest start transparent.
+TEST(Canvas, AnOpaqueGradientReplacesOnlyThePixelsItCoversWhole) {
+    const Rect clips[] = {{0, 0, 5, 10}, {0, 0, 5.5, 10}, {2, 2.5, 5, 5}};
+    for (const Rect& clip : clips) {
+        for (int earlier = 0; earlier < 3; ++earlier) {  // white pixels freed for the next canvas to take
+            Canvas white({10, 10}, 1, fonts());
+            white.setFillColour(Colour::whiteColor());
+            addRect(white, {0, 0, 10, 10}), white.fillPath();
+            white.makeImage();
+        }
+        Canvas canvas({10, 10}, 1, fonts());
+        addRect(canvas, clip), canvas.clipToPath();
+        canvas.drawLinearGradient({Colour::blackColor(), Colour::blackColor()}, {0, 0}, {0, 10});
+        ImagePtr image = canvas.makeImage();
+        for (int y = 0; y < 10; ++y)
+            for (int x = 0; x < 10; ++x) {
+                // The share of the pixel inside the clip.
+                const double across = std::clamp(std::min<double>(x + 1, clip.x + clip.width) - std::max<double>(x, clip.x), 0.0, 1.0);
+                const double down = std::clamp(std::min<double>(y + 1, clip.y + clip.height) - std::max<double>(y, clip.y), 0.0, 1.0);
+                EXPECT_NEAR(image->pixelAt({x + 0.5, y + 0.5}).a, across * down, 0.01) << x << "," << y;
+            }
+    }
+}
+
 TEST(Canvas, ArcsSweepThroughIncreasingAngles) {
     struct Case {
         const char* what;

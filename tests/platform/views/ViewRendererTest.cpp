@@ -146,33 +146,71 @@ TEST(ViewRenderer, FitsALongTextAStepSmallerThenCutsItWithAnEllipsis) {
     EXPECT_NEAR(rows / 3.0, 13, 1.5);
 }
 
+// The pixels whose colour differs between an opaque card written to `file` and `whole`; -1 when the sizes differ.
+int pixelsUnlike(const std::filesystem::path& file, const Image& whole) {
+    SurfacePtr read(cairo_image_surface_create_from_png(file.c_str()));
+    cairo_surface_t* drawn = cairoSurface(whole);
+    const int w = whole.pixelWidth(), h = whole.pixelHeight(), stride = cairo_image_surface_get_stride(drawn);
+    if (cairo_image_surface_get_width(read.get()) != w || cairo_image_surface_get_height(read.get()) != h ||
+        cairo_image_surface_get_stride(read.get()) != stride)
+        return -1;
+    EXPECT_EQ(cairo_image_surface_get_format(read.get()), CAIRO_FORMAT_RGB24) << "written opaque";
+    int differing = 0;  // the colour bytes of every pixel
+    for (int y = 0; y < h; ++y)
+        for (int x = 0; x < w; ++x) {
+            auto word = [&](cairo_surface_t* s) {
+                return reinterpret_cast<const std::uint32_t*>(cairo_image_surface_get_data(s) + y * stride)[x];
+            };
+            differing += ((word(read.get()) ^ word(drawn)) & 0xffffff) != 0;
+        }
+    return differing;
+}
+
+std::filesystem::path bandsFile() {
+    return std::filesystem::temp_directory_path() / ("velmorant-bands-" + std::to_string(::getpid()) + ".png");
+}
+
 TEST(ViewRenderer, TheCardWrittenBandByBandIsTheCardDrawnWhole) {
-    auto file = std::filesystem::temp_directory_path() / ("velmorant-bands-" + std::to_string(::getpid()) + ".png");
+    const auto file = bandsFile();
     std::string error;
     for (double width : {300.0, 391.5}) {
         Rendered r(width);  // tall enough for several bands, with views across their edges
         ASSERT_TRUE(writeCardPng(r.tree, {width, 180}, 3, fonts(), file, "said", &error)) << error;
-        SurfacePtr read(cairo_image_surface_create_from_png(file.c_str()));
-        cairo_surface_t* whole = cairoSurface(*r.card);
-        const int w = r.card->pixelWidth(), h = r.card->pixelHeight(), stride = cairo_image_surface_get_stride(whole);
-        ASSERT_EQ(cairo_image_surface_get_width(read.get()), w);
-        ASSERT_EQ(cairo_image_surface_get_height(read.get()), h);
-        ASSERT_EQ(cairo_image_surface_get_stride(read.get()), stride);
-        EXPECT_EQ(cairo_image_surface_get_format(read.get()), CAIRO_FORMAT_RGB24) << "written opaque";
-        int differing = 0;  // the colour bytes of every pixel
-        for (int y = 0; y < h; ++y)
-            for (int x = 0; x < w; ++x) {
-                auto word = [&](cairo_surface_t* s) {
-                    return reinterpret_cast<const std::uint32_t*>(cairo_image_surface_get_data(s) + y * stride)[x];
-                };
-                differing += ((word(read.get()) ^ word(whole)) & 0xffffff) != 0;
-            }
-        EXPECT_EQ(differing, 0) << width;
+        EXPECT_EQ(pixelsUnlike(file, *r.card), 0) << width;
     }
     std::filesystem::remove(file);
     EXPECT_FALSE(writeCardPng(ViewTree::parseInterface(kCard), {0, 180}, 3, fonts(), file, "", &error));
     EXPECT_FALSE(error.empty());
     EXPECT_FALSE(std::filesystem::exists(file));
+}
+
+// An opaque gradient over the whole card replaces every pixel where the card
+// ends on a whole pixel, so neither the colour under it nor what the band's
+// memory held before shows; where the card ends within a pixel, its colour does.
+TEST(ViewRenderer, AnOpaqueGradientHidesTheColourUnderItOnlyOnWholePixels) {
+    const auto file = bandsFile();
+    std::string error;
+    struct Row { double width; bool colourShows; };
+    for (const Row row : {Row{300, false}, Row{391.5, true}}) {
+        SCOPED_TRACE(row.width);
+        ImagePtr cards[2];
+        const Colour colours[2] = {Colour::systemRedColor(), Colour::systemGreenColor()};
+        for (int i = 0; i < 2; ++i) {
+            ViewTree tree = ViewTree::parseInterface(kCard);
+            auto gradient = std::make_shared<Layer>("gradient");
+            gradient->setColors({Colour::colorWithHue(0.5, 0.8, 0.4, 1), Colour::colorWithHue(0.5, 0.8, 0.1, 1)});
+            tree.view("card")->layer().addSublayer(gradient);
+            tree.view("card")->setBackgroundColor(colours[i]);
+            cards[i] = renderCard(tree, {row.width, 180}, 3, fonts());
+            ASSERT_TRUE(writeCardPng(tree, {row.width, 180}, 3, fonts(), file, "", &error)) << error;
+            EXPECT_EQ(pixelsUnlike(file, *cards[i]), 0) << "bands unlike the whole card";
+        }
+        const int lastColumn = cards[0]->pixelWidth() - 1;
+        const Point edge{(lastColumn + 0.5) / 3, 1};
+        EXPECT_EQ(cards[0]->pixelAt(edge) != cards[1]->pixelAt(edge), row.colourShows);
+        EXPECT_EQ(cards[0]->pixelAt({1, 1}), cards[1]->pixelAt({1, 1}));
+    }
+    std::filesystem::remove(file);
 }
 
 TEST(ViewRenderer, AnImageViewShowsItsOwnArtworkUntilAnImageIsSet) {

@@ -26,6 +26,7 @@ using CairoPtr = std::unique_ptr<cairo_t, CRelease<cairo_destroy>>;
 using SurfacePtr = std::unique_ptr<cairo_surface_t, CRelease<cairo_surface_destroy>>;
 using PatternPtr = std::unique_ptr<cairo_pattern_t, CRelease<cairo_pattern_destroy>>;
 using PathPtr = std::unique_ptr<cairo_path_t, CRelease<cairo_path_destroy>>;
+using RectangleListPtr = std::unique_ptr<cairo_rectangle_list_t, CRelease<cairo_rectangle_list_destroy>>;
 using FontOptionsPtr = std::unique_ptr<cairo_font_options_t, CRelease<cairo_font_options_destroy>>;
 using FontDescriptionPtr = std::unique_ptr<PangoFontDescription, CRelease<pango_font_description_free>>;
 using FontMetricsPtr = std::unique_ptr<PangoFontMetrics, CRelease<pango_font_metrics_unref>>;

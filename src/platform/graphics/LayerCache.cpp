@@ -1,9 +1,21 @@
-#include "snippet_ui/LayerCache.h"
+#include "platform/graphics/LayerCache.h"
+
+#include "platform/graphics/Image.h"
 
 #include <algorithm>
+#include <cmath>
 #include <cstring>
 
-namespace velmorant::snippet_ui {
+namespace velmorant::platform {
+namespace {
+
+// The bytes a layer of the canvas's size and scale takes.
+std::size_t layerBytes(const Canvas& canvas) {
+    const double pixels = std::ceil(canvas.size().width * canvas.scale()) * std::ceil(canvas.size().height * canvas.scale());
+    return static_cast<std::size_t>(4 * pixels);
+}
+
+}  // namespace
 
 LayerKey& LayerKey::add(double number) {
     char bytes[sizeof number];
@@ -12,7 +24,7 @@ LayerKey& LayerKey::add(double number) {
     return *this;
 }
 
-LayerKey& LayerKey::add(const platform::Colour& colour) {
+LayerKey& LayerKey::add(const Colour& colour) {
     const platform::Rgba rgba = colour.rgba();
     return add(rgba.r).add(rgba.g).add(rgba.b).add(rgba.a);
 }
@@ -23,8 +35,13 @@ LayerKey& LayerKey::add(std::string_view text) {
     return *this;
 }
 
-void LayerCache::draw(platform::Canvas& canvas, const LayerKey& key, const platform::FontSystem& fonts,
-                      const std::function<void(platform::Canvas&)>& steps) {
+void LayerCache::draw(Canvas& canvas, const LayerKey& key, const FontSystem& fonts,
+                      const std::function<void(Canvas&)>& steps) {
+    const Rect earlier = canvas.drawnBounds();
+    if (earlier.width > 0 && earlier.height > 0) {
+        steps(canvas);
+        return;
+    }
     LayerKey sized = key;
     sized.add(canvas.size().width).add(canvas.size().height).add(canvas.scale());
     auto found = std::find_if(kept_.begin(), kept_.end(), [&](const Layer& layer) { return layer.key == sized; });
@@ -36,7 +53,8 @@ void LayerCache::draw(platform::Canvas& canvas, const LayerKey& key, const platf
     // A layer is kept from the second time it is asked for: a picture drawn
     // only once (one card, one gallery entry) pays neither time nor memory for it.
     auto seen = std::find(seen_.begin(), seen_.end(), sized);
-    if (seen == seen_.end() || maxLayers_ == 0) {
+    const std::size_t bytes = layerBytes(canvas);
+    if (seen == seen_.end() || maxLayers_ == 0 || bytes > maxBytes_) {
         if (seen == seen_.end()) {
             if (seen_.size() >= kSeenKeys) seen_.pop_back();
             seen_.push_front(std::move(sized));
@@ -45,18 +63,22 @@ void LayerCache::draw(platform::Canvas& canvas, const LayerKey& key, const platf
         return;
     }
     seen_.erase(seen);
-    platform::Canvas fresh(canvas.size(), canvas.scale(), fonts);
+    Canvas fresh(canvas.size(), canvas.scale(), fonts);
     steps(fresh);
-    const platform::Rect drawn = fresh.drawnBounds();
-    platform::ImagePtr image = fresh.makeImage();
+    const Rect drawn = fresh.drawnBounds();
+    ImagePtr image = fresh.makeImage();
     // Without memory for a layer the steps are drawn where they belong.
     if (!image) {
         steps(canvas);
         return;
     }
-    if (kept_.size() >= maxLayers_) kept_.pop_back();
-    kept_.push_front({std::move(sized), std::move(image), drawn});
+    while (!kept_.empty() && (kept_.size() >= maxLayers_ || keptBytes_ + bytes > maxBytes_)) {
+        keptBytes_ -= kept_.back().bytes;
+        kept_.pop_back();
+    }
+    keptBytes_ += bytes;
+    kept_.push_front({std::move(sized), std::move(image), drawn, bytes});
     canvas.drawLayer(*kept_.front().image, drawn);
 }
 
-}  // namespace velmorant::snippet_ui
+}  // namespace velmorant::platform

@@ -1,6 +1,7 @@
 // Layers are kept from the second time they are asked for, per key, size and
-// scale, and no more of them than the cache holds.
-#include "snippet_ui/LayerCache.h"
+// scale, and no more of them, nor bytes, than the cache holds; only a canvas
+// nothing has been drawn on yet takes one.
+#include "platform/graphics/LayerCache.h"
 
 #include "platform/graphics/FontSystem.h"
 #include "platform/graphics/Image.h"
@@ -10,8 +11,8 @@
 #include <filesystem>
 
 namespace velmorant {
-using snippet_ui::LayerCache;
-using snippet_ui::LayerKey;
+using platform::LayerCache;
+using platform::LayerKey;
 
 namespace {
 
@@ -27,8 +28,9 @@ const platform::FontSystem& fonts() {
 class LayerCacheTest : public ::testing::Test {
 protected:
     // Draws the layer under `key` on a fresh canvas; true when its steps ran.
-    bool drawsSteps(const LayerKey& key, platform::Size size = {50, 50}, double scale = 2) {
+    bool drawsSteps(const LayerKey& key, platform::Size size = {50, 50}, double scale = 2, bool drawnOn = false) {
         Canvas canvas(size, scale, fonts());
+        if (drawnOn) canvas.addRoundedRect({0, 0, 5, 5}, 0), canvas.fillPath();
         bool ran = false;
         cache.draw(canvas, key, fonts(), [&](Canvas& layer) {
             ran = true;
@@ -54,6 +56,16 @@ TEST_F(LayerCacheTest, KeptFromTheSecondAskAndPaintedEveryTime) {
     EXPECT_TRUE(painted);
 }
 
+// Laid over earlier drawing a layer would round unlike its steps drawn there.
+TEST_F(LayerCacheTest, OverEarlierDrawingTheStepsAreDrawnInPlace) {
+    const LayerKey key = LayerKey().add(1);
+    for (int ask = 0; ask < 3; ++ask) EXPECT_TRUE(drawsSteps(key, {50, 50}, 2, true)) << ask;
+    for (int ask = 0; ask < 2; ++ask) drawsSteps(key);
+    EXPECT_TRUE(drawsSteps(key, {50, 50}, 2, true)) << "kept, yet not used";
+    EXPECT_TRUE(painted);
+    EXPECT_FALSE(drawsSteps(key));
+}
+
 TEST_F(LayerCacheTest, KeySizeAndScaleEachTellLayersApart) {
     const LayerKey key = LayerKey().add(1).add("name");
     for (int ask = 0; ask < 2; ++ask) drawsSteps(key);
@@ -75,6 +87,22 @@ TEST_F(LayerCacheTest, HoldsNoMoreLayersThanAskedTheLeastRecentlyUsedGoes) {
     EXPECT_FALSE(drawsSteps(a));
     EXPECT_FALSE(drawsSteps(c));
     EXPECT_TRUE(drawsSteps(b)) << "b went to make room for c";
+}
+
+TEST_F(LayerCacheTest, HoldsNoMoreBytesThanAskedALayerTooLargeIsNeverKept) {
+    // A 50-point layer at scale 2 takes 40,000 bytes.
+    struct Row { std::size_t bytes; bool aKept, bKept; const char* what; };
+    const Row rows[] = {{39'999, false, false, "neither fits"},
+                        {40'000, false, true, "one fits: a goes for b"},
+                        {80'000, true, true, "both fit"}};
+    const LayerKey a = LayerKey().add(1), b = LayerKey().add(2);
+    for (const Row& row : rows) {
+        cache = LayerCache(8, row.bytes);
+        for (const LayerKey* key : {&a, &a, &b, &b}) drawsSteps(*key);
+        EXPECT_EQ(!drawsSteps(b), row.bKept) << row.what;
+        EXPECT_TRUE(painted) << row.what;
+        EXPECT_EQ(!drawsSteps(a), row.aKept) << row.what;
+    }
 }
 
 }  // namespace
