@@ -8,6 +8,7 @@
 
 #include <cstdlib>
 #include <filesystem>
+#include <stdexcept>
 
 using namespace velmorant;
 
@@ -27,7 +28,8 @@ struct DemoFile {
         platform::Platform p(options);
         auto stores = demo::makeDemoStores(p);
         platform::FilePreferencesStore store(file, quiet);
-        store.modify([&](platform::Dictionary& d) { d = stores.shared; });
+        if (!store.modify([&](platform::Dictionary& d) { d = stores.shared; }))
+            throw std::runtime_error("cannot write the benchmark's store in " + dir.string());
     }
     ~DemoFile() { std::filesystem::remove_all(dir); }
 };

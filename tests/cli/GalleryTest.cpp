@@ -73,8 +73,9 @@ TEST(Gallery, EveryPictureIsThereAtItsSizeWithItsWordsEveryLinkResolvesAndMirror
             json view = readJson(section + "/" + name + ".json");
             EXPECT_EQ(view["accessibility"], unescape((*it)[5]));
             EXPECT_EQ(view["size"]["height"], height);
-            if (section == "snippets" && name != "UnknownIntent")  // the demo shows data the empty store does not
+            if (section == "snippets" && name != "UnknownIntent") {  // the demo shows data the empty store does not
                 EXPECT_NE(view["accessibility"], readJson("empty/" + name + ".json")["accessibility"]);
+            }
         }
         Png png = readPng(gallery / file);
         EXPECT_EQ(png.width, width * 3u);
@@ -118,7 +119,9 @@ TEST(GalleryFolder, OnlyAMissingEmptyOrEarlierGalleryIsReplaced) {
         fs::path dir = c.before == Before::Missing ? tmp.path() / "a" / "b" / "gallery" : tmp.path() / "gallery";
         if (c.before == Before::Empty || c.before == Before::OtherFiles || c.before == Before::ForeignMarker)
             fs::create_directory(dir);
-        if (c.before == Before::EarlierGallery) ASSERT_EQ(run({"gallery", dir.string(), "--scale", "1"}).status, 0);
+        if (c.before == Before::EarlierGallery) {
+            ASSERT_EQ(run({"gallery", dir.string(), "--scale", "1"}).status, 0);
+        }
         if (c.before == Before::EarlierGallery || c.before == Before::OtherFiles)
             std::ofstream(dir / "stale.txt") << "left from before";
         if (c.before == Before::ForeignMarker) std::ofstream(dir / std::string(cli::kGalleryMarker)) << "other\n";

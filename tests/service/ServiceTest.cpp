@@ -488,7 +488,9 @@ TEST(Service, StopFinishesRendersUnderWayAndRefusesNewOnes) {
         std::this_thread::sleep_for(std::chrono::milliseconds(5));
     }
     auto late = running.client().Get("/v1/snippets/SleepSpO2Intent.png");
-    if (late) EXPECT_EQ(late->status, 503);
+    if (late) {
+        EXPECT_EQ(late->status, 503);
+    }
     httplib::Result finished = inFlight.get();
     stopper.join();
     ASSERT_TRUE(finished);

@@ -232,7 +232,9 @@ TEST_F(GaugesTest, ValueTextCentredAboveTheHub) {
         }
         EXPECT_EQ(inked > 0, drawn);
         EXPECT_EQ(outside, 0);
-        if (drawn) EXPECT_NEAR(left + right, 280, 3);
+        if (drawn) {
+            EXPECT_NEAR(left + right, 280, 3);
+        }
     }
 }
 

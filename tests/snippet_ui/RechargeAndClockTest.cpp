@@ -84,8 +84,9 @@ TEST_F(RechargeTest, HourMarksFollowTheGoal) {
                     EXPECT_TRUE(pixelIs(*image, at(turns[i]), even, 0.005)) << row.hours.value_or(0) << " hours";
             }
             // The two shades lie close together: tell them apart finely.
-            if (!row.marks)
+            if (!row.marks) {
                 for (Rgba shade : {marked, unmarked}) EXPECT_FALSE(pixelIs(*image, at(turns[0]), shade, 0.01));
+            }
         }
     }
 }

@@ -87,7 +87,9 @@ TEST_F(RequestsTest, EachRecordHasItsKeysAndImageSideForTheWidgetFlags) {
             GroupMetrics metrics(*platform_);
             if (GroupMetrics::Record source = c.source && !widget ? c.source(metrics) : std::nullopt)
                 for (const auto& [key, value] : *record)
-                    if (const Value* original = source->objectForKey(key)) EXPECT_EQ(value, *original) << key;
+                    if (const Value* original = source->objectForKey(key)) {
+                        EXPECT_EQ(value, *original) << key;
+                    }
         }
     }
     EXPECT_EQ(text(*ui->requestReadiness(), "starsLabel"), text(*GroupMetrics(*platform_).requestReadiness(), "rating"));

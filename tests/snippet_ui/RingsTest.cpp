@@ -47,7 +47,9 @@ TEST_F(RingsTest, EachRingEndsAtItsFractionOnItsTrack) {
         const Point centre{c, c};
         struct Ring { const char* name; double radius; float fraction; };
         const Ring rings[] = {{"sleep", c - 19, 0.8f}, {"quality", c - 41, 0.6f}, {"deep", c - 63, 0.45f}, {"bpm", c - 85, 0.3f}};
-        if (side == 280) EXPECT_EQ(rings[0].radius, 121) << "radii at 280 are 121, 99, 77, 55";
+        if (side == 280) {
+            EXPECT_EQ(rings[0].radius, 121) << "radii at 280 are 121, 99, 77, 55";
+        }
         for (const Ring& ring : rings) {
             const Rgba colour = side == 260 ? kWhite : rgb(palette.colourForBatteryChargePercent(ring.fraction));
             // 8 points back along the ring and 6 outwards: under the head, clear of the glyph.
