@@ -2,6 +2,7 @@
 
 #include "platform/core/Date.h"
 #include "platform/core/Diagnostics.h"
+#include "platform/services/DrawingResources.h"
 #include "platform/store/PreferencesStore.h"
 #include "platform/text/StringTable.h"
 #include "platform/core/Value.h"
@@ -22,16 +23,6 @@ class FontSystem;
 
 // The app group shared by the main app, its widgets and this extension.
 inline constexpr std::string_view kAppGroupSuite = "group.brumelkai.Velmorant";
-
-// What costs the most to set up and is the same for every card drawn at one
-// scale: the font system and the drawn artwork. A program drawing many cards
-// shares one among its platforms (on one thread at a time) and sets these up
-// once; a platform without one makes its own.
-struct SharedResources {
-    std::unique_ptr<FontSystem> fonts;
-    // Artwork by name and scale, kept for the life of the resources.
-    std::map<std::string, ImagePtr, std::less<>> artwork;
-};
 
 struct PlatformOptions {
     // The current instant; none follows the system clock.
@@ -90,10 +81,12 @@ public:
 
     // Text layout with the project's pinned fonts; made on first use.
     const FontSystem& fonts();
+    // The fonts and artwork, for pictures drawn on demand.
+    const std::shared_ptr<DrawingResources>& drawingResources() const { return drawing_; }
 
     const std::filesystem::path& resourceDir() const { return resourceDir_; }
     const std::filesystem::path& preferencesDir() const { return preferencesDir_; }
-    Diagnostics& diagnostics() { return diagnostics_; }
+    Diagnostics& diagnostics() { return *diagnostics_; }
 
 private:
     std::shared_ptr<PreferencesStore> openStore(const std::string& fileStem);
@@ -106,13 +99,10 @@ private:
     double scale_;
     std::filesystem::path preferencesDir_;
     std::filesystem::path resourceDir_;
-    Diagnostics diagnostics_;
+    std::shared_ptr<Diagnostics> diagnostics_;
     StringTable strings_;
     std::map<std::string, std::shared_ptr<PreferencesStore>, std::less<>> stores_;
-    std::map<std::string, std::weak_ptr<const Image>, std::less<>> images_;
-    // Artwork is kept for good only in resources shared on purpose.
-    bool keepsArtwork_;
-    std::shared_ptr<SharedResources> shared_;
+    std::shared_ptr<DrawingResources> drawing_;
 };
 
 }  // namespace velmorant::platform
