@@ -41,10 +41,9 @@ TextPlacement valueTextPlacement(bool widgetMode) {
     return widgetMode ? TextPlacement{26, -4.3} : TextPlacement{24, -5.1};
 }
 
-GaugeFrame::GaugeFrame(float side, bool widgetMode, platform::Platform& platform, LayerCache& layers)
-    : platform_(platform),
-      layers_(layers),
-      canvas_({side, side}, platform.screenScale(), platform.fonts()),
+GaugeFrame::GaugeFrame(float side, bool widgetMode, PictureTools& tools)
+    : tools_(tools),
+      canvas_({side, side}, tools.resources.scale(), tools.resources.fonts()),
       target_(&canvas_),
       widgetMode_(widgetMode),
       c_(side * 0.5f),
@@ -62,7 +61,7 @@ void GaugeFrame::keep(const std::function<void()>& steps) {
     steps();
     key_ = nullptr;
     const std::optional<Shadow> after = shadow_;
-    layers_.draw(canvas_, key, platform_.fonts(), [&](platform::Canvas& layer) {
+    tools_.layers.draw(canvas_, key, tools_.resources.fonts(), [&](platform::Canvas& layer) {
         shadow_ = before;
         target_ = &layer;
         steps();
@@ -133,7 +132,7 @@ void GaugeFrame::drawIcon(std::string_view name, float offset, float drop, float
         return;
     }
     target_->setShadow(shadow_);
-    target_->drawImage(platform_.imageNamed(name), {c_ - offset * k_, c_ + drop * k_, side * k_, side * k_});
+    target_->drawImage(tools_.resources.imageNamed(name), {c_ - offset * k_, c_ + drop * k_, side * k_, side * k_});
 }
 
 void GaugeFrame::drawText(std::string_view text, TextPlacement placement, const Colour& colour) {

@@ -1,11 +1,11 @@
 #pragma once
 
+#include "snippet_ui/DrawLater.h"
 #include "snippet_ui/LayerCache.h"
 
 #include "platform/graphics/Canvas.h"
 #include "platform/core/Colour.h"
 #include "platform/core/Geometry.h"
-#include "platform/services/Platform.h"
 #include "platform/core/Value.h"
 
 #include <array>
@@ -77,7 +77,7 @@ TextPlacement valueTextPlacement(bool widgetMode);
 // and overlays, each one drawing call.
 class GaugeFrame {
 public:
-    GaugeFrame(float side, bool widgetMode, platform::Platform& platform, LayerCache& layers);
+    GaugeFrame(float side, bool widgetMode, PictureTools& tools);
 
     // Runs steps that do not depend on the reading (the dial, the hub, an
     // icon) once per size, scale and their arguments, and afterwards draws
@@ -119,8 +119,7 @@ private:
     // While `keep` works out its key, steps add their arguments to it instead of drawing.
     bool describing(std::initializer_list<double> numbers, std::initializer_list<platform::Colour> colours = {});
 
-    platform::Platform& platform_;
-    LayerCache& layers_;
+    PictureTools& tools_;
     platform::Canvas canvas_;
     platform::Canvas* target_;  // the canvas, or the layer being drawn for `keep`
     LayerKey* key_ = nullptr;   // set while `keep` describes its steps

@@ -10,6 +10,7 @@
 #include "platform/services/Platform.h"
 #include "platform/store/PreferencesStore.h"
 #include "platform/core/Value.h"
+#include "snippet_ui/DrawLater.h"
 #include "snippet_ui/LayerCache.h"
 
 #include <cstdint>
@@ -67,8 +68,8 @@ public:
     platform::ImagePtr drawSleepRingsWithSize(float size, float sleepPercent, float qualityPercent, float deepPercent,
                                               float bpmPercent, float rating, bool forStages);
     // The offset of the shadow a ring's head casts at fraction `percent`.
-    platform::Size getShadowForPercent(float percent) const;
-    double radians(double degrees) const;
+    static platform::Size getShadowForPercent(float percent);
+    static double radians(double degrees);
 
     // Recharge rings and bed clock.
     platform::ImagePtr drawTheRechargeWithSize(float size, float sleepPercent, float bankPercent);
@@ -138,8 +139,12 @@ private:
                               float goal, const platform::Colour& colour);
     platform::ImagePtr drawBedClock(float size, const std::optional<platform::Date>& bedtime,
                                     const std::optional<platform::Date>& waketime, platform::Date now);
+    // The bed clock's colours: dial track and rim, tick and number texts, hub.
+    struct ClockColours {
+        platform::Colour track, rim, text, subtleText, verySubtleText, hub;
+    };
     // The bed clock's hour ticks, hour numbers and hub.
-    void drawClockHours(platform::Canvas& layer, float c) const;
+    static void drawClockHours(platform::Canvas& layer, float c, const ClockColours& colours);
 
     // Ring and clock geometry: the angle of a fraction of a turn (0 straight up),
     // a point at a radius and angle from the centre (c, c), and a text centred on a point.
@@ -153,8 +158,9 @@ private:
     std::unique_ptr<format::FormatTools> formatTools_;
     std::unique_ptr<palette::Pallet> pallet_;
     std::unique_ptr<metrics::GroupMetrics> groupMetrics_;
-    // What the pictures draw the same every time, kept per size and scale.
-    LayerCache layers_;
+    // What the pictures draw the same every time, kept per size and scale;
+    // shared with the pictures not drawn yet.
+    std::shared_ptr<LayerCache> layers_ = std::make_shared<LayerCache>();
 };
 
 }  // namespace velmorant::snippet_ui

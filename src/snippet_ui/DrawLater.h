@@ -1,0 +1,27 @@
+#pragma once
+
+#include "snippet_ui/LayerCache.h"
+
+#include "platform/services/Platform.h"
+#include "platform/core/Value.h"
+
+#include <functional>
+#include <memory>
+
+namespace velmorant::snippet_ui {
+
+// What a picture drawn on demand draws with: the platform's fonts and artwork,
+// and the layers kept by the object that asked for the picture.
+struct PictureTools {
+    platform::DrawingResources& resources;
+    LayerCache& layers;
+};
+
+// A square picture `side` points wide at the platform's scale whose pixels
+// `draw` draws when they are first read, one such drawing at a time per
+// platform. `draw` holds copies of all it shows, so the picture is the one
+// asked for even when the stores, the clock or the theme change afterwards.
+platform::ImagePtr drawLater(platform::Platform& platform, std::shared_ptr<LayerCache> layers, float side,
+                             std::function<platform::ImagePtr(PictureTools&)> draw);
+
+}  // namespace velmorant::snippet_ui
