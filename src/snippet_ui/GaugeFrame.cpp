@@ -167,4 +167,19 @@ void GaugeFrame::strokeArc(double radius, double startAngle, double endAngle, do
     target_->strokeArc(centre(), radius, startAngle, endAngle, {width, cap, colour, shadow_});
 }
 
+platform::ImagePtr drawStarDial(const StarDial& dial, PictureTools& tools) {
+    GaugeFrame gauge(dial.side, dial.widgetMode, tools);
+    // The dial, the hub and the icon are the same for every reading.
+    gauge.keep([&] {
+        gauge.drawDisc(dial.disc);
+        gauge.drawTrack(dial.disc);
+        gauge.drawScaleBands(kStarBands, dial.bands);
+        gauge.drawHub(dial.hub);
+        if (!dial.icon.empty()) gauge.drawIcon(dial.icon, dial.iconPlace[0], dial.iconPlace[1], dial.iconPlace[2]);
+    });
+    if (dial.label) gauge.drawText(*dial.label, dial.placement, dial.tint);
+    gauge.drawNeedle(dial.needle);
+    return gauge.finish();
+}
+
 }  // namespace velmorant::snippet_ui::gauge

@@ -72,6 +72,24 @@ struct TextPlacement {
 // The placement most dials use: larger in a widget, where the dial is smaller.
 TextPlacement valueTextPlacement(bool widgetMode);
 
+// A star-rated dial as shown (readiness, bedtime consistency, wrist
+// temperature), every input a copy: disc, track, star bands and hub, an icon
+// below the hub, the label and the needle.
+struct StarDial {
+    float side;
+    bool widgetMode;
+    platform::Colour disc;
+    platform::Colour hub;
+    platform::Colour tint;
+    std::array<platform::Colour, 9> bands;
+    // No icon when empty; its place as `GaugeFrame::drawIcon` takes it.
+    std::string icon;
+    std::array<float, 3> iconPlace{23, 25, 46};
+    std::optional<std::string> label;
+    TextPlacement placement;
+    double needle;
+};
+
 // One dial picture being drawn: its canvas, the geometry derived from the
 // side, and the frame's steps (disc, track, scale, hub, icon, text, needle)
 // and overlays, each one drawing call.
@@ -131,5 +149,8 @@ private:
     float k_;           // the icon's scale
     float rangeWidth_;  // the 24-hour band's width
 };
+
+// Draws `dial`; the parts that do not depend on the reading from kept layers.
+platform::ImagePtr drawStarDial(const StarDial& dial, PictureTools& tools);
 
 }  // namespace velmorant::snippet_ui::gauge

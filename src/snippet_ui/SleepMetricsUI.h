@@ -21,6 +21,9 @@
 #include <string_view>
 
 namespace velmorant::snippet_ui {
+namespace gauge {
+struct StarDial;
+}
 
 // Turns the metric records of `GroupMetrics` into what snippets and widgets
 // show: display labels, colour codes, and the gauge and ring pictures drawn in
@@ -122,6 +125,8 @@ private:
     Record scoreRecord(const metrics::GroupMetrics::Record& source, std::int64_t legend);
     // Widget-facing operations say which widget is asking before their request.
     void setWidgetFlags(bool accessory);
+    // A star-rated dial of `size` in this object's mode and colours, for the caller to complete.
+    gauge::StarDial starDial(float size);
     // The record's picture, or the "WidgetWait" placeholder.
     platform::ImagePtr imageOrWait(const Record& record);
 

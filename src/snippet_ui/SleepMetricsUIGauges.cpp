@@ -135,54 +135,42 @@ platform::ImagePtr SleepMetricsUI::drawRespRateGaugeWithSize(float size, const D
     });
 }
 
+gauge::StarDial SleepMetricsUI::starDial(float size) {
+    return {.side = size,
+            .widgetMode = widgetMode,
+            .disc = gaugeBkg(),
+            .hub = needleBkg(),
+            .tint = pallet().tintColour(),
+            .placement = gauge::valueTextPlacement(widgetMode)};
+}
+
 platform::ImagePtr SleepMetricsUI::drawConsistencyGaugeWithSize(float size, const Dictionary& dict) {
     Pallet& colours = pallet();
-    const float stars = consistencyStars(number(dict, keys::kBedTrend) / 60);
     auto ready = [&](float ratio) { return colours.colourForReadyScore(ratio); };
     auto charge = [&](float percent) { return colours.colourForBatteryChargePercent(percent); };
-    const std::array<Colour, 9> bands = gauge::starBandColours(
-        ready(0), ready(0), {ready(0.6f), charge(0.9f), charge(1.0f), charge(0.9f), ready(0.6f), ready(0)});
-    const std::optional<std::string> label = optionalText(dict, keys::kStarsLabel);
-
-    return drawLater(platform_, layers_, size, [=, widget = widgetMode, disc = gaugeBkg(), hub = needleBkg(),
-                                                tint = colours.tintColour()](PictureTools& tools) {
-        GaugeFrame gauge(size, widget, tools);
-        gauge.keep([&] {
-            gauge.drawDisc(disc);
-            gauge.drawTrack(disc);
-            gauge.drawScaleBands(gauge::kStarBands, bands);
-            gauge.drawHub(hub);
-            gauge.drawIcon("InBedIcon");
-        });
-        if (label) gauge.drawText(*label, {widget ? 28.0f : 24.0f, -5.1}, tint);
-        gauge.drawNeedle(gauge::starFraction(stars));
-        return gauge.finish();
-    });
+    gauge::StarDial dial = starDial(size);
+    dial.bands = gauge::starBandColours(ready(0), ready(0), {ready(0.6f), charge(0.9f), charge(1.0f), charge(0.9f),
+                                                             ready(0.6f), ready(0)});
+    dial.icon = "InBedIcon";
+    dial.label = optionalText(dict, keys::kStarsLabel);
+    dial.placement = {widgetMode ? 28.0f : 24.0f, -5.1};
+    dial.needle = gauge::starFraction(consistencyStars(number(dict, keys::kBedTrend) / 60));
+    return drawLater(platform_, layers_, size,
+                     [dial](PictureTools& tools) { return gauge::drawStarDial(dial, tools); });
 }
 
 platform::ImagePtr SleepMetricsUI::drawWristTempGaugeWithSize(float size, const Dictionary& dict) {
     Pallet& colours = pallet();
-    const float score = number(dict, keys::kWristTempScore);
     // Both round ends keep the lowest score's colour, also the one past 7.
     auto wrist = [&](float rating) { return colours.colourForWristTempScore(rating); };
-    const std::array<Colour, 9> bands = gauge::starBandColours(
-        wrist(0.5f), wrist(0.5f), {wrist(1.5f), wrist(2.5f), wrist(3.5f), wrist(4.5f), wrist(5.5f), wrist(6.5f)});
-    const std::optional<std::string> label = optionalText(dict, keys::kWristTempDifLabel);
-
-    return drawLater(platform_, layers_, size, [=, widget = widgetMode, disc = gaugeBkg(), hub = needleBkg(),
-                                                tint = colours.tintColour()](PictureTools& tools) {
-        GaugeFrame gauge(size, widget, tools);
-        gauge.keep([&] {
-            gauge.drawDisc(disc);
-            gauge.drawTrack(disc);
-            gauge.drawScaleBands(gauge::kStarBands, bands);
-            gauge.drawHub(hub);
-            gauge.drawIcon("WristTempIcon");
-        });
-        if (label) gauge.drawText(*label, gauge::valueTextPlacement(widget), tint);
-        gauge.drawNeedle(gauge::starFraction(score));
-        return gauge.finish();
-    });
+    gauge::StarDial dial = starDial(size);
+    dial.bands = gauge::starBandColours(wrist(0.5f), wrist(0.5f), {wrist(1.5f), wrist(2.5f), wrist(3.5f), wrist(4.5f),
+                                                                   wrist(5.5f), wrist(6.5f)});
+    dial.icon = "WristTempIcon";
+    dial.label = optionalText(dict, keys::kWristTempDifLabel);
+    dial.needle = gauge::starFraction(number(dict, keys::kWristTempScore));
+    return drawLater(platform_, layers_, size,
+                     [dial](PictureTools& tools) { return gauge::drawStarDial(dial, tools); });
 }
 
 }  // namespace velmorant::snippet_ui
