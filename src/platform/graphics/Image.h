@@ -44,6 +44,8 @@ public:
 
     // Whether the pixels exist yet: false only for a picture drawn on demand not yet asked for its pixels.
     bool isDrawn() const;
+    // Draws such a picture now, so that its drawing can be timed apart from what reads it.
+    void drawNow() const { impl(); }
     // How many pictures drawn on demand this process has drawn so far.
     static std::uint64_t drawingsOnDemand();
 
