@@ -43,8 +43,8 @@ public:
     // An image resource by name; none when there is no such artwork. Drawn
     // once and shared while anyone holds it, then let go with its pixels.
     ImagePtr imageNamed(std::string_view name);
-    // Held while a picture is drawn on demand.
-    std::mutex& drawing() { return drawing_; }
+    // Held while a picture is drawn on demand; a drawing may read another such picture.
+    std::recursive_mutex& drawing() { return drawing_; }
 
 private:
     std::shared_ptr<SharedResources> shared_;
@@ -53,7 +53,7 @@ private:
     double scale_;
     std::shared_ptr<Diagnostics> diagnostics_;
     std::map<std::string, std::weak_ptr<const Image>, std::less<>> images_;
-    std::mutex drawing_;
+    std::recursive_mutex drawing_;
 };
 
 }  // namespace velmorant::platform
