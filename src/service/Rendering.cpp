@@ -8,6 +8,7 @@
 #include "intents/Intents.h"
 #include "platform/graphics/DrawingTime.h"
 #include "platform/graphics/FontSystem.h"
+#include "platform/graphics/Image.h"
 #include "platform/graphics/PngWriter.h"
 #include "platform/views/ViewRenderer.h"
 
@@ -62,6 +63,12 @@ private:
     Clock::time_point last_ = Clock::now();
     double drawingAtLast_ = platform::drawingSecondsOnThisThread();
 };
+
+// Pictures are drawn when first read: read here, they count as drawing rather than as the card or its encoding.
+void drawPictures(const platform::ViewTree& views) {
+    for (const auto& view : views.views())
+        if (platform::ImagePtr image = views.isShown(*view) ? views.shownImage(*view) : nullptr) image->drawNow();
+}
 
 const cli::WidgetEntry* findWidget(std::string_view name) {
     for (const auto& entry : cli::kWidgets)
@@ -141,6 +148,7 @@ RenderOutput render(const RenderTask& task, WorkerTools& tools, Metrics& metrics
     if (task.product == Product::WidgetPng) {
         SleepMetricsUI ui(*platform);
         platform::ImagePtr image = (ui.*findWidget(task.name)->draw)();
+        if (image) image->drawNow();
         timer.markRecordsAndDrawing();
         if (!image) throw BadRequest(task.name + " draws no picture from this store (it has no data for it)");
         RenderOutput output{"image/png", pngBytes(*image, "")};
@@ -151,6 +159,7 @@ RenderOutput render(const RenderTask& task, WorkerTools& tools, Metrics& metrics
     cli::SnippetOptions snippet{.width = task.options.width};
     snippet.draw = [&](const platform::ViewTree& views, const cli::SnippetCard& filled) {
                                                  if (task.product != Product::CardPng) return;
+                                                 drawPictures(views);
                                                  timer.markRecordsAndDrawing();
                                                  platform::ImagePtr picture = platform::renderCard(
                                                      views, filled.size, platform->screenScale(), platform->fonts());

@@ -41,10 +41,9 @@ TextPlacement valueTextPlacement(bool widgetMode) {
     return widgetMode ? TextPlacement{26, -4.3} : TextPlacement{24, -5.1};
 }
 
-GaugeFrame::GaugeFrame(float side, bool widgetMode, platform::Platform& platform, platform::LayerCache& layers)
-    : platform_(platform),
-      layers_(layers),
-      canvas_({side, side}, platform.screenScale(), platform.fonts()),
+GaugeFrame::GaugeFrame(float side, bool widgetMode, PictureTools& tools)
+    : tools_(tools),
+      canvas_({side, side}, tools.resources.scale(), tools.resources.fonts()),
       target_(&canvas_),
       widgetMode_(widgetMode),
       c_(side * 0.5f),
@@ -62,7 +61,7 @@ void GaugeFrame::keep(const std::function<void()>& steps) {
     steps();
     key_ = nullptr;
     const std::optional<Shadow> after = shadow_;
-    layers_.draw(canvas_, key, platform_.fonts(), [&](platform::Canvas& layer) {
+    tools_.layers.draw(canvas_, key, tools_.resources.fonts(), [&](platform::Canvas& layer) {
         shadow_ = before;
         target_ = &layer;
         steps();
@@ -133,7 +132,7 @@ void GaugeFrame::drawIcon(std::string_view name, float offset, float drop, float
         return;
     }
     target_->setShadow(shadow_);
-    target_->drawImage(platform_.imageNamed(name), {c_ - offset * k_, c_ + drop * k_, side * k_, side * k_});
+    target_->drawImage(tools_.resources.imageNamed(name), {c_ - offset * k_, c_ + drop * k_, side * k_, side * k_});
 }
 
 void GaugeFrame::drawText(std::string_view text, TextPlacement placement, const Colour& colour) {
@@ -166,6 +165,21 @@ void GaugeFrame::strokeArc(double radius, double startAngle, double endAngle, do
     // A value that is not a number has no place on the dial; its arc is left out.
     if (!std::isfinite(startAngle) || !std::isfinite(endAngle)) return;
     target_->strokeArc(centre(), radius, startAngle, endAngle, {width, cap, colour, shadow_});
+}
+
+platform::ImagePtr drawStarDial(const StarDial& dial, PictureTools& tools) {
+    GaugeFrame gauge(dial.side, dial.widgetMode, tools);
+    // The dial, the hub and the icon are the same for every reading.
+    gauge.keep([&] {
+        gauge.drawDisc(dial.disc);
+        gauge.drawTrack(dial.disc);
+        gauge.drawScaleBands(kStarBands, dial.bands);
+        gauge.drawHub(dial.hub);
+        if (!dial.icon.empty()) gauge.drawIcon(dial.icon, dial.iconPlace[0], dial.iconPlace[1], dial.iconPlace[2]);
+    });
+    if (dial.label) gauge.drawText(*dial.label, dial.placement, dial.tint);
+    gauge.drawNeedle(dial.needle);
+    return gauge.finish();
 }
 
 }  // namespace velmorant::snippet_ui::gauge

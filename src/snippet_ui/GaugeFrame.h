@@ -1,11 +1,11 @@
 #pragma once
 
+#include "snippet_ui/DrawLater.h"
 #include "platform/graphics/LayerCache.h"
 
 #include "platform/graphics/Canvas.h"
 #include "platform/core/Colour.h"
 #include "platform/core/Geometry.h"
-#include "platform/services/Platform.h"
 #include "platform/core/Value.h"
 
 #include <array>
@@ -72,12 +72,30 @@ struct TextPlacement {
 // The placement most dials use: larger in a widget, where the dial is smaller.
 TextPlacement valueTextPlacement(bool widgetMode);
 
+// A star-rated dial as shown (readiness, bedtime consistency, wrist
+// temperature), every input a copy: disc, track, star bands and hub, an icon
+// below the hub, the label and the needle.
+struct StarDial {
+    float side;
+    bool widgetMode;
+    platform::Colour disc;
+    platform::Colour hub;
+    platform::Colour tint;
+    std::array<platform::Colour, 9> bands;
+    // No icon when empty; its place as `GaugeFrame::drawIcon` takes it.
+    std::string icon;
+    std::array<float, 3> iconPlace{23, 25, 46};
+    std::optional<std::string> label;
+    TextPlacement placement;
+    double needle;
+};
+
 // One dial picture being drawn: its canvas, the geometry derived from the
 // side, and the frame's steps (disc, track, scale, hub, icon, text, needle)
 // and overlays, each one drawing call.
 class GaugeFrame {
 public:
-    GaugeFrame(float side, bool widgetMode, platform::Platform& platform, platform::LayerCache& layers);
+    GaugeFrame(float side, bool widgetMode, PictureTools& tools);
 
     // Runs steps that do not depend on the reading (the dial, the hub, an
     // icon) once per size, scale and their arguments, and afterwards draws
@@ -119,11 +137,10 @@ private:
     // While `keep` works out its key, steps add their arguments to it instead of drawing.
     bool describing(std::initializer_list<double> numbers, std::initializer_list<platform::Colour> colours = {});
 
-    platform::Platform& platform_;
-    platform::LayerCache& layers_;
+    PictureTools& tools_;
     platform::Canvas canvas_;
     platform::Canvas* target_;  // the canvas, or the layer being drawn for `keep`
-    platform::LayerKey* key_ = nullptr;   // set while `keep` describes its steps
+    platform::LayerKey* key_ = nullptr;  // set while `keep` describes its steps
     // The shadow under what is drawn: none until the hub sets its own.
     std::optional<platform::Shadow> shadow_;
     bool widgetMode_;
@@ -132,5 +149,8 @@ private:
     float k_;           // the icon's scale
     float rangeWidth_;  // the 24-hour band's width
 };
+
+// Draws `dial`; the parts that do not depend on the reading from kept layers.
+platform::ImagePtr drawStarDial(const StarDial& dial, PictureTools& tools);
 
 }  // namespace velmorant::snippet_ui::gauge

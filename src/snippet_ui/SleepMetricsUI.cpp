@@ -12,7 +12,7 @@ namespace keys = metrics::keys;
 
 using platform::Colour;
 
-SleepMetricsUI::SleepMetricsUI(platform::Platform& platform) : platform_(platform), layers_(platform.layers()) {}
+SleepMetricsUI::SleepMetricsUI(platform::Platform& platform) : platform_(platform) {}
 
 SleepMetricsUI::~SleepMetricsUI() = default;
 

@@ -10,7 +10,7 @@
 #include "platform/services/Platform.h"
 #include "platform/store/PreferencesStore.h"
 #include "platform/core/Value.h"
-#include "platform/graphics/LayerCache.h"
+#include "snippet_ui/DrawLater.h"
 
 #include <cstdint>
 #include <initializer_list>
@@ -20,6 +20,9 @@
 #include <string_view>
 
 namespace velmorant::snippet_ui {
+namespace gauge {
+struct StarDial;
+}
 
 // Turns the metric records of `GroupMetrics` into what snippets and widgets
 // show: display labels, colour codes, and the gauge and ring pictures drawn in
@@ -67,8 +70,8 @@ public:
     platform::ImagePtr drawSleepRingsWithSize(float size, float sleepPercent, float qualityPercent, float deepPercent,
                                               float bpmPercent, float rating, bool forStages);
     // The offset of the shadow a ring's head casts at fraction `percent`.
-    platform::Size getShadowForPercent(float percent) const;
-    double radians(double degrees) const;
+    static platform::Size getShadowForPercent(float percent);
+    static double radians(double degrees);
 
     // Recharge rings and bed clock.
     platform::ImagePtr drawTheRechargeWithSize(float size, float sleepPercent, float bankPercent);
@@ -121,6 +124,8 @@ private:
     Record scoreRecord(const metrics::GroupMetrics::Record& source, std::int64_t legend);
     // Widget-facing operations say which widget is asking before their request.
     void setWidgetFlags(bool accessory);
+    // A star-rated dial of `size` in this object's mode and colours, for the caller to complete.
+    gauge::StarDial starDial(float size);
     // The record's picture, or the "WidgetWait" placeholder.
     platform::ImagePtr imageOrWait(const Record& record);
 
@@ -138,8 +143,12 @@ private:
                               float goal, const platform::Colour& colour);
     platform::ImagePtr drawBedClock(float size, const std::optional<platform::Date>& bedtime,
                                     const std::optional<platform::Date>& waketime, platform::Date now);
+    // The bed clock's colours: dial track and rim, tick and number texts, hub.
+    struct ClockColours {
+        platform::Colour track, rim, text, subtleText, verySubtleText, hub;
+    };
     // The bed clock's hour ticks, hour numbers and hub.
-    void drawClockHours(platform::Canvas& layer, float c) const;
+    static void drawClockHours(platform::Canvas& layer, float c, const ClockColours& colours);
 
     // Ring and clock geometry: the angle of a fraction of a turn (0 straight up),
     // a point at a radius and angle from the centre (c, c), and a text centred on a point.
@@ -153,9 +162,6 @@ private:
     std::unique_ptr<format::FormatTools> formatTools_;
     std::unique_ptr<palette::Pallet> pallet_;
     std::unique_ptr<metrics::GroupMetrics> groupMetrics_;
-    // What the pictures draw the same every time, kept per size and scale
-    // for every object drawing on the same resources.
-    platform::LayerCache& layers_;
 };
 
 }  // namespace velmorant::snippet_ui

@@ -40,7 +40,7 @@ platform::ImagePtr SleepMetricsUI::drawBedClock(float size, const std::optional<
     const Point centre{c, c};
 
     // Midnight straight up, turning clockwise once a day.
-    auto clock = [&](long hour, long minute) {
+    auto clock = [](long hour, long minute) {
         const float h = static_cast<float>(hour);
         const float m = static_cast<float>(minute);
         return static_cast<float>(radians(((m / 60 + h) / 24 - 0.25) * 360));
@@ -48,67 +48,69 @@ platform::ImagePtr SleepMetricsUI::drawBedClock(float size, const std::optional<
     auto clockOf = [&](platform::Date date) {
         return clock(formatTools().currentHour(date), formatTools().currentMin(date));
     };
+    const float nowAngle = clock(formatTools().currentHour(now), formatTools().currentMin(now));
+    const bool span = bedtime && waketime;
+    const float bedAngle = span ? clockOf(*bedtime) : 0;
+    const float wakeAngle = span ? clockOf(*waketime) : 0;
+    const Colour wedge = palette.lightRatingColour(80).colorWithAlphaComponent(1);
+    const Colour planned = palette.lightRatingColour(110);
+    const Colour bedHand = palette.lightRatingColour(40).colorWithAlphaComponent(1);
+    const ClockColours colours{ringBkg(), gaugeBkg(), textColour(), subtleTextColour(), verySubtleTextColour(),
+                               needleBkg()};
 
-    const long nh = formatTools().currentHour(now);
-    const long nm = formatTools().currentMin(now);
+    return drawLater(platform_, size, [=, widget = widgetMode](PictureTools& tools) {
+        Canvas canvas({S, S}, tools.resources.scale(), tools.resources.fonts());
 
-    Canvas canvas({S, S}, platform_.screenScale(), platform_.fonts());
+        // Face (a line this wide round a tiny circle fills the dial), track and rim.
+        const LayerKey face = LayerKey().add(kFaceLayer).add(colours.track).add(colours.rim);
+        tools.layers.draw(canvas, face, tools.resources.fonts(), [&](Canvas& layer) {
+            layer.strokeArc(centre, 2, -kPi / 2, 2 * kPi, {S - 5, LineCap::Round, Colour::blackColor()});
+            layer.strokeArc(centre, c - 12, -kPi / 2, 2 * kPi, {16, LineCap::Round, colours.track});
+            layer.strokeArc(centre, c - 1, -kPi / 2, 2 * kPi, {1, LineCap::Round, colours.rim});
+        });
 
-    // Face (a line this wide round a tiny circle fills the dial), track and rim.
-    layers_.draw(canvas, LayerKey().add(kFaceLayer).add(ringBkg()).add(gaugeBkg()), platform_.fonts(),
-                 [&](Canvas& layer) {
-                     layer.strokeArc(centre, 2, -kPi / 2, 2 * kPi, {S - 5, LineCap::Round, Colour::blackColor()});
-                     layer.strokeArc(centre, c - 12, -kPi / 2, 2 * kPi, {16, LineCap::Round, ringBkg()});
-                     layer.strokeArc(centre, c - 1, -kPi / 2, 2 * kPi, {1, LineCap::Round, gaugeBkg()});
-                 });
+        if (span) {
+            // Wedge from now round to bedtime, and the planned sleep span on the track.
+            canvas.strokeArc(centre, widget ? 20 : 40, nowAngle, bedAngle,
+                             {widget ? 40.0 : 70.0, LineCap::Butt, wedge});
+            canvas.strokeArc(centre, (c - 12) + 1, bedAngle, wakeAngle, {12, LineCap::Round, planned});
+        }
 
-    float bedAngle = 0;
-    if (bedtime && waketime) {
-        bedAngle = clockOf(*bedtime);
-        const float wakeAngle = clockOf(*waketime);
-        const float nowAngle = clock(nh, nm);
+        // Ticks, numbers and hub, the same every day.
+        const LayerKey dial = LayerKey()
+                                  .add(kDialLayer)
+                                  .add(colours.text)
+                                  .add(colours.subtleText)
+                                  .add(colours.verySubtleText)
+                                  .add(colours.hub);
+        tools.layers.draw(canvas, dial, tools.resources.fonts(),
+                          [&](Canvas& layer) { drawClockHours(layer, c, colours); });
 
-        // Wedge from now round to bedtime, and the planned sleep span on the track.
-        canvas.strokeArc(
-            centre, widgetMode ? 20 : 40, nowAngle, bedAngle,
-            {widgetMode ? 40.0 : 70.0, LineCap::Butt, palette.lightRatingColour(80).colorWithAlphaComponent(1)});
-        canvas.strokeArc(centre, (c - 12) + 1, bedAngle, wakeAngle,
-                         {12, LineCap::Round, palette.lightRatingColour(110)});
-    }
+        canvas.setLineCap(LineCap::Round);
+        canvas.setShadowWithColour({0, 0}, 5, Colour::blackColor());
 
-    // Ticks, numbers and hub, the same every day.
-    const LayerKey dial = LayerKey()
-                              .add(kDialLayer)
-                              .add(textColour())
-                              .add(subtleTextColour())
-                              .add(verySubtleTextColour())
-                              .add(needleBkg());
-    layers_.draw(canvas, dial, platform_.fonts(), [&](Canvas& layer) { drawClockHours(layer, c); });
+        // A bedtime from midnight to six lies at an angle of 0 or less and has no hand.
+        if (bedAngle > 0) {
+            canvas.setLineWidth(2);
+            canvas.setStrokeColour(bedHand);
+            canvas.moveTo(centre);
+            canvas.addLineTo(pointAt(c, (c - 36) - 55, bedAngle));
+            canvas.strokePath();
+        }
 
-    canvas.setLineCap(LineCap::Round);
-    canvas.setShadowWithColour({0, 0}, 5, Colour::blackColor());
-
-    // A bedtime from midnight to six lies at an angle of 0 or less and has no hand.
-    if (bedAngle > 0) {
-        canvas.setLineWidth(2);
-        canvas.setStrokeColour(palette.lightRatingColour(40).colorWithAlphaComponent(1));
+        // Current-time hand.
+        canvas.setShadowWithColour({0, 0}, 15, Colour::blackColor());
+        canvas.setLineWidth(6);
+        canvas.setStrokeColour(Colour::whiteColor().colorWithAlphaComponent(1));
         canvas.moveTo(centre);
-        canvas.addLineTo(pointAt(c, (c - 36) - 55, bedAngle));
+        canvas.addLineTo(pointAt(c, (c - 36) - 30, nowAngle));
         canvas.strokePath();
-    }
 
-    // Current-time hand.
-    canvas.setShadowWithColour({0, 0}, 15, Colour::blackColor());
-    canvas.setLineWidth(6);
-    canvas.setStrokeColour(Colour::whiteColor().colorWithAlphaComponent(1));
-    canvas.moveTo(centre);
-    canvas.addLineTo(pointAt(c, (c - 36) - 30, clock(nh, nm)));
-    canvas.strokePath();
-
-    return canvas.makeImage();
+        return canvas.makeImage();
+    });
 }
 
-void SleepMetricsUI::drawClockHours(Canvas& layer, float c) const {
+void SleepMetricsUI::drawClockHours(Canvas& layer, float c, const ClockColours& colours) {
     const Point centre{c, c};
     // Hour ticks, with a finer tick on each half hour.
     layer.setLineCap(LineCap::Round);
@@ -117,7 +119,7 @@ void SleepMetricsUI::drawClockHours(Canvas& layer, float c) const {
         const bool even = hour % 2 == 0;
         const float angle = static_cast<float>(theta);
         layer.setLineWidth(even ? 4 : 2);
-        layer.setStrokeColour(even ? textColour() : subtleTextColour());
+        layer.setStrokeColour(even ? colours.text : colours.subtleText);
         layer.moveTo(pointAt(c, c - 26, angle));
         layer.addLineTo(pointAt(c, c - 22, angle));
         layer.strokePath();
@@ -125,7 +127,7 @@ void SleepMetricsUI::drawClockHours(Canvas& layer, float c) const {
 
         const float halfAngle = static_cast<float>(theta);
         layer.setLineWidth(1);
-        layer.setStrokeColour(verySubtleTextColour());
+        layer.setStrokeColour(colours.verySubtleText);
         layer.moveTo(pointAt(c, c - 25, halfAngle));
         layer.addLineTo(pointAt(c, c - 22, halfAngle));
         layer.strokePath();
@@ -137,15 +139,15 @@ void SleepMetricsUI::drawClockHours(Canvas& layer, float c) const {
     for (int hour = 0; hour < 24; ++hour) {
         const bool quarter = hour % 6 == 0;
         const Text attributes =
-            quarter ? Text{Font::systemFontOfSize(12, FontWeight::Heavy), textColour()}
-                    : Text{Font::boldSystemFontOfSize(10), verySubtleTextColour()};
+            quarter ? Text{Font::systemFontOfSize(12, FontWeight::Heavy), colours.text}
+                    : Text{Font::boldSystemFontOfSize(10), colours.verySubtleText};
         drawTextCentredAt(layer, std::to_string(hour), pointAt(c, c - 36, theta), attributes);
         theta += radians(15);
     }
 
     // Hub.
     layer.setShadow({0, 0}, 2);
-    layer.setFillColour(needleBkg());
+    layer.setFillColour(colours.hub);
     layer.addArc(centre, 8, 0, 2 * kPi);
     layer.addLineTo(centre);
     layer.closePath();

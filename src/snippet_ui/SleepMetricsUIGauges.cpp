@@ -6,7 +6,10 @@
 
 #include "platform/text/StringFormat.h"
 
+#include <array>
 #include <cmath>
+#include <optional>
+#include <string>
 
 namespace velmorant::snippet_ui {
 using palette::Pallet;
@@ -25,9 +28,11 @@ float number(const Dictionary& dict, std::string_view key) {
 }
 
 // A record text; none when absent or not a text.
-const std::string* text(const Dictionary& dict, std::string_view key) {
+std::optional<std::string> optionalText(const Dictionary& dict, std::string_view key) {
     const platform::Value* value = dict.objectForKey(key);
-    return value ? value->string() : nullptr;
+    const std::string* text = value ? value->string() : nullptr;
+    if (!text) return std::nullopt;
+    return *text;
 }
 
 // The blood-oxygen dial runs from 80 to 100 %.
@@ -58,108 +63,114 @@ platform::ImagePtr SleepMetricsUI::drawSpO2GaugeWithSize(float size, const Dicti
     Pallet& colours = pallet();
     const float average = number(dict, keys::kAverageSpO2);
     const float average7 = spO2Fraction(number(dict, keys::kAverageSpO27));
-
-    GaugeFrame gauge(size, widgetMode, platform_, layers_);
-    // The dial, the hub and the icon are the same for every night.
-    gauge.keep([&] {
-        gauge.drawDisc(gaugeBkg());
-        gauge.drawTrack(gaugeBkg());
-        gauge.drawScaleBands(gauge::kSpO2Bands, {colours.colourForReadyScore(0), colours.colourForSpO2Reading(100),
-                                                 Colour::blackColor(), colours.colourForSpO2Reading(85),
-                                                 colours.colourForSpO2Reading(90), colours.colourForSpO2Reading(95)});
-    });
-    gauge.drawRangeBand(spO2Fraction(number(dict, keys::kMinSpO2)), spO2Fraction(number(dict, keys::kMaxSpO2)));
-    gauge.drawSevenDayRange(spO2Fraction(number(dict, keys::kMinSpO27)), spO2Fraction(number(dict, keys::kMaxSpO27)));
-    gauge.drawSevenDayMarker(static_cast<float>(average7 - 0.005), static_cast<float>(average7 + 0.005));
-    gauge.keep([&] {
-        gauge.drawHub(needleBkg());
-        gauge.drawIcon("SpO2Icon");
-    });
-    gauge.drawText(platform::localizedStringWithFormat(platform_.localeId(), "%.1f%%", {average}),
-                   gauge::valueTextPlacement(widgetMode), colours.tintColour());
+    const std::array<Colour, 6> bands{colours.colourForReadyScore(0), colours.colourForSpO2Reading(100),
+                                      Colour::blackColor(),           colours.colourForSpO2Reading(85),
+                                      colours.colourForSpO2Reading(90), colours.colourForSpO2Reading(95)};
+    const float lowest = spO2Fraction(number(dict, keys::kMinSpO2));
+    const float highest = spO2Fraction(number(dict, keys::kMaxSpO2));
+    const float lowest7 = spO2Fraction(number(dict, keys::kMinSpO27));
+    const float highest7 = spO2Fraction(number(dict, keys::kMaxSpO27));
+    const std::string text = platform::localizedStringWithFormat(platform_.localeId(), "%.1f%%", {average});
     double needle = (static_cast<double>(average) - 80) / 20;
     if (needle <= 0.01) needle = kLeastAverage;
-    gauge.drawNeedle(needle);
-    return gauge.finish();
+
+    return drawLater(platform_, size, [=, widget = widgetMode, disc = gaugeBkg(), hub = needleBkg(),
+                                                tint = colours.tintColour()](PictureTools& tools) {
+        GaugeFrame gauge(size, widget, tools);
+        // The dial, the hub and the icon are the same for every night.
+        gauge.keep([&] {
+            gauge.drawDisc(disc);
+            gauge.drawTrack(disc);
+            gauge.drawScaleBands(gauge::kSpO2Bands, bands);
+        });
+        gauge.drawRangeBand(lowest, highest);
+        gauge.drawSevenDayRange(lowest7, highest7);
+        gauge.drawSevenDayMarker(static_cast<float>(average7 - 0.005), static_cast<float>(average7 + 0.005));
+        gauge.keep([&] {
+            gauge.drawHub(hub);
+            gauge.drawIcon("SpO2Icon");
+        });
+        gauge.drawText(text, gauge::valueTextPlacement(widget), tint);
+        gauge.drawNeedle(needle);
+        return gauge.finish();
+    });
 }
 
 platform::ImagePtr SleepMetricsUI::drawRespRateGaugeWithSize(float size, const Dictionary& dict) {
     Pallet& colours = pallet();
     auto fractionOf = [&](float breaths) { return gauge::starFraction(colours.starsValueForRespRate(breaths)); };
     const float average = orWhenNone(number(dict, keys::kAverageRespRate), kLeastAverage);
-    const float averageStars = colours.starsValueForRespRate(average);
-
-    GaugeFrame gauge(size, widgetMode, platform_, layers_);
     auto ready = [&](float ratio) { return colours.colourForReadyScore(ratio); };
-    gauge.keep([&] {
-        gauge.drawDisc(gaugeBkg());
-        gauge.drawTrack(gaugeBkg());
-        gauge.drawScaleBands(gauge::kStarBands, gauge::starBandColours(ready(0), ready(0),
-                                                                       {ready(0.6f), ready(1.0f), ready(1.1f),
-                                                                        ready(1.0f), ready(0.6f), ready(0)}));
-        gauge.drawHub(needleBkg());
-    });
-    const float lowest = orWhenNone(number(dict, keys::kMinRespRate), average);
-    const float highest = orWhenNone(number(dict, keys::kMaxRespRate), average);
-    gauge.drawRangeBand(fractionOf(lowest), fractionOf(highest));
+    const std::array<Colour, 9> bands = gauge::starBandColours(
+        ready(0), ready(0), {ready(0.6f), ready(1.0f), ready(1.1f), ready(1.0f), ready(0.6f), ready(0)});
+    const float lowest = fractionOf(orWhenNone(number(dict, keys::kMinRespRate), average));
+    const float highest = fractionOf(orWhenNone(number(dict, keys::kMaxRespRate), average));
     // A seven-day average outside any plausible breathing rate is left off the dial.
     const float average7 = number(dict, keys::kAverageRespRate7);
-    if (average7 > 1 && average7 < 40) {
-        const float lowest7 = orWhenNone(number(dict, keys::kMinRespRate7), average7);
-        const float highest7 = number(dict, keys::kMaxRespRate7);
-        gauge.drawSevenDayRange(fractionOf(lowest7), fractionOf(highest7));
-        const float fraction7 = fractionOf(average7);
-        gauge.drawSevenDayMarker(fraction7 - 0.005, fraction7 + 0.005);
-    }
-    gauge.keep([&] { gauge.drawIcon("RespIcon"); });
-    gauge.drawText(platform::localizedStringWithFormat(platform_.localeId(), "%.1f", {average}),
-                   gauge::valueTextPlacement(widgetMode), colours.tintColour());
-    gauge.drawNeedle(gauge::starFraction(averageStars));
-    return gauge.finish();
+    const bool sevenDays = average7 > 1 && average7 < 40;
+    const float lowest7 = fractionOf(orWhenNone(number(dict, keys::kMinRespRate7), average7));
+    const float highest7 = fractionOf(number(dict, keys::kMaxRespRate7));
+    const float fraction7 = fractionOf(average7);
+    const std::string text = platform::localizedStringWithFormat(platform_.localeId(), "%.1f", {average});
+    const float needle = gauge::starFraction(colours.starsValueForRespRate(average));
+
+    return drawLater(platform_, size, [=, widget = widgetMode, disc = gaugeBkg(), hub = needleBkg(),
+                                                tint = colours.tintColour()](PictureTools& tools) {
+        GaugeFrame gauge(size, widget, tools);
+        gauge.keep([&] {
+            gauge.drawDisc(disc);
+            gauge.drawTrack(disc);
+            gauge.drawScaleBands(gauge::kStarBands, bands);
+            gauge.drawHub(hub);
+        });
+        gauge.drawRangeBand(lowest, highest);
+        if (sevenDays) {
+            gauge.drawSevenDayRange(lowest7, highest7);
+            gauge.drawSevenDayMarker(fraction7 - 0.005, fraction7 + 0.005);
+        }
+        gauge.keep([&] { gauge.drawIcon("RespIcon"); });
+        gauge.drawText(text, gauge::valueTextPlacement(widget), tint);
+        gauge.drawNeedle(needle);
+        return gauge.finish();
+    });
+}
+
+gauge::StarDial SleepMetricsUI::starDial(float size) {
+    return {.side = size,
+            .widgetMode = widgetMode,
+            .disc = gaugeBkg(),
+            .hub = needleBkg(),
+            .tint = pallet().tintColour(),
+            .placement = gauge::valueTextPlacement(widgetMode)};
 }
 
 platform::ImagePtr SleepMetricsUI::drawConsistencyGaugeWithSize(float size, const Dictionary& dict) {
     Pallet& colours = pallet();
-    const float stars = consistencyStars(number(dict, keys::kBedTrend) / 60);
-
-    GaugeFrame gauge(size, widgetMode, platform_, layers_);
     auto ready = [&](float ratio) { return colours.colourForReadyScore(ratio); };
     auto charge = [&](float percent) { return colours.colourForBatteryChargePercent(percent); };
-    gauge.keep([&] {
-        gauge.drawDisc(gaugeBkg());
-        gauge.drawTrack(gaugeBkg());
-        gauge.drawScaleBands(gauge::kStarBands, gauge::starBandColours(ready(0), ready(0),
-                                                                       {ready(0.6f), charge(0.9f), charge(1.0f),
-                                                                        charge(0.9f), ready(0.6f), ready(0)}));
-        gauge.drawHub(needleBkg());
-        gauge.drawIcon("InBedIcon");
-    });
-    if (const std::string* label = text(dict, keys::kStarsLabel))
-        gauge.drawText(*label, {widgetMode ? 28.0f : 24.0f, -5.1}, colours.tintColour());
-    gauge.drawNeedle(gauge::starFraction(stars));
-    return gauge.finish();
+    gauge::StarDial dial = starDial(size);
+    dial.bands = gauge::starBandColours(ready(0), ready(0), {ready(0.6f), charge(0.9f), charge(1.0f), charge(0.9f),
+                                                             ready(0.6f), ready(0)});
+    dial.icon = "InBedIcon";
+    dial.label = optionalText(dict, keys::kStarsLabel);
+    dial.placement = {widgetMode ? 28.0f : 24.0f, -5.1};
+    dial.needle = gauge::starFraction(consistencyStars(number(dict, keys::kBedTrend) / 60));
+    return drawLater(platform_, size,
+                     [dial](PictureTools& tools) { return gauge::drawStarDial(dial, tools); });
 }
 
 platform::ImagePtr SleepMetricsUI::drawWristTempGaugeWithSize(float size, const Dictionary& dict) {
     Pallet& colours = pallet();
-    const float score = number(dict, keys::kWristTempScore);
-
-    GaugeFrame gauge(size, widgetMode, platform_, layers_);
     // Both round ends keep the lowest score's colour, also the one past 7.
     auto wrist = [&](float rating) { return colours.colourForWristTempScore(rating); };
-    gauge.keep([&] {
-        gauge.drawDisc(gaugeBkg());
-        gauge.drawTrack(gaugeBkg());
-        gauge.drawScaleBands(gauge::kStarBands, gauge::starBandColours(wrist(0.5f), wrist(0.5f),
-                                                                       {wrist(1.5f), wrist(2.5f), wrist(3.5f),
-                                                                        wrist(4.5f), wrist(5.5f), wrist(6.5f)}));
-        gauge.drawHub(needleBkg());
-        gauge.drawIcon("WristTempIcon");
-    });
-    if (const std::string* label = text(dict, keys::kWristTempDifLabel))
-        gauge.drawText(*label, gauge::valueTextPlacement(widgetMode), colours.tintColour());
-    gauge.drawNeedle(gauge::starFraction(score));
-    return gauge.finish();
+    gauge::StarDial dial = starDial(size);
+    dial.bands = gauge::starBandColours(wrist(0.5f), wrist(0.5f), {wrist(1.5f), wrist(2.5f), wrist(3.5f), wrist(4.5f),
+                                                                   wrist(5.5f), wrist(6.5f)});
+    dial.icon = "WristTempIcon";
+    dial.label = optionalText(dict, keys::kWristTempDifLabel);
+    dial.needle = gauge::starFraction(number(dict, keys::kWristTempScore));
+    return drawLater(platform_, size,
+                     [dial](PictureTools& tools) { return gauge::drawStarDial(dial, tools); });
 }
 
 }  // namespace velmorant::snippet_ui

@@ -2,10 +2,11 @@
 #include "snippet_ui/GaugeFrame.h"
 #include "snippet_ui/SleepMetricsUI.h"
 
+#include <array>
+
 namespace velmorant::snippet_ui {
 using palette::Pallet;
 
-using gauge::GaugeFrame;
 
 platform::ImagePtr SleepMetricsUI::drawReadiRingsWithSize(float size, float value) {
     return drawReadiRingsWithSize(size, value, std::nullopt, 0);
@@ -18,25 +19,20 @@ platform::ImagePtr SleepMetricsUI::drawReadiRingsWithSize(float size, float valu
     // No reading still shows the needle just off the scale's start.
     const float shown = value <= 0.01 ? 0.01f : value;
     const float fraction = gauge::starFraction(colours.starsValueForReadyPercent(shown));
-
-    GaugeFrame gauge(size, widgetMode, platform_, layers_);
     auto ready = [&](float ratio) { return colours.colourForReadyScore(ratio); };
-    // The dial, the hub and the icon are the same for every reading.
-    gauge.keep([&] {
-        gauge.drawDisc(gaugeBkg());
-        gauge.drawTrack(gaugeBkg());
-        gauge.drawScaleBands(gauge::kStarBands, gauge::starBandColours(ready(0), ready(1.6f),
-                                                                       {ready(0.6f), ready(0.75f), ready(0.9f),
-                                                                        ready(1.1f), ready(1.3f), ready(1.6f)}));
-        gauge.drawHub(needleBkg());
-        if (legend == 1)
-            gauge.drawIcon("FuelIcon", 18, 28, 40);
-        else if (legend > 1)
-            gauge.drawIcon("Readiperson");
-    });
-    if (label) gauge.drawText(*label, gauge::valueTextPlacement(widgetMode), colours.tintColour());
-    gauge.drawNeedle(fraction);
-    return gauge.finish();
+    gauge::StarDial dial = starDial(size);
+    dial.bands = gauge::starBandColours(ready(0), ready(1.6f), {ready(0.6f), ready(0.75f), ready(0.9f), ready(1.1f),
+                                                                ready(1.3f), ready(1.6f)});
+    dial.label = label;
+    dial.needle = fraction;
+    if (legend == 1) {
+        dial.icon = "FuelIcon";
+        dial.iconPlace = {18, 28, 40};
+    } else if (legend > 1) {
+        dial.icon = "Readiperson";
+    }
+    return drawLater(platform_, size,
+                     [dial](PictureTools& tools) { return gauge::drawStarDial(dial, tools); });
 }
 
 }  // namespace velmorant::snippet_ui

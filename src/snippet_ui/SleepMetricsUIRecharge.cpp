@@ -69,36 +69,41 @@ platform::ImagePtr SleepMetricsUI::drawRechargeRings(Pallet& palette, float size
     // A missing or implausibly small goal means eight hours.
     const float goal = goalHours < 4 ? 8 : goalHours;
 
-    // 3. to 6. Backdrop, tracks and hour marks: the same for every night at
-    // one goal, so drawn once per size and kept.
-    Canvas canvas({S, S}, platform_.screenScale(), platform_.fonts());
-    const LayerKey key = LayerKey().add(kLayerId).add(goal).add(backdrop).add(outerTrack).add(innerTrack).add(mark);
-    layers_.draw(canvas, key, platform_.fonts(), [&](Canvas& layer) {
-        if (backdrop) layer.drawImage(platform_.imageNamed("RechargeBkg.png"), {0, 0, S, S});
-        layer.strokeArc(centre, ro, -kPi / 2, 2 * kPi, {w, LineCap::Round, outerTrack, Shadow::soft(2)});
-        drawHourMarks(layer, centre, ro, w, goal, mark);
-        layer.strokeArc(centre, ri, -kPi / 2, 2 * kPi, {w, LineCap::Round, innerTrack, Shadow::soft(2)});
+    return drawLater(platform_, size, [=](PictureTools& tools) {
+        // 3. to 6. Backdrop, tracks and hour marks: the same for every night at
+        // one goal, so drawn once per size and kept.
+        Canvas canvas({S, S}, tools.resources.scale(), tools.resources.fonts());
+        const LayerKey key =
+            LayerKey().add(kLayerId).add(goal).add(backdrop).add(outerTrack).add(innerTrack).add(mark);
+        tools.layers.draw(canvas, key, tools.resources.fonts(), [&](Canvas& layer) {
+            if (backdrop) layer.drawImage(tools.resources.imageNamed("RechargeBkg.png"), {0, 0, S, S});
+            layer.strokeArc(centre, ro, -kPi / 2, 2 * kPi, {w, LineCap::Round, outerTrack, Shadow::soft(2)});
+            drawHourMarks(layer, centre, ro, w, goal, mark);
+            layer.strokeArc(centre, ri, -kPi / 2, 2 * kPi, {w, LineCap::Round, innerTrack, Shadow::soft(2)});
+        });
+
+        // 7. to 10. Bank ring, then sleep ring, each with its head redrawn under a
+        // darker shadow over the ring's start.
+        canvas.strokeArc(centre, ri, kRingStart, tipAngle(bank), {w, LineCap::Round, bankColour, Shadow{{-2, -2}, 3}});
+        canvas.strokeArc(centre, ri, tipAngle(bank - 0.007), tipAngle(bank),
+                         {w, LineCap::Round, bankColour, Shadow{getShadowForPercent(bank), 5, Colour::blackColor()}});
+        canvas.strokeArc(centre, ro, kRingStart, tipAngle(sleep), {w, LineCap::Round, sleepColour, Shadow::soft(3)});
+        canvas.strokeArc(
+            centre, ro, tipAngle(sleep - 0.006), tipAngle(sleep),
+            {w, LineCap::Round, sleepColour, Shadow{getShadowForPercent(sleep), 5, Colour::blackColor()}});
+
+        // 11. Glyphs on the heads; too small to read on the smallest rings.
+        if (S > 100) {
+            canvas.setShadow(Shadow::soft(5));
+            drawTextCentredAt(canvas, "☾", pointAt(c, ro, static_cast<float>(tipAngle(sleep))),
+                              {Font::systemFontOfSize(12)});
+            drawTextCentredAt(canvas, "7", pointAt(c, ri, static_cast<float>(tipAngle(bank))),
+                              {Font::boldSystemFontOfSize(12)});
+            if (accessory)
+                drawTextCentredAt(canvas, "☾", centre, {Font::boldSystemFontOfSize(40), Colour::whiteColor()});
+        }
+        return canvas.makeImage();
     });
-
-    // 7. to 10. Bank ring, then sleep ring, each with its head redrawn under a
-    // darker shadow over the ring's start.
-    canvas.strokeArc(centre, ri, kRingStart, tipAngle(bank), {w, LineCap::Round, bankColour, Shadow{{-2, -2}, 3}});
-    canvas.strokeArc(centre, ri, tipAngle(bank - 0.007), tipAngle(bank),
-                     {w, LineCap::Round, bankColour, Shadow{getShadowForPercent(bank), 5, Colour::blackColor()}});
-    canvas.strokeArc(centre, ro, kRingStart, tipAngle(sleep), {w, LineCap::Round, sleepColour, Shadow::soft(3)});
-    canvas.strokeArc(centre, ro, tipAngle(sleep - 0.006), tipAngle(sleep),
-                     {w, LineCap::Round, sleepColour, Shadow{getShadowForPercent(sleep), 5, Colour::blackColor()}});
-
-    // 11. Glyphs on the heads; too small to read on the smallest rings.
-    if (S > 100) {
-        canvas.setShadow(Shadow::soft(5));
-        drawTextCentredAt(canvas, "☾", pointAt(c, ro, static_cast<float>(tipAngle(sleep))),
-                          {Font::systemFontOfSize(12)});
-        drawTextCentredAt(canvas, "7", pointAt(c, ri, static_cast<float>(tipAngle(bank))),
-                          {Font::boldSystemFontOfSize(12)});
-        if (accessory) drawTextCentredAt(canvas, "☾", centre, {Font::boldSystemFontOfSize(40), Colour::whiteColor()});
-    }
-    return canvas.makeImage();
 }
 
 void SleepMetricsUI::drawHourMarks(Canvas& canvas, Point centre, float radius, float width, float goal,

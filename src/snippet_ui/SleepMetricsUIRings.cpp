@@ -63,7 +63,7 @@ void SleepMetricsUI::drawTextCentredAt(Canvas& canvas, std::string_view text, Po
     canvas.drawAtPoint(text, {centre.x - size.width / 2, centre.y - size.height / 2}, attributes);
 }
 
-Size SleepMetricsUI::getShadowForPercent(float percent) const {
+Size SleepMetricsUI::getShadowForPercent(float percent) {
     // A ring past a full turn casts its head's shadow as on the first lap.
     const float q = percent > 1 ? percent - 1 : percent;
     if (q <= 0.25) return {2, 2};
@@ -72,7 +72,7 @@ Size SleepMetricsUI::getShadowForPercent(float percent) const {
     return {2, 0};
 }
 
-double SleepMetricsUI::radians(double degrees) const { return degrees / 180 * 3.141592653589793; }
+double SleepMetricsUI::radians(double degrees) { return degrees / 180 * 3.141592653589793; }
 
 platform::ImagePtr SleepMetricsUI::drawSleepRingsWithSize(float size, float sleepPercent, float qualityPercent,
                                                          float deepPercent, float bpmPercent, float rating,
@@ -88,25 +88,29 @@ platform::ImagePtr SleepMetricsUI::drawSleepRingsWithSize(float size, float slee
     const DataRing quality{floored(qualityPercent, 0.015), c - 41, 0.007, c - 41};
     const DataRing deep{floored(deepPercent, 0.02), c - 63, 0.008, c - 62};
     const DataRing bpm{floored(bpmPercent, 0.025), c - 85, 0.008, c - 85};
-    auto ringColour = [&](const DataRing& ring) {
+    auto colourOf = [&](const DataRing& ring) {
         return monochrome ? Colour::whiteColor() : palette.colourForBatteryChargePercent(ring.fraction);
     };
+    // Inner to outer, as the rings are drawn.
+    const std::array<Colour, 4> ringColours{colourOf(bpm), colourOf(deep), colourOf(quality), colourOf(sleep)};
     const Colour ratingColour = monochrome ? Colour::whiteColor() : palette.highTintColour();
     const Colour track = ringBkg().colorWithAlphaComponent(1.0);
     const bool disc = rating > 0 && !monochrome;
     const Colour discColour = palette.colourForClockFace(5, true);
 
-    // 2. Background tracks, outer to inner, and 3a. the dark middle disc: the
-    // same for every night, so drawn once per size and kept.
-    Canvas canvas({S, S}, platform_.screenScale(), platform_.fonts());
-    const LayerKey key = LayerKey().add(kLayerId).add(track).add(disc).add(discColour);
-    layers_.draw(canvas, key, platform_.fonts(), [&](Canvas& layer) {
-        for (const DataRing* ring : {&sleep, &quality, &deep, &bpm})
-            layer.strokeArc(centre, ring->radius, -kPi / 2, 2 * kPi,
-                            {kRingWidth, LineCap::Round, track, Shadow::soft(2)});
-        // A round-capped line this wide round a tiny circle fills a disc; the tracks' shadow is still in force.
-        if (disc)
-            layer.strokeArc(centre, 2, -kPi / 2, 2 * kPi, {(c - 82) + 15, LineCap::Round, discColour, Shadow::soft(2)});
+    return drawLater(platform_, size, [=](PictureTools& tools) {
+        Canvas canvas({S, S}, tools.resources.scale(), tools.resources.fonts());
+        // 2. Background tracks, outer to inner, and 3a. the dark middle disc: the
+        // same for every night, so drawn once per size and kept.
+        const LayerKey key = LayerKey().add(kLayerId).add(track).add(disc).add(discColour);
+        tools.layers.draw(canvas, key, tools.resources.fonts(), [&](Canvas& layer) {
+            for (const DataRing* ring : {&sleep, &quality, &deep, &bpm})
+                layer.strokeArc(centre, ring->radius, -kPi / 2, 2 * kPi,
+                                {kRingWidth, LineCap::Round, track, Shadow::soft(2)});
+            // A round-capped line this wide round a tiny circle fills a disc; the tracks' shadow is still in force.
+            if (disc)
+                layer.strokeArc(centre, 2, -kPi / 2, 2 * kPi,
+                                {(c - 82) + 15, LineCap::Round, discColour, Shadow::soft(2)});
     });
 
     // 3b. The rating ring, as far as the rating.
@@ -123,10 +127,11 @@ platform::ImagePtr SleepMetricsUI::drawSleepRingsWithSize(float size, float slee
     for (std::size_t i = 0; i < bodies.size(); ++i)
         bodies[i] = {centre, rings[i]->radius, kRingStart, tipAngle(rings[i]->fraction)};
     canvas.strokeArcShadows(bodies, {kRingWidth, LineCap::Round, Colour::blackColor(), Shadow::soft(2)},
-                            std::all_of(rings, rings + 4, [&](const DataRing* ring) { return ringColour(*ring).rgba().a >= 1; }));
+                            std::all_of(ringColours.begin(), ringColours.end(),
+                                        [](const Colour& colour) { return colour.rgba().a >= 1; }));
     for (std::size_t i = 0; i < bodies.size(); ++i) {
         const DataRing& ring = *rings[i];
-        const Colour colour = ringColour(ring);
+        const Colour& colour = ringColours[i];
         const double tip = bodies[i].endAngle;
         canvas.strokeArc(centre, ring.radius, kRingStart, tip, {kRingWidth, LineCap::Round, colour});
         canvas.strokeArc(centre, ring.radius, tipAngle(ring.fraction - ring.headLength), tip,
@@ -153,6 +158,7 @@ platform::ImagePtr SleepMetricsUI::drawSleepRingsWithSize(float size, float slee
                           {Font::systemFontOfSize(34, platform::FontWeight::Heavy), ratingColour});
     }
     return canvas.makeImage();
+    });
 }
 
 }  // namespace velmorant::snippet_ui

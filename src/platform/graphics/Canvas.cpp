@@ -108,6 +108,22 @@ int pixelsAlong(double points, double scale) {
     return static_cast<int>(pixels);
 }
 
+// What a canvas asked for `points` at `scale` is: nothing at all when either side cannot be drawn.
+struct CanvasGeometry {
+    Size size;
+    double scale = 1;
+    int pixelWidth = 0;
+    int pixelHeight = 0;
+};
+
+CanvasGeometry canvasGeometry(Size points, double scale) {
+    const bool usable = finite(points.width) && finite(points.height) && finite(scale) && scale > 0;
+    if (!usable) return {};
+    const int w = pixelsAlong(points.width, scale), h = pixelsAlong(points.height, scale);
+    if (w == 0 || h == 0) return {{}, scale};
+    return {points, scale, w, h};
+}
+
 cairo_line_cap_t cairoCap(LineCap cap) {
     switch (cap) {
         case LineCap::Butt: return CAIRO_LINE_CAP_BUTT;
@@ -147,12 +163,10 @@ struct Canvas::Impl {
     // Everything drawn while a canvas lives counts as drawing time (the service times it apart).
     DrawingTimeScope timing;
     Impl(Size points, double scale, const FontSystem& fonts) : fonts(fonts) {
-        bool usable = finite(points.width) && finite(points.height) && finite(scale) && scale > 0;
-        this->scale = usable ? scale : 1;
-        int w = usable ? pixelsAlong(points.width, scale) : 0;
-        int h = usable ? pixelsAlong(points.height, scale) : 0;
-        if (w == 0 || h == 0) w = h = 0;
-        size = w == 0 ? Size{} : points;
+        const CanvasGeometry geometry = canvasGeometry(points, scale);
+        this->scale = geometry.scale;
+        const int w = geometry.pixelWidth, h = geometry.pixelHeight;
+        size = geometry.size;
         surface = uninitialisedSurface(w, h);
         cleared = !surface;
         if (!surface) surface.reset(cairo_image_surface_create(CAIRO_FORMAT_ARGB32, w, h));
@@ -610,6 +624,11 @@ ImagePtr Canvas::makeImage() {
     impl.cleared = true;
     impl.drawn = {};
     return image;
+}
+
+ImagePtr Canvas::drawLater(Size points, double scale, std::function<ImagePtr()> draw) {
+    const CanvasGeometry geometry = canvasGeometry(points, scale);
+    return Image::onDemand(geometry.size, geometry.scale, geometry.pixelWidth, geometry.pixelHeight, std::move(draw));
 }
 
 void Canvas::addRoundedRect(Rect rect, double radius) {

@@ -6,6 +6,7 @@
 #include "platform/graphics/TextStyle.h"
 #include "platform/core/Value.h"
 
+#include <functional>
 #include <memory>
 #include <optional>
 #include <span>
@@ -138,6 +139,10 @@ public:
 
     // Ends the context: the bitmap drawn so far. The canvas is left empty.
     ImagePtr makeImage();
+    // The picture a canvas of `points` at `scale` would end with, of that size and scale now, its pixels drawn
+    // by `draw` the first time anything reads them, on whichever thread does. So that the picture is the one
+    // asked for, `draw` holds copies of what it draws from, never what may change in the meantime.
+    static ImagePtr drawLater(Size points, double scale, std::function<ImagePtr()> draw);
 
     // The laid-out size of a text block and whether it had to be cut short.
     struct TextBlockSize {

@@ -1,8 +1,7 @@
 #include "platform/services/Platform.h"
 
-#include "platform/store/FilePreferencesStore.h"
 #include "platform/graphics/FontSystem.h"
-#include "platform/graphics/ImageResources.h"
+#include "platform/store/FilePreferencesStore.h"
 
 #include <chrono>
 #include <cstdlib>
@@ -41,9 +40,8 @@ Platform::Platform(PlatformOptions options)
       scale_(options.scale),
       preferencesDir_(std::move(options.preferencesDir)),
       resourceDir_(options.resourceDir.empty() ? defaultResourceDir() : std::move(options.resourceDir)),
-      diagnostics_(options.diagnostics ? Diagnostics(std::move(options.diagnostics)) : Diagnostics()),
-      keepsArtwork_(options.shared != nullptr),
-      shared_(options.shared ? std::move(options.shared) : std::make_shared<SharedResources>()) {
+      diagnostics_(options.diagnostics ? std::make_shared<Diagnostics>(std::move(options.diagnostics))
+                                       : std::make_shared<Diagnostics>()) {
     if (!locale_.isKnown())
         throw std::invalid_argument("unknown locale \"" + localeId_ + "\" (expected an ICU id such as en_US or de_DE)");
     if (!(scale_ > 0 && scale_ <= 16)) throw std::invalid_argument("scale must be between 0 and 16 pixels per point");
@@ -58,7 +56,12 @@ Platform::Platform(PlatformOptions options)
         if (!locale_.country().empty()) tag += "-" + locale_.country();
         preferredLanguages_.push_back(tag);
     }
-    strings_ = StringTable::load(resourceDir_ / "strings", localeId_, diagnostics_);
+    strings_ = StringTable::load(resourceDir_ / "strings", localeId_, *diagnostics_);
+    // Artwork is kept for good only in resources shared on purpose.
+    const bool keepsArtwork = options.shared != nullptr;
+    drawing_ = std::make_shared<DrawingResources>(
+        keepsArtwork ? std::move(options.shared) : std::make_shared<SharedResources>(), keepsArtwork, resourceDir_,
+        scale_, diagnostics_);
 }
 
 Platform::~Platform() = default;
@@ -74,7 +77,7 @@ std::shared_ptr<PreferencesStore> Platform::openStore(const std::string& fileSte
     if (it != stores_.end()) return it->second;
     std::shared_ptr<PreferencesStore> store;
     if (preferencesDir_.empty()) store = std::make_shared<MemoryPreferencesStore>();
-    else store = std::make_shared<FilePreferencesStore>(preferencesDir_ / (fileStem + ".plist"), diagnostics_);
+    else store = std::make_shared<FilePreferencesStore>(preferencesDir_ / (fileStem + ".plist"), *diagnostics_);
     stores_.emplace(fileStem, store);
     return store;
 }
@@ -89,25 +92,8 @@ std::string Platform::localizedString(std::string_view key, std::string_view val
     return strings_.localizedStringForKey(key, value, table);
 }
 
-const FontSystem& Platform::fonts() {
-    if (!shared_->fonts) shared_->fonts = std::make_unique<FontSystem>(resourceDir_ / "fonts" / "fonts.conf");
-    return *shared_->fonts;
-}
+const FontSystem& Platform::fonts() { return drawing_->fonts(); }
 
-ImagePtr Platform::imageNamed(std::string_view name) {
-    std::string key = std::string(name) + "@" + std::to_string(scale_);
-    if (auto kept = shared_->artwork.find(key); kept != shared_->artwork.end()) return kept->second;
-    // Artwork is cheap to draw again but large at high scales (the recharge
-    // backdrop is 1.4 MB at scale 3): unless shared on purpose, it is not
-    // kept after its last use.
-    auto it = images_.find(name);
-    if (it != images_.end()) {
-        if (ImagePtr image = it->second.lock()) return image;
-    }
-    ImagePtr image = loadNamedImage(resourceDir_ / "images", name, scale_, diagnostics_);
-    if (image) images_.insert_or_assign(std::string(name), image);
-    if (image && keepsArtwork_) shared_->artwork.emplace(std::move(key), image);
-    return image;
-}
+ImagePtr Platform::imageNamed(std::string_view name) { return drawing_->imageNamed(name); }
 
 }  // namespace velmorant::platform

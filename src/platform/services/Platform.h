@@ -2,7 +2,7 @@
 
 #include "platform/core/Date.h"
 #include "platform/core/Diagnostics.h"
-#include "platform/graphics/LayerCache.h"
+#include "platform/services/DrawingResources.h"
 #include "platform/store/PreferencesStore.h"
 #include "platform/text/StringTable.h"
 #include "platform/core/Value.h"
@@ -23,19 +23,6 @@ class FontSystem;
 
 // The app group shared by the main app, its widgets and this extension.
 inline constexpr std::string_view kAppGroupSuite = "group.brumelkai.Velmorant";
-
-// What costs the most to set up and is the same for every card drawn at one
-// scale: the font system, the drawn artwork and the pictures' kept layers
-// (keyed by all they are drawn from). A program drawing many cards
-// shares one among its platforms (on one thread at a time) and sets these up
-// once; a platform without one makes its own.
-struct SharedResources {
-    std::unique_ptr<FontSystem> fonts;
-    // Artwork by name and scale, kept for the life of the resources.
-    std::map<std::string, ImagePtr, std::less<>> artwork;
-    // Enough layers for the pictures of every card.
-    LayerCache layers{16};
-};
 
 struct PlatformOptions {
     // The current instant; none follows the system clock.
@@ -94,12 +81,14 @@ public:
 
     // Text layout with the project's pinned fonts; made on first use.
     const FontSystem& fonts();
+    // The fonts and artwork, for pictures drawn on demand.
+    const std::shared_ptr<DrawingResources>& drawingResources() const { return drawing_; }
     // The layers pictures keep, shared with the platforms sharing these resources.
-    LayerCache& layers() { return shared_->layers; }
+    LayerCache& layers() { return drawing_->layers(); }
 
     const std::filesystem::path& resourceDir() const { return resourceDir_; }
     const std::filesystem::path& preferencesDir() const { return preferencesDir_; }
-    Diagnostics& diagnostics() { return diagnostics_; }
+    Diagnostics& diagnostics() { return *diagnostics_; }
 
 private:
     std::shared_ptr<PreferencesStore> openStore(const std::string& fileStem);
@@ -112,13 +101,10 @@ private:
     double scale_;
     std::filesystem::path preferencesDir_;
     std::filesystem::path resourceDir_;
-    Diagnostics diagnostics_;
+    std::shared_ptr<Diagnostics> diagnostics_;
     StringTable strings_;
     std::map<std::string, std::shared_ptr<PreferencesStore>, std::less<>> stores_;
-    std::map<std::string, std::weak_ptr<const Image>, std::less<>> images_;
-    // Artwork is kept for good only in resources shared on purpose.
-    bool keepsArtwork_;
-    std::shared_ptr<SharedResources> shared_;
+    std::shared_ptr<DrawingResources> drawing_;
 };
 
 }  // namespace velmorant::platform

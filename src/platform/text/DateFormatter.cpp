@@ -52,14 +52,19 @@ DateFormatter::Impl& DateFormatter::formatter() {
     UErrorCode status = U_ZERO_ERROR;
     if (!calendar_.empty()) locale.setKeywordValue("calendar", calendar_.c_str(), status);
     status = U_ZERO_ERROR;
+    std::unique_ptr<icu::Calendar> calendar(icu::Calendar::createInstance(icuZone(timeZone_).clone(), locale, status));
+    // The formatter takes the symbols of the locale with its calendar named, as adopting the calendar
+    // would: named from the start, the symbols are read once, not once for each form of the locale.
+    status = U_ZERO_ERROR;
+    if (calendar) locale.setKeywordValue("calendar", calendar->getType(), status);
+    status = U_ZERO_ERROR;
     formatter_ = std::make_unique<Impl>(fromUtf8(pattern_), locale, status);
     if (U_FAILURE(status)) {
         // A pattern ICU rejects formats nothing; start from an empty one.
         status = U_ZERO_ERROR;
         formatter_ = std::make_unique<Impl>(icu::UnicodeString(), locale, status);
     }
-    status = U_ZERO_ERROR;
-    formatter_->format.adoptCalendar(icu::Calendar::createInstance(icuZone(timeZone_).clone(), locale, status));
+    formatter_->format.adoptCalendar(calendar.release());
     formatter_->format.setLenient(false);
     return *formatter_;
 }

@@ -66,6 +66,14 @@ TEST(Canvas, SizeInPixelsIsHeldToFiniteBounds) {
         EXPECT_EQ(image->pixelHeight(), height) << points.height << " @" << scale;
         // The size in points matches the bitmap, so probes in points stay on it.
         EXPECT_LE(image->size().width * image->scale(), width + 1e-9);
+        // A picture drawn later tells the same size before it is drawn.
+        ImagePtr later = Canvas::drawLater(points, scale, [] { return ImagePtr(); });
+        ASSERT_TRUE(later);
+        EXPECT_EQ(later->pixelWidth(), width) << points.width << " @" << scale;
+        EXPECT_EQ(later->pixelHeight(), height) << points.height << " @" << scale;
+        EXPECT_EQ(later->size(), image->size()) << points.width << " @" << scale;
+        EXPECT_EQ(later->scale(), image->scale()) << points.width << " @" << scale;
+        EXPECT_FALSE(later->isDrawn());
     }
 }
 
