@@ -111,53 +111,53 @@ platform::ImagePtr SleepMetricsUI::drawSleepRingsWithSize(float size, float slee
             if (disc)
                 layer.strokeArc(centre, 2, -kPi / 2, 2 * kPi,
                                 {(c - 82) + 15, LineCap::Round, discColour, Shadow::soft(2)});
-    });
+        });
 
-    // 3b. The rating ring, as far as the rating.
-    if (rating > 0)
-        canvas.strokeArc(centre, (c - 82) - 20, -kPi / 2, tipAngle(rating),
-                         {3, LineCap::Round, ratingColour, Shadow::soft(2)});
+        // 3b. The rating ring, as far as the rating.
+        if (rating > 0)
+            canvas.strokeArc(centre, (c - 82) - 20, -kPi / 2, tipAngle(rating),
+                             {3, LineCap::Round, ratingColour, Shadow::soft(2)});
 
-    // 4. Data rings, inner to outer; each head is drawn again with a darker shadow
-    // so that a ring past a full turn shows its head lying over its start. The
-    // rings' soft shadows are black, as the heads' are, so they fall in any
-    // order: one blur serves all four.
-    const DataRing* rings[] = {&bpm, &deep, &quality, &sleep};
-    std::array<platform::Arc, 4> bodies;
-    for (std::size_t i = 0; i < bodies.size(); ++i)
-        bodies[i] = {centre, rings[i]->radius, kRingStart, tipAngle(rings[i]->fraction)};
-    canvas.strokeArcShadows(bodies, {kRingWidth, LineCap::Round, Colour::blackColor(), Shadow::soft(2)},
-                            std::all_of(ringColours.begin(), ringColours.end(),
-                                        [](const Colour& colour) { return colour.rgba().a >= 1; }));
-    for (std::size_t i = 0; i < bodies.size(); ++i) {
-        const DataRing& ring = *rings[i];
-        const Colour& colour = ringColours[i];
-        const double tip = bodies[i].endAngle;
-        canvas.strokeArc(centre, ring.radius, kRingStart, tip, {kRingWidth, LineCap::Round, colour});
-        canvas.strokeArc(centre, ring.radius, tipAngle(ring.fraction - ring.headLength), tip,
-                         {kRingWidth, LineCap::Round, colour,
-                          Shadow{getShadowForPercent(ring.fraction), 5, Colour::blackColor()}});
-    }
+        // 4. Data rings, inner to outer; each head is drawn again with a darker shadow
+        // so that a ring past a full turn shows its head lying over its start. The
+        // rings' soft shadows are black, as the heads' are, so they fall in any
+        // order: one blur serves all four.
+        const DataRing* rings[] = {&bpm, &deep, &quality, &sleep};
+        std::array<platform::Arc, 4> bodies;
+        for (std::size_t i = 0; i < bodies.size(); ++i)
+            bodies[i] = {centre, rings[i]->radius, kRingStart, tipAngle(rings[i]->fraction)};
+        canvas.strokeArcShadows(bodies, {kRingWidth, LineCap::Round, Colour::blackColor(), Shadow::soft(2)},
+                                std::all_of(ringColours.begin(), ringColours.end(),
+                                            [](const Colour& colour) { return colour.rgba().a >= 1; }));
+        for (std::size_t i = 0; i < bodies.size(); ++i) {
+            const DataRing& ring = *rings[i];
+            const Colour& colour = ringColours[i];
+            const double tip = bodies[i].endAngle;
+            canvas.strokeArc(centre, ring.radius, kRingStart, tip, {kRingWidth, LineCap::Round, colour});
+            canvas.strokeArc(centre, ring.radius, tipAngle(ring.fraction - ring.headLength), tip,
+                             {kRingWidth, LineCap::Round, colour,
+                              Shadow{getShadowForPercent(ring.fraction), 5, Colour::blackColor()}});
+        }
 
-    // 5. Glyphs at the tips and 6. the rating number, under a soft shadow.
-    auto saved = canvas.saveGState();
-    canvas.setShadow(Shadow::soft(2));
-    const Text glyph{Font::boldSystemFontOfSize(13)};
-    const Text qualityGlyph{forStages ? Font::boldSystemFontOfSize(13) : Font::systemFontOfSize(12)};
-    auto tipOf = [&](const DataRing& ring) {
-        return pointAt(c, ring.glyphRadius, static_cast<float>(tipAngle(ring.fraction)));
-    };
-    drawTextCentredAt(canvas, forStages ? "R" : "★", tipOf(quality), qualityGlyph);
-    drawTextCentredAt(canvas, "Z", tipOf(deep), glyph);
-    drawTextCentredAt(canvas, "♥", tipOf(bpm), glyph);
-    drawTextCentredAt(canvas, "☾", tipOf(sleep), glyph);
-    if (rating > 0) {
-        char number[16] = "100";
-        if (rating < 1) std::snprintf(number, sizeof number, "%.0f", static_cast<double>(rating * 100.0f));
-        drawTextCentredAt(canvas, number, centre,
-                          {Font::systemFontOfSize(34, platform::FontWeight::Heavy), ratingColour});
-    }
-    return canvas.makeImage();
+        // 5. Glyphs at the tips and 6. the rating number, under a soft shadow.
+        auto saved = canvas.saveGState();
+        canvas.setShadow(Shadow::soft(2));
+        const Text glyph{Font::boldSystemFontOfSize(13)};
+        const Text qualityGlyph{forStages ? Font::boldSystemFontOfSize(13) : Font::systemFontOfSize(12)};
+        auto tipOf = [&](const DataRing& ring) {
+            return pointAt(c, ring.glyphRadius, static_cast<float>(tipAngle(ring.fraction)));
+        };
+        drawTextCentredAt(canvas, forStages ? "R" : "★", tipOf(quality), qualityGlyph);
+        drawTextCentredAt(canvas, "Z", tipOf(deep), glyph);
+        drawTextCentredAt(canvas, "♥", tipOf(bpm), glyph);
+        drawTextCentredAt(canvas, "☾", tipOf(sleep), glyph);
+        if (rating > 0) {
+            char number[16] = "100";
+            if (rating < 1) std::snprintf(number, sizeof number, "%.0f", static_cast<double>(rating * 100.0f));
+            drawTextCentredAt(canvas, number, centre,
+                              {Font::systemFontOfSize(34, platform::FontWeight::Heavy), ratingColour});
+        }
+        return canvas.makeImage();
     });
 }
 
