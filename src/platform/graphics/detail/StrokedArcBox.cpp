@@ -27,9 +27,9 @@ ArcBox strokedArcBox(double cx, double cy, double radius, double start, double s
         return {cx - reach, cy - reach, cx + reach, cy + reach};
     }
     Growing g;
-    // The band between the stroke's edges, radius - half to radius + half (the
-    // inner one past the centre when the stroke is wider than the circle), is
-    // widest at the ends and where the sweep crosses an axis.
+    // The band between the stroke's edges, radius - half to radius + half, is
+    // widest at the ends and where the sweep crosses an axis (every axis once
+    // it sweeps a turn).
     auto band = [&](double angle) {
         const double c = std::cos(angle), s = std::sin(angle);
         for (double rho : {radius - halfWidth, radius + halfWidth}) g.add(cx + rho * c, cy + rho * s);
@@ -41,7 +41,7 @@ ArcBox strokedArcBox(double cx, double cy, double radius, double start, double s
         const double axis = quarter * M_PI / 2;
         double past = std::fmod(axis - start, kTurn);
         if (past < 0) past += kTurn;
-        if (sweep >= kTurn || past <= sweep) band(axis);
+        if (past <= sweep) band(axis);
     }
     // The caps: a square reaches half the width on along the tangent, past
     // the start backwards and past the end forwards; a round one is a disc of
