@@ -5,6 +5,7 @@
 #include "platform/graphics/detail/FontLayout.h"
 #include "platform/graphics/detail/ImageSurface.h"
 #include "platform/graphics/detail/ShadowMask.h"
+#include "platform/graphics/detail/StrokedArcBox.h"
 
 #include <pango/pangocairo.h>
 
@@ -99,6 +100,12 @@ struct ArcInside {
 
 bool finite(double v) { return std::isfinite(v); }
 bool finite(Point p) { return finite(p.x) && finite(p.y); }
+
+// Whether `Canvas::addArc` adds the arc: everything about it finite, the radius not negative.
+bool drawableArc(const Arc& arc) {
+    return finite(arc.centre) && finite(arc.radius) && arc.radius >= 0 && finite(arc.startAngle) &&
+           finite(arc.endAngle) && finite(arc.endAngle - arc.startAngle);
+}
 
 // A side too large to draw gives no pixels at all rather than a corner of a
 // picture hundreds of megabytes large.
@@ -318,16 +325,20 @@ struct Canvas::Impl {
         cairo_mask_surface(cr.get(), mask->alpha.get(), mask->x, mask->y);
     }
 
-    // Strokes, then clears, the current path: the shape under its shadow, or only the shadow.
-    void stroke(bool shape) {
+    // Strokes, then clears, the current path: the shape under its shadow, or
+    // only the shadow. `known`, when given, is where the stroke can paint.
+    void stroke(bool shape, std::optional<PixelBox> known = std::nullopt) {
         cairo_t* context = cr.get();
         if (!drawable() || state.lineWidth <= 0 || (!shape && !state.shadow)) {
             cairo_new_path(context);
             return;
         }
         applyStroke(context);
-        double x0, y0, x1, y1;
-        cairo_stroke_extents(context, &x0, &y0, &x1, &y1);
+        if (!known) {
+            double x0, y0, x1, y1;
+            cairo_stroke_extents(context, &x0, &y0, &x1, &y1);
+            known = deviceBox(x0, y0, x1, y1);
+        }
         PathPtr path(cairo_copy_path(context));
         cairo_new_path(context);
         if (path->status != CAIRO_STATUS_SUCCESS || path->num_data == 0) return;
@@ -336,7 +347,7 @@ struct Canvas::Impl {
             cairo_append_path(target, path.get());
             cairo_stroke(target);
         };
-        const PixelBox extent = deviceBox(x0, y0, x1, y1);
+        const PixelBox extent = *known;
         if (shape)
             draw(extent, paint);
         else
@@ -358,12 +369,25 @@ struct Canvas::Impl {
     // Insides of the arcs about to be stroked opaque over the shadow being drawn.
     std::vector<ArcInside> covering;
 
+    // Where `arcs`, as `Canvas::addArc` adds them, can paint when stroked, in canvas pixels.
+    PixelBox strokedArcsBox(std::span<const Arc> arcs) const {
+        PixelBox box{INFINITY, INFINITY, -INFINITY, -INFINITY};
+        const double half = state.lineWidth / 2 * scale;
+        for (const Arc& arc : arcs) {
+            if (!drawableArc(arc)) continue;
+            const Point c = clamped(arc.centre);
+            const Sweep sweep = sweepOf(arc.startAngle, arc.endAngle);
+            const ArcBox b = strokedArcBox(c.x * scale, c.y * scale, std::min(arc.radius, maxCoordinate()) * scale,
+                                           sweep.start, sweep.sweep, half, cairoCap(state.lineCap));
+            box = {std::min(box.x0, b.x0), std::min(box.y0, b.y0), std::max(box.x1, b.x1), std::max(box.y1, b.y1)};
+        }
+        return box;
+    }
+
     void coverWith(std::span<const Arc> arcs) {
         if (state.clipped || state.lineWidth <= 0) return;
         for (const Arc& arc : arcs) {
-            if (!finite(arc.centre) || !finite(arc.radius) || arc.radius < 0 || !finite(arc.startAngle) ||
-                !finite(arc.endAngle) || !finite(arc.endAngle - arc.startAngle))
-                continue;
+            if (!drawableArc(arc)) continue;
             const Point c = clamped(arc.centre);
             const double r = std::min(arc.radius, maxCoordinate()) * scale, half = state.lineWidth / 2 * scale;
             // Two pixels in from each edge: well clear of its antialiasing.
@@ -446,8 +470,7 @@ void Canvas::setShadow(const std::optional<Shadow>& shadow) {
 void Canvas::setNoShadow() { impl_->state.shadow.reset(); }
 
 void Canvas::addArc(Point centre, double radius, double startAngle, double endAngle) {
-    if (!finite(centre) || !finite(radius) || radius < 0 || !finite(startAngle) || !finite(endAngle)) return;
-    if (!finite(endAngle - startAngle)) return;
+    if (!drawableArc({centre, radius, startAngle, endAngle})) return;
     const Sweep arc = sweepOf(startAngle, endAngle);
     Point c = impl_->clamped(centre);
     double r = std::min(radius, impl_->maxCoordinate());
@@ -459,11 +482,16 @@ void Canvas::strokeArc(Point centre, double radius, double startAngle, double en
     setLineCap(stroke.cap);
     setLineWidth(stroke.width);
     setStrokeColour(stroke.colour);
+    // With nothing else in the path, the arc alone says where the stroke paints.
+    const bool alone = !cairo_has_current_point(impl_->cr.get());
     addArc(centre, radius, startAngle, endAngle);
     // Drawn straight over its own shadow: none is needed under an opaque stroke's inside.
     const Arc arc{centre, radius, startAngle, endAngle};
     if (impl_->state.strokeColour.a >= 1) impl_->coverWith({&arc, 1});
-    strokePath();
+    if (alone)
+        impl_->stroke(true, impl_->strokedArcsBox({&arc, 1}));
+    else
+        strokePath();
     impl_->covering.clear();
 }
 
@@ -522,7 +550,7 @@ void Canvas::strokeArcShadows(std::span<const Arc> arcs, const ArcStroke& stroke
         addArc(arc.centre, arc.radius, arc.startAngle, arc.endAngle);
     }
     if (opaqueArcsFollow) impl_->coverWith(arcs);
-    impl_->stroke(false);
+    impl_->stroke(false, impl_->strokedArcsBox(arcs));
     impl_->covering.clear();
 }
 
