@@ -198,12 +198,14 @@ std::string number(double value) {
 // system, so that the gallery's peak is one picture's, not their scattered sum.
 void releaseFreedMemory() { malloc_trim(0); }
 
-// Bitmaps, bands and encoder buffers (32 KB and more) get pages of their
-// own, returned the moment they are freed. Left to itself glibc raises this
-// threshold to the largest block freed so far, after which every later
-// picture lands in the heap and its peak stays resident until the next trim.
+// Blocks up to 8 MB (bands, encoder buffers, a card's bitmap at scale 3)
+// come from the heap, whose free pages are handed back after every item;
+// mapped apart, each would be faulted in afresh page by page, which cost as
+// much system time as the drawing took. Larger ones get pages of their own.
+// Fixed, as left to itself glibc raises the threshold to the largest block
+// freed so far, and every later picture would stay resident until a trim.
 void mapLargeBlocksApart() {
-    mallopt(M_MMAP_THRESHOLD, 32 * 1024);
+    mallopt(M_MMAP_THRESHOLD, 8 * 1024 * 1024);
     mallopt(M_TOP_PAD, 0);
 }
 
