@@ -25,7 +25,6 @@
 #include <cerrno>
 #include <cstring>
 #include <fstream>
-#include <mutex>
 #include <optional>
 
 namespace velmorant::cli {
@@ -333,7 +332,6 @@ fs::path writeGallery(platform::Platform& platform, const GalleryOptions& option
     fs::create_directory(gallery / "empty");
     constexpr std::size_t kNightItems = std::size(kSnippets) + std::size(kWidgets);
     std::vector<std::optional<GalleryPicture>> slots(kNightItems);
-    std::mutex progressLock;
     progress << "gallery: drawing " << std::size(kSnippets) << " snippets" << std::endl;
     workers.copyStores();
     workers.run(kNightItems, [&](platform::Platform& p, std::size_t i) {
@@ -341,10 +339,9 @@ fs::path writeGallery(platform::Platform& platform, const GalleryOptions& option
             slots[i] = drawSnippet(p, gallery, "snippets", kSnippets[i], options.width);
             return;
         }
-        if (i == std::size(kSnippets)) {
-            std::lock_guard lock(progressLock);
+        // Only the thread taking the first widget writes here while the items are drawn.
+        if (i == std::size(kSnippets))
             progress << "gallery: drawing " << std::size(kWidgets) << " widget images" << std::endl;
-        }
         slots[i] = drawWidgetImage(p, gallery, kWidgets[i - std::size(kSnippets)]);
     });
     page.snippets = drawn(slots, 0, std::size(kSnippets));
