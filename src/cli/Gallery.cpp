@@ -3,6 +3,7 @@
 #include "Arguments.h"
 #include "GalleryHtml.h"
 #include "GalleryManifest.h"
+#include "GalleryWorkers.h"
 #include "detail/ValueJson.h"
 #include "WidgetPictures.h"
 #include "intents/IntentViewController.h"
@@ -24,7 +25,7 @@
 #include <cerrno>
 #include <cstring>
 #include <fstream>
-#include <future>
+#include <optional>
 
 namespace velmorant::cli {
 using metrics::GroupMetrics;
@@ -196,29 +197,25 @@ std::string number(double value) {
 // system, so that the gallery's peak is one picture's, not their scattered sum.
 void releaseFreedMemory() { malloc_trim(0); }
 
-// Bitmaps, bands and encoder buffers (32 KB and more) get pages of their
-// own, returned the moment they are freed. Left to itself glibc raises this
-// threshold to the largest block freed so far, after which every later
-// picture lands in the heap and its peak stays resident until the next trim.
+// Blocks up to 8 MB (bands, encoder buffers, a card's bitmap at scale 3)
+// come from the heap, whose free pages are handed back after every item;
+// mapped apart, each would be faulted in afresh page by page, which cost as
+// much system time as the drawing took. Larger ones get pages of their own.
+// Fixed, as left to itself glibc raises the threshold to the largest block
+// freed so far, and every later picture would stay resident until a trim.
 void mapLargeBlocksApart() {
-    mallopt(M_MMAP_THRESHOLD, 32 * 1024);
+    mallopt(M_MMAP_THRESHOLD, 8 * 1024 * 1024);
     mallopt(M_TOP_PAD, 0);
 }
 
-// Every snippet card with its view record, into `folder` of the gallery.
-std::vector<GalleryPicture> drawSnippets(platform::Platform& platform, const fs::path& gallery,
-                                         const std::string& folder, std::size_t count, double width) {
-    fs::create_directory(gallery / folder);
-    std::vector<GalleryPicture> pictures;
-    for (std::size_t i = 0; i < count; ++i) {
-        const SnippetEntry& entry = kSnippets[i];
-        std::string stem = folder + "/" + entry.intent;
-        SnippetCard card = showSnippet(platform, entry.intent, width, gallery / (stem + ".png"));
-        writeFile(gallery / (stem + ".json"), card.record + "\n");
-        pictures.push_back({stem + ".png", stem + ".json", entry.title, entry.intent, card.spoken, card.size});
-        releaseFreedMemory();
-    }
-    return pictures;
+// One snippet card with its view record, into `folder` of the gallery.
+GalleryPicture drawSnippet(platform::Platform& platform, const fs::path& gallery, const std::string& folder,
+                           const SnippetEntry& entry, double width) {
+    std::string stem = folder + "/" + entry.intent;
+    SnippetCard card = showSnippet(platform, entry.intent, width, gallery / (stem + ".png"));
+    writeFile(gallery / (stem + ".json"), card.record + "\n");
+    releaseFreedMemory();
+    return {stem + ".png", stem + ".json", entry.title, entry.intent, card.spoken, card.size};
 }
 
 std::string widgetDescription(const WidgetEntry& entry, const platform::Image& image) {
@@ -228,46 +225,30 @@ std::string widgetDescription(const WidgetEntry& entry, const platform::Image& i
            ", drawn at " + number(image.size().width) + " points.";
 }
 
-// Writes a picture as PNG; the reason it could not, else empty.
-std::string writePicture(const platform::Image& image, const fs::path& path, const std::string& description) {
+// One widget picture, into widgets/; none when it draws nothing (the
+// sleep-bank pictures without data).
+std::optional<GalleryPicture> drawWidgetImage(platform::Platform& platform, const fs::path& gallery,
+                                              const WidgetEntry& entry) {
+    SleepMetricsUI ui(platform);
+    platform::ImagePtr image = (ui.*entry.draw)();
+    if (!image) return std::nullopt;
+    std::string file = std::string("widgets/") + entry.operation + ".png";
+    std::string description = widgetDescription(entry, *image);
     std::string error;
-    if (platform::writePng(image, path, {.description = description}, &error)) return {};
-    return "cannot write " + path.string() + ": " + error;
+    if (!platform::writePng(*image, gallery / file, {.description = description}, &error))
+        throw std::runtime_error("cannot write " + (gallery / file).string() + ": " + error);
+    GalleryPicture picture{file, "", std::string(entry.picture) + (entry.accessory ? ", accessory" : ""),
+                           entry.operation, description, image->size()};
+    image.reset();
+    releaseFreedMemory();
+    return picture;
 }
 
-std::vector<GalleryPicture> drawWidgetImages(platform::Platform& platform, const fs::path& gallery) {
-    fs::create_directory(gallery / "widgets");
+// What was drawn, in the order of the items, leaving out those that drew nothing.
+std::vector<GalleryPicture> drawn(std::vector<std::optional<GalleryPicture>>& slots, std::size_t from, std::size_t to) {
     std::vector<GalleryPicture> pictures;
-    // Each picture drawn for itself is compressed on a helper thread while the
-    // next is drawn (compressing costs about as much as drawing); one is held
-    // besides the one being drawn. Named artwork, which the platform may hand
-    // out again meanwhile, is written here.
-    std::future<std::string> writing;
-    auto previousWritten = [&] {
-        if (!writing.valid()) return;
-        if (std::string error = writing.get(); !error.empty()) throw std::runtime_error(error);
-    };
-    for (const WidgetEntry& entry : kWidgets) {
-        SleepMetricsUI ui(platform);
-        platform::ImagePtr image = (ui.*entry.draw)();
-        if (!image) continue;  // the sleep-bank pictures have none without data
-        std::string file = std::string("widgets/") + entry.operation + ".png";
-        std::string description = widgetDescription(entry, *image);
-        std::string title = std::string(entry.picture) + (entry.accessory ? ", accessory" : "");
-        pictures.push_back({file, "", title, entry.operation, description, image->size()});
-        previousWritten();
-        releaseFreedMemory();
-        if (image->name()) {
-            if (std::string error = writePicture(*image, gallery / file, description); !error.empty())
-                throw std::runtime_error(error);
-            continue;
-        }
-        writing = std::async(std::launch::async, [image = std::move(image), path = gallery / file, description] {
-            return writePicture(*image, path, description);
-        });
-    }
-    previousWritten();
-    releaseFreedMemory();
+    for (std::size_t i = from; i < to; ++i)
+        if (slots[i]) pictures.push_back(std::move(*slots[i]));
     return pictures;
 }
 
@@ -343,10 +324,29 @@ fs::path writeGallery(platform::Platform& platform, const GalleryOptions& option
                  " · locale " + platform.localeId() + " · cards " + number(options.width) + " pt wide at scale " +
                  number(platform.screenScale());
 
+    // Each item is drawn on its own, on as many threads as run at once; each
+    // thread's platform holds a copy of the stores as they are for its section.
+    GalleryWorkers workers(platform, options.threads ? options.threads : GalleryWorkers::defaultThreads());
+    fs::create_directory(gallery / "snippets");
+    fs::create_directory(gallery / "widgets");
+    fs::create_directory(gallery / "empty");
+    constexpr std::size_t kNightItems = std::size(kSnippets) + std::size(kWidgets);
+    std::vector<std::optional<GalleryPicture>> slots(kNightItems);
     progress << "gallery: drawing " << std::size(kSnippets) << " snippets" << std::endl;
-    page.snippets = drawSnippets(platform, gallery, "snippets", std::size(kSnippets), options.width);
-    progress << "gallery: drawing " << std::size(kWidgets) << " widget images" << std::endl;
-    page.widgetImages = drawWidgetImages(platform, gallery);
+    workers.copyStores();
+    workers.run(kNightItems, [&](platform::Platform& p, std::size_t i) {
+        if (i < std::size(kSnippets)) {
+            slots[i] = drawSnippet(p, gallery, "snippets", kSnippets[i], options.width);
+            return;
+        }
+        // Only the thread taking the first widget writes here while the items are drawn.
+        if (i == std::size(kSnippets))
+            progress << "gallery: drawing " << std::size(kWidgets) << " widget images" << std::endl;
+        slots[i] = drawWidgetImage(p, gallery, kWidgets[i - std::size(kSnippets)]);
+    });
+    page.snippets = drawn(slots, 0, std::size(kSnippets));
+    page.widgetImages = drawn(slots, std::size(kSnippets), kNightItems);
+
     progress << "gallery: running " << std::size(kMirrors) << " widget mirrors" << std::endl;
     json mirrors = json::object();
     mirrors["order"] = json::array();
@@ -356,7 +356,12 @@ fs::path writeGallery(platform::Platform& platform, const GalleryOptions& option
     // From here on the shared store is empty, as before the first night.
     clearStore(*platform.suiteNamed(platform::kAppGroupSuite));
     progress << "gallery: drawing " << kKnownSnippets << " snippets with an empty store" << std::endl;
-    page.emptySnippets = drawSnippets(platform, gallery, "empty", kKnownSnippets, options.width);
+    slots.assign(kKnownSnippets, std::nullopt);
+    workers.copyStores();
+    workers.run(kKnownSnippets, [&](platform::Platform& p, std::size_t i) {
+        slots[i] = drawSnippet(p, gallery, "empty", kSnippets[i], options.width);
+    });
+    page.emptySnippets = drawn(slots, 0, kKnownSnippets);
     mirrors["empty"] = runMirrors(platform);
 
     page.mirrorsFile = "mirrors.json";

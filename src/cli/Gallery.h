@@ -25,6 +25,8 @@ struct GalleryOptions {
     double width = 390;
     // Where the stores came from, as the page names it.
     std::string source = "the built-in demo data";
+    // How many threads draw the items; 0 takes as many as the machine runs at once.
+    std::size_t threads = 0;
 };
 
 // Throws UsageError unless `dir` can take a gallery: it is missing, empty or a

@@ -159,6 +159,31 @@ TEST(GalleryFolder, GermanGallerySpeaksGerman) {
     EXPECT_EQ(said.find("Quality"), std::string::npos) << said;
 }
 
+// Items drawn on several threads, each on a platform of its own, come out as
+// drawn on one: same locale, zone, instant and stores, every file the same bytes.
+TEST(Gallery, DrawnOnSeveralThreadsEveryFileIsAsDrawnOnOne) {
+    TempDir tmp;
+    auto draw = [&](std::size_t threads) {
+        platform::Platform p({.timeZoneId = "America/New_York", .localeId = "de_DE", .scale = 1,
+                              .resourceDir = VELMORANT_TEST_RESOURCE_DIR});
+        p.setNow(*cli::parseIsoDate("2024-03-06T07:30:00", p.timeZone()));
+        velmorant::demo::installDemoStores(p);
+        std::ostringstream progress;
+        fs::path dir = tmp.path() / std::to_string(threads);
+        cli::writeGallery(p, {.dir = dir, .threads = threads}, progress);
+        std::map<std::string, std::string> files;
+        for (const auto& entry : fs::recursive_directory_iterator(dir))
+            if (entry.is_regular_file()) files[fs::relative(entry.path(), dir).string()] = readFile(entry.path());
+        return std::pair{files, progress.str()};
+    };
+    const auto [alone, aloneProgress] = draw(1);
+    const auto [together, togetherProgress] = draw(3);
+    EXPECT_EQ(alone.size(), 52u);
+    EXPECT_EQ(together.size(), alone.size());
+    for (const auto& [name, bytes] : alone) EXPECT_TRUE(together.count(name) && together.at(name) == bytes) << name;
+    EXPECT_EQ(togetherProgress, aloneProgress);
+}
+
 // The demo night follows the clock: at any hour every snippet has something to show that an empty store does not.
 TEST(DemoNight, EverySnippetHasDataAtAnyHour) {
     const std::pair<const char*, const char*> cases[] = {
