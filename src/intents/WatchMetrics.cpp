@@ -25,7 +25,7 @@ void WatchMetrics::performUpdateWatchContext() {
     if (!session || !session->isPaired() || !session->isWatchAppInstalled()) return;
     // The watch picks the context up when it next can; a failed send is not worth reporting.
     std::string error;
-    session->updateApplicationContext(contextDict_, &error);
+    static_cast<void>(session->updateApplicationContext(contextDict_, &error));
 }
 
 }  // namespace velmorant::intents

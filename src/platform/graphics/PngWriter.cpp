@@ -60,12 +60,12 @@ struct Pixels {
 VELMORANT_WIDE_LOOPS void convertOpaqueRow(const std::uint32_t* in, int width, std::uint8_t* out) {
     static_assert(std::endian::native == std::endian::little, "rows are converted for little-endian words");
     using Bytes = std::uint8_t __attribute__((vector_size(16)));
-    constexpr Bytes kToRgb{2, 1, 0, 6, 5, 4, 10, 9, 8, 14, 13, 12, 3, 7, 11, 15};
     int x = 0;
     for (; x + 4 <= width; x += 4, out += 12) {
         Bytes four;
         std::memcpy(&four, in + x, sizeof four);
-        four = __builtin_shuffle(four, kToRgb);
+        // R, G, B of each pixel, then the four alphas (overwritten by the next store).
+        four = __builtin_shufflevector(four, four, 2, 1, 0, 6, 5, 4, 10, 9, 8, 14, 13, 12, 3, 7, 11, 15);
         std::memcpy(out, &four, sizeof four);
     }
     for (; x < width; ++x, out += 3) {
