@@ -6,6 +6,7 @@
 #include "platform/graphics/detail/ImageSurface.h"
 #include "platform/graphics/detail/ShadowMask.h"
 #include "platform/graphics/detail/StrokedArcBox.h"
+#include "platform/graphics/detail/UninitialisedSurface.h"
 
 #include <pango/pangocairo.h>
 
@@ -174,31 +175,15 @@ struct Canvas::Impl {
         this->scale = geometry.scale;
         const int w = geometry.pixelWidth, h = geometry.pixelHeight;
         size = geometry.size;
-        surface = uninitialisedSurface(w, h);
+        // Left as it comes: a canvas is cleared when first drawn on, and where a
+        // layer is copied in first, only around it.
+        surface = uninitialisedSurface(CAIRO_FORMAT_ARGB32, w, h);
         cleared = !surface;
         if (!surface) surface.reset(cairo_image_surface_create(CAIRO_FORMAT_ARGB32, w, h));
         cr.reset(cairo_create(surface.get()));
         cairo_scale(cr.get(), this->scale, this->scale);
         pixelWidth = w;
         pixelHeight = h;
-    }
-
-    // A bitmap whose pixels are left as they come: a canvas is cleared
-    // when first drawn on, and where a layer is copied in first, only
-    // around it. None when it cannot be had.
-    static SurfacePtr uninitialisedSurface(int w, int h) {
-        static cairo_user_data_key_t pixelsKey;
-        if (w == 0 || h == 0) return nullptr;
-        const int stride = cairo_format_stride_for_width(CAIRO_FORMAT_ARGB32, w);
-        auto* pixels = static_cast<unsigned char*>(std::malloc(static_cast<size_t>(stride) * h));
-        if (!pixels) return nullptr;
-        SurfacePtr made(cairo_image_surface_create_for_data(pixels, CAIRO_FORMAT_ARGB32, w, h, stride));
-        if (cairo_surface_status(made.get()) != CAIRO_STATUS_SUCCESS ||
-            cairo_surface_set_user_data(made.get(), &pixelsKey, pixels, std::free) != CAIRO_STATUS_SUCCESS) {
-            std::free(pixels);
-            return nullptr;
-        }
-        return made;
     }
 
     // Clears the rows [y0, y1) between columns [x0, x1) of the bitmap.
@@ -403,7 +388,7 @@ struct Canvas::Impl {
         return std::any_of(covering.begin(), covering.end(), [&](const ArcInside& arc) { return arc.holds(tile); });
     }
 
-    // Whether the bitmap's pixels have been cleared (see uninitialisedSurface).
+    // Whether the bitmap's pixels have been cleared (it is made uninitialised).
     bool cleared = true;
 };
 

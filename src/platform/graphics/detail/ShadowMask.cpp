@@ -1,6 +1,7 @@
 #include "platform/graphics/detail/ShadowMask.h"
 
 #include "platform/graphics/detail/Blur.h"
+#include "platform/graphics/detail/UninitialisedSurface.h"
 #include "platform/graphics/detail/WideLoops.h"
 
 #include <algorithm>
@@ -229,9 +230,9 @@ std::optional<ShadowMask> makeShadowMask(PixelBounds bounds, double sigma,
         mask.y = cellY;
         return mask;
     }
-    mask.alpha.reset(cairo_image_surface_create(CAIRO_FORMAT_A8, bounds.width(), bounds.height()));
-    if (cairo_surface_status(mask.alpha.get()) != CAIRO_STATUS_SUCCESS) return std::nullopt;
-    cairo_surface_flush(mask.alpha.get());
+    // Only the parts are ever read, and each is written whole: the rest is never cleared.
+    mask.alpha = uninitialisedSurface(CAIRO_FORMAT_A8, bounds.width(), bounds.height());
+    if (!mask.alpha) return std::nullopt;
     ScaleUp scaleUp(cellBitmap, cellX, cellY, factor, bounds);
     for (const PixelBounds& tile : tiles(bounds.width(), bounds.height())) {
         if (!scaleUp.reaches(tile) || (hidden && hidden(moved(tile, bounds.x0, bounds.y0)))) continue;
