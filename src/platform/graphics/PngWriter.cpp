@@ -13,7 +13,6 @@
 #include <cstdio>
 #include <cstring>
 #include <memory>
-#include <utility>
 
 namespace velmorant::platform {
 namespace {
@@ -209,7 +208,6 @@ bool PngEncoder::finish() {
 
 const std::string& PngEncoder::error() const { return impl_->error; }
 std::string PngEncoder::bytes() const { return impl_->bytes; }
-std::string PngEncoder::takeBytes() { return std::move(impl_->bytes); }
 
 bool isOpaque(const Image& image) {
     cairo_surface_flush(cairoSurface(image));
@@ -227,7 +225,7 @@ bool writePng(const Image& image, const std::filesystem::path& path, const PngOp
 std::string encodePng(const Image& image, const PngOptions& options, std::string* error) {
     PngEncoder encoder({}, image.pixelWidth(), image.pixelHeight(), !isOpaque(image), options);
     encoder.append(image);
-    if (encoder.finish()) return encoder.takeBytes();
+    if (encoder.finish()) return encoder.bytes();
     if (error) *error = encoder.error();
     return {};
 }

@@ -46,8 +46,6 @@ public:
     const std::string& error() const;
     // The encoded picture, after a successful `finish` into memory.
     std::string bytes() const;
-    // The same, handed over without a copy; the encoder holds none after.
-    std::string takeBytes();
 
 private:
     struct Impl;

@@ -241,7 +241,9 @@ bool drawCardPng(const ViewTree& views, Size size, double scale, const FontSyste
         return false;
     }
     if (encoder.finish()) {
-        if (bytes) *bytes = encoder.takeBytes();
+        // A copy, of exactly the picture's size: the encoder's own string grew by doubling, and
+        // a result cache bounded by bodies' sizes would hold up to twice that.
+        if (bytes) *bytes = encoder.bytes();
         return true;
     }
     if (error) *error = encoder.error();
