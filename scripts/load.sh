@@ -7,6 +7,7 @@
 #   3. cache hits and 304s per second (wrk with two threads and with one, which
 #      leaves a core to the server: wrk shares the machine with it); hits of the
 #      same card's view record and of the card at scale 1
+# Every phase also prints the CPU time per answer, user + system, of the server and of wrk.
 #   4. 80 % of (2): p50 / p99 latency
 #   5. overload, 200 % and more: every answer 200 or 503, /healthz p99, resident memory
 #   6. 500 slow clients holding connections while others are served
@@ -52,16 +53,28 @@ for i in $(seq 30); do
 done | sort -n | awk '{t[NR] = $1} END {m = t[int((NR + 1) / 2)] * 1000; printf "single request (distinct store): median %.1f ms\n", m; print m > "'"$work/median"'"}'
 median=$(cat "$work/median")
 
+# The server's user and system CPU time so far, in clock ticks.
+server_cpu() { awk '{print $14, $15}' "/proc/$server/stat"; }
+tick=$(getconf CLK_TCK)
+
 phase() {  # name, wrk arguments...
   local name="$1"; shift
   SALT=$((SALT + 1))
-  wrk --latency "$@" >"$work/$name.txt" 2>&1 || true
-  local rate statuses latency errors
+  local su0 ss0 su1 ss1 wu ws TIMEFORMAT="%U %S"
+  read -r su0 ss0 < <(server_cpu)
+  { time wrk --latency "$@" >"$work/$name.txt" 2>&1 || true; } 2>"$work/$name.time"
+  read -r su1 ss1 < <(server_cpu)
+  read -r wu ws <"$work/$name.time"
+  local rate statuses latency errors answers cpu
   rate=$(awk '/Requests\/sec/ {print $2}' "$work/$name.txt")
   statuses=$(sed -n 's/^statuses: //p' "$work/$name.txt")
   latency=$(sed -n 's/^latency_ms: //p' "$work/$name.txt")
   errors=$(sed -n 's/^ *Socket errors: //p' "$work/$name.txt")
-  echo "$name: ${rate} requests/s; ${statuses}; ${latency}${errors:+; socket errors: $errors}"
+  answers=$(awk '/requests in/ {print $1}' "$work/$name.txt")
+  # CPU per answer, user + system, of the server and of wrk: where the two shared cores went.
+  cpu=$(awk -v n="${answers:-0}" -v t="$tick" -v su=$((su1 - su0)) -v ss=$((ss1 - ss0)) -v wu="$wu" -v ws="$ws" \
+    'BEGIN {if (n > 0) printf "CPU per answer: server %.1f + %.1f us, wrk %.1f + %.1f us", su / t / n * 1e6, ss / t / n * 1e6, wu / n * 1e6, ws / n * 1e6}')
+  echo "$name: ${rate} requests/s; ${statuses}; ${latency}${errors:+; socket errors: $errors}${cpu:+; $cpu}"
   echo "$rate" >"$work/$name.rate"
 }
 
@@ -70,10 +83,12 @@ phase distinct -t2 -c"$((2 * cores))" -d"${seconds}s" -s scripts/load/post_store
 full=$(cat "$work/distinct.rate")
 
 # 3. Cache hits and 304s.
-phase cache-hits -t2 -c32 -d"${seconds}s" -s scripts/load/count_statuses.lua "$url$card?$fixed"
-phase cache-hits-one-wrk-thread -t1 -c32 -d"${seconds}s" -s scripts/load/count_statuses.lua "$url$card?$fixed"
-phase cache-hits-view-record -t2 -c32 -d"${seconds}s" -s scripts/load/count_statuses.lua "${url}/v1/snippets/SleepSpO2Intent.json?$fixed"
-phase cache-hits-scale-1 -t2 -c32 -d"${seconds}s" -s scripts/load/count_statuses.lua "$url$card?scale=1&$fixed"
+# Bodies are not read into wrk's script (count_answers.lua): copying each
+# 133 KB card there cost wrk about 15 µs of CPU per answer on the shared cores.
+phase cache-hits -t2 -c32 -d"${seconds}s" -s scripts/load/count_answers.lua "$url$card?$fixed"
+phase cache-hits-one-wrk-thread -t1 -c32 -d"${seconds}s" -s scripts/load/count_answers.lua "$url$card?$fixed"
+phase cache-hits-view-record -t2 -c32 -d"${seconds}s" -s scripts/load/count_answers.lua "${url}/v1/snippets/SleepSpO2Intent.json?$fixed"
+phase cache-hits-scale-1 -t2 -c32 -d"${seconds}s" -s scripts/load/count_answers.lua "$url$card?scale=1&$fixed"
 etag=$(curl -sI "$url$card?$fixed" | sed -n 's/^ETag: //Ip' | tr -d '\r')
 IF_NONE_MATCH="$etag" phase not-modified -t2 -c32 -d"${seconds}s" -s scripts/load/count_statuses.lua "$url$card?$fixed"
 

@@ -39,23 +39,38 @@ public:
     // Records the time since the last mark split in two: the time canvases
     // were open is drawing, the rest is filling the records.
     void markRecordsAndDrawing() {
-        auto now = Clock::now();
-        double total = std::chrono::duration<double>(now - last_).count();
-        double drawing = std::clamp(platform::drawingSecondsOnThisThread() - drawingAtLast_, 0.0, total);
-        metrics_.timeStage(Stage::Records, total - drawing);
-        metrics_.timeStage(Stage::Drawing, drawing);
-        restart(now);
+        markSplit(Stage::Records, Stage::Drawing, platform::drawingSecondsOnThisThread() - drawingAtLast_);
         check(Stage::Drawing);
+    }
+    // Records the time since the last mark as the card drawn and encoded band
+    // by band: the bands' encoding is the encoding stage, the rest the card.
+    void markCardAndEncoding(double encodingSeconds) { markSplit(Stage::Card, Stage::Encoding, encodingSeconds); }
+    // Between bands of the card: false once the deadline has passed.
+    bool cardInTime() const { return !deadline_.passed(Stage::Card); }
+    // The card stopped between bands: everything since the last mark was the card.
+    [[noreturn]] void stopInCard() {
+        mark(Stage::Card);
+        throw late(Stage::Card);
     }
 
 private:
+    void markSplit(Stage rest, Stage part, double partSeconds) {
+        auto now = Clock::now();
+        double total = std::chrono::duration<double>(now - last_).count();
+        double inPart = std::clamp(partSeconds, 0.0, total);
+        metrics_.timeStage(rest, total - inPart);
+        metrics_.timeStage(part, inPart);
+        restart(now);
+    }
     void restart(Clock::time_point now) {
         last_ = now;
         drawingAtLast_ = platform::drawingSecondsOnThisThread();
     }
     void check(Stage done) const {
-        if (deadline_.passed(done))
-            throw DeadlinePassed(std::string("the render passed its deadline (stopped after the ") + stageName(done) + " stage)");
+        if (deadline_.passed(done)) throw late(done);
+    }
+    static DeadlinePassed late(Stage done) {
+        return DeadlinePassed(std::string("the render passed its deadline (stopped after the ") + stageName(done) + " stage)");
     }
 
     Metrics& metrics_;
@@ -115,6 +130,26 @@ std::string pngBytes(const platform::Image& image, const std::string& descriptio
     return bytes;
 }
 
+// The card drawn and encoded a band at a time, as `show` writes it: smaller
+// surfaces, each band compressed while its pixels are still in the cache. A
+// late render stops between bands, except after the last: a finished picture is sent.
+std::string cardPng(const platform::ViewTree& views, const cli::SnippetCard& filled, platform::Platform& platform,
+                    StageTimer& timer) {
+    double encoding = 0;
+    bool stopped = false;
+    std::string error;
+    std::string bytes = platform::encodeCardPng(views, filled.size, platform.screenScale(), platform.fonts(), filled.spoken,
+                                                &error, [&](const platform::CardBand& band) {
+                                                    encoding += band.encodingSeconds;
+                                                    stopped = band.rowsDone < band.rows && !timer.cardInTime();
+                                                    return !stopped;
+                                                });
+    if (stopped) timer.stopInCard();
+    if (bytes.empty()) throw std::runtime_error("cannot encode the picture: " + error);
+    timer.markCardAndEncoding(encoding);
+    return bytes;
+}
+
 }  // namespace
 
 std::unique_ptr<WorkerTools> makeWorkerTools() {
@@ -158,15 +193,11 @@ RenderOutput render(const RenderTask& task, WorkerTools& tools, Metrics& metrics
     RenderOutput output;
     cli::SnippetOptions snippet{.width = task.options.width};
     snippet.draw = [&](const platform::ViewTree& views, const cli::SnippetCard& filled) {
-                                                 if (task.product != Product::CardPng) return;
-                                                 drawPictures(views);
-                                                 timer.markRecordsAndDrawing();
-                                                 platform::ImagePtr picture = platform::renderCard(
-                                                     views, filled.size, platform->screenScale(), platform->fonts());
-                                                 timer.mark(Stage::Card);
-                                                 output = {"image/png", pngBytes(*picture, filled.spoken)};
-                                                 timer.mark(Stage::Encoding);
-                                             };
+        if (task.product != Product::CardPng) return;
+        drawPictures(views);
+        timer.markRecordsAndDrawing();
+        output = {"image/png", cardPng(views, filled, *platform, timer)};
+    };
     cli::SnippetCard card = cli::showSnippet(*platform, task.name, snippet);
     if (task.product == Product::CardJson) {
         timer.markRecordsAndDrawing();

@@ -255,8 +255,6 @@ struct Service::Impl {
                     return;
                 }
                 RenderOutput output = render(*taskHeld, tools, metrics, {deadline, options.deadlinePassedAfter});
-                // The last render of a burst gives the freed pages back.
-                if (pool.queued() == 0) releaseFreedMemory();
                 std::size_t bytes = output.body.size();
                 // Made ready once, the answer goes to this client, to those
                 // waiting for the same result, and from the cache to later ones.

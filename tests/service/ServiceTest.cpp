@@ -433,6 +433,13 @@ TEST(Service, RenderPastItsDeadlineStopsAtTheNextStageAndFreesTheWorker) {
     // Drawing is timed apart from filling the records.
     EXPECT_GT(stageFigure(client, "drawing", "sum"), 0);
     EXPECT_GT(stageFigure(client, "records", "sum"), 0);
+    // A card drawn and encoded band by band still has the two timed apart.
+    const double cardBefore = stageFigure(client, "card", "sum"), encodingBefore = stageFigure(client, "encoding", "sum");
+    auto banded = client.Get(("/v1/snippets/SleepRingsIntent.png?width=300&" + now).c_str());
+    ASSERT_TRUE(banded);
+    EXPECT_EQ(banded->status, 200);
+    EXPECT_GT(stageFigure(client, "card", "sum"), cardBefore);
+    EXPECT_GT(stageFigure(client, "encoding", "sum"), encodingBefore);
 
     // The clock itself: a deadline that has always passed never yields a picture.
     ServiceOptions hurried;

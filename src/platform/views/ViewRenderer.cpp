@@ -5,6 +5,7 @@
 #include "platform/graphics/PngWriter.h"
 
 #include <algorithm>
+#include <chrono>
 #include <cmath>
 
 #include <unicode/uchar.h>
@@ -207,28 +208,41 @@ namespace {
 // Compressing a card costs about 1.5 ms, a fraction of drawing it; a helper
 // thread per band cost about 1 ms more CPU time per card (BM_cardPng) to hide
 // at most that, and held a second band (`show --png` peaked 1.5 MB higher).
-// The encoder is finished by the caller.
-void drawCardInto(PngEncoder& encoder, const ViewRenderer& renderer, Size size, double scale, const FontSystem& fonts,
-                  int height) {
+// The encoder is finished by the caller; false when `progress` stopped the card.
+bool drawCardInto(PngEncoder& encoder, const ViewRenderer& renderer, Size size, double scale, const FontSystem& fonts,
+                  int height, const CardProgress& progress) {
+    using Clock = std::chrono::steady_clock;
     for (int top = 0; top < height; top += kBandRows) {
         int rows = std::min(kBandRows, height - top);
+        auto start = Clock::now();
         Canvas band({size.width, rows / scale}, scale, fonts);
         renderer.draw(band, {0, top / scale});
         ImagePtr image = band.makeImage();
-        if (!image || !encoder.append(*image, rows)) return;
+        auto drawn = Clock::now();
+        if (!image || !encoder.append(*image, rows)) return true;
+        if (progress) {
+            std::chrono::duration<double> drawing = drawn - start, encoding = Clock::now() - drawn;
+            if (!progress({top + rows, height, drawing.count(), encoding.count()})) return false;
+        }
     }
+    return true;
 }
 
 bool drawCardPng(const ViewTree& views, Size size, double scale, const FontSystem& fonts,
                  const std::filesystem::path& path, const std::string& description, std::string* error,
-                 std::string* bytes) {
+                 std::string* bytes, const CardProgress& progress = {}) {
     ViewLayout layout(views, size);
     ViewRenderer renderer(views, layout);
     int width = canvasPixels(size.width, scale), height = canvasPixels(size.height, scale);
     if (width == 0 || height == 0) width = height = 0;
     PngEncoder encoder(path, width, height, !renderer.coversCard(), {.description = description});
-    drawCardInto(encoder, renderer, size, scale, fonts, height);
+    if (!drawCardInto(encoder, renderer, size, scale, fonts, height, progress)) {
+        if (error) *error = "the card was stopped while it was drawn";
+        return false;
+    }
     if (encoder.finish()) {
+        // A copy, of exactly the picture's size: the encoder's own string grew by doubling, and
+        // a result cache bounded by bodies' sizes would hold up to twice that.
         if (bytes) *bytes = encoder.bytes();
         return true;
     }
@@ -244,9 +258,9 @@ bool writeCardPng(const ViewTree& views, Size size, double scale, const FontSyst
 }
 
 std::string encodeCardPng(const ViewTree& views, Size size, double scale, const FontSystem& fonts,
-                          const std::string& description, std::string* error) {
+                          const std::string& description, std::string* error, const CardProgress& progress) {
     std::string bytes;
-    drawCardPng(views, size, scale, fonts, {}, description, error, &bytes);
+    drawCardPng(views, size, scale, fonts, {}, description, error, &bytes, progress);
     return bytes;
 }
 

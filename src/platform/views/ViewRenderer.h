@@ -7,6 +7,7 @@
 #include "platform/views/ViewTree.h"
 
 #include <filesystem>
+#include <functional>
 #include <string>
 #include <unordered_map>
 
@@ -54,8 +55,20 @@ ImagePtr renderCard(const ViewTree& views, Size size, double scale, const FontSy
 // On failure returns false, says why and leaves no file.
 bool writeCardPng(const ViewTree& views, Size size, double scale, const FontSystem& fonts,
                   const std::filesystem::path& path, const std::string& description, std::string* error = nullptr);
-// The same card encoded into memory; empty on failure.
+// One band of a card drawn and encoded: how far the card has got and what
+// the band cost, so a caller can tell drawing time from encoding time.
+struct CardBand {
+    int rowsDone = 0;
+    int rows = 0;
+    double drawingSeconds = 0;
+    double encodingSeconds = 0;
+};
+// Told of every band as it is done; returning false stops the card there.
+using CardProgress = std::function<bool(const CardBand&)>;
+
+// The same card encoded into memory; empty on failure, or when `progress` stopped it.
 std::string encodeCardPng(const ViewTree& views, Size size, double scale, const FontSystem& fonts,
-                          const std::string& description, std::string* error = nullptr);
+                          const std::string& description, std::string* error = nullptr,
+                          const CardProgress& progress = {});
 
 }  // namespace velmorant::platform

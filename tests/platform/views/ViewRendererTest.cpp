@@ -184,6 +184,38 @@ TEST(ViewRenderer, TheCardWrittenBandByBandIsTheCardDrawnWhole) {
     EXPECT_FALSE(std::filesystem::exists(file));
 }
 
+// A caller watching the bands sees each once, top to bottom, with what it
+// cost; stopping at a band leaves no picture, and watching changes no byte.
+TEST(ViewRenderer, TheCardsBandsAreReportedInOrderAndCanBeStopped) {
+    Rendered r(390);
+    const std::string plain = encodeCardPng(r.tree, {390, 180}, 3, fonts(), "said");
+    ASSERT_FALSE(plain.empty());
+    struct Row { int stopAtBand; std::size_t bandsSeen; bool picture; };
+    // 180 points at scale 3 are 540 rows: five bands, the last 28 rows.
+    for (const Row row : {Row{-1, 5, true}, Row{0, 1, false}, Row{4, 5, false}}) {
+        SCOPED_TRACE(row.stopAtBand);
+        std::vector<CardBand> bands;
+        std::string error;
+        std::string bytes = encodeCardPng(r.tree, {390, 180}, 3, fonts(), "said", &error, [&](const CardBand& band) {
+            bands.push_back(band);
+            return static_cast<int>(bands.size()) - 1 != row.stopAtBand;
+        });
+        ASSERT_EQ(bands.size(), row.bandsSeen);
+        for (std::size_t i = 0; i < bands.size(); ++i) {
+            EXPECT_EQ(bands[i].rows, 540);
+            EXPECT_EQ(bands[i].rowsDone, std::min<int>(540, 128 * static_cast<int>(i + 1)));
+            EXPECT_GT(bands[i].drawingSeconds, 0);
+            EXPECT_GT(bands[i].encodingSeconds, 0);
+        }
+        if (row.picture) {
+            EXPECT_EQ(bytes, plain);
+        } else {
+            EXPECT_TRUE(bytes.empty());
+            EXPECT_FALSE(error.empty());
+        }
+    }
+}
+
 // An opaque gradient over the whole card replaces every pixel where the card
 // ends on a whole pixel, so neither the colour under it nor what the band's
 // memory held before shows; where the card ends within a pixel, its colour does.
