@@ -5,9 +5,11 @@
 #include <pango/pangocairo.h>
 #include <pango/pangofc-fontmap.h>
 
+#include <algorithm>
 #include <cmath>
 #include <map>
 #include <stdexcept>
+#include <vector>
 
 namespace velmorant::platform {
 namespace {
@@ -106,6 +108,26 @@ double FontSystem::lineHeight(const Font& font) const {
                     PANGO_SCALE;
     impl_->lineHeights.emplace(key, height);
     return height;
+}
+
+std::string FontSystem::fontFiles() const {
+    std::vector<std::string> files;
+    FcFontSet* fonts = FcConfigGetFonts(pango_fc_font_map_get_config(PANGO_FC_FONT_MAP(impl_->fontMap.get())), FcSetSystem);
+    for (int i = 0; fonts && i < fonts->nfont; ++i) {
+        FcChar8* file = nullptr;
+        if (FcPatternGetString(fonts->fonts[i], FC_FILE, 0, &file) == FcResultMatch)
+            files.emplace_back(reinterpret_cast<const char*>(file));
+    }
+    std::sort(files.begin(), files.end());
+    files.erase(std::unique(files.begin(), files.end()), files.end());
+    std::string lines;
+    for (const std::string& file : files) {
+        std::error_code ec;
+        auto size = std::filesystem::file_size(file, ec);
+        auto time = std::filesystem::last_write_time(file, ec).time_since_epoch().count();
+        lines += file + "\n" + std::to_string(size) + "\n" + std::to_string(time) + "\n";
+    }
+    return lines;
 }
 
 }  // namespace velmorant::platform
