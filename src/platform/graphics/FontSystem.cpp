@@ -100,12 +100,17 @@ GObjectPtr<PangoLayout> layoutInPixels(const FontSystem& fonts, const Font& font
 double FontSystem::lineHeight(const Font& font) const {
     auto key = std::make_pair(font.size, font.weight);
     if (auto it = impl_->lineHeights.find(key); it != impl_->lineHeights.end()) return it->second;
+    // The ascent and descent Pango's own metrics give, straight from the font
+    // that sets the text: Pango's metrics would first lay out a sample sentence
+    // (twice) for widths never used here.
     GObjectPtr<PangoContext> context = impl_->makeContext();
-    FontDescriptionPtr description = describe(font, 1);
-    FontMetricsPtr metrics(pango_context_get_metrics(context.get(), description.get(), nullptr));
-    double height = static_cast<double>(pango_font_metrics_get_ascent(metrics.get()) +
-                                        pango_font_metrics_get_descent(metrics.get())) /
-                    PANGO_SCALE;
+    GObjectPtr<PangoFont> loaded(pango_context_load_font(context.get(), describe(font, 1).get()));
+    double height = 0;
+    if (loaded) {
+        hb_font_extents_t extents{};
+        hb_font_get_h_extents(pango_font_get_hb_font(loaded.get()), &extents);
+        height = static_cast<double>(extents.ascender - extents.descender) / PANGO_SCALE;
+    }
     impl_->lineHeights.emplace(key, height);
     return height;
 }
