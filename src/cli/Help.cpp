@@ -54,6 +54,11 @@ any other name is an intent this extension does not know (it shows "I am so conf
                  W x --scale may be at most 8192 pixels (so at most 512 at scale 16)
   --png FILE     also draw the card as a PNG picture
   --images DIR   write every image of the record as DIR/VIEW.png (named in the JSON as "file")
+
+The parts of the pictures that do not depend on the night's figures (tracks, shadows,
+dials, backdrops) are kept in $XDG_CACHE_HOME/velmorant (else ~/.cache/velmorant, at most
+64 MB), so that the next run draws them from there, to the same pixels.
+VELMORANT_CACHE_DIR=DIR keeps them in DIR instead; VELMORANT_CACHE_DIR= (empty) keeps none.
 )";
 
 constexpr std::string_view kCall = R"(Usage: velmorant-snippet call CLASS.OPERATION [ARG...] [--images DIR] [OPTIONS]

@@ -11,6 +11,7 @@
 #include "Serve.h"
 #include "detail/ValueJson.h"
 #include "platform/graphics/Image.h"
+#include "platform/graphics/LayerStore.h"
 
 #include <unistd.h>
 
@@ -219,6 +220,9 @@ int runShow(const CommandLine& line, std::ostream& out) {
     std::optional<fs::path> imagesDir, png;
     if (auto file = option(line, "--png")) png = *file;
     auto platform = makePlatform(line);
+    // The pictures' data-independent layers come from the cache when an earlier run kept them.
+    if (fs::path folder = platform::LayerStore::defaultFolder(); !folder.empty())
+        platform->layers().keepOnDisk(std::make_unique<platform::LayerStore>(folder, platform->resourceDir()));
     if (auto dir = option(line, "--images")) {
         imagesDir = *dir;
         std::error_code ec;

@@ -5,9 +5,11 @@
 #include <pango/pangocairo.h>
 #include <pango/pangofc-fontmap.h>
 
+#include <algorithm>
 #include <cmath>
 #include <map>
 #include <stdexcept>
+#include <vector>
 
 namespace velmorant::platform {
 namespace {
@@ -98,14 +100,39 @@ GObjectPtr<PangoLayout> layoutInPixels(const FontSystem& fonts, const Font& font
 double FontSystem::lineHeight(const Font& font) const {
     auto key = std::make_pair(font.size, font.weight);
     if (auto it = impl_->lineHeights.find(key); it != impl_->lineHeights.end()) return it->second;
+    // The ascent and descent Pango's own metrics give, straight from the font
+    // that sets the text: Pango's metrics would first lay out a sample sentence
+    // (twice) for widths never used here.
     GObjectPtr<PangoContext> context = impl_->makeContext();
-    FontDescriptionPtr description = describe(font, 1);
-    FontMetricsPtr metrics(pango_context_get_metrics(context.get(), description.get(), nullptr));
-    double height = static_cast<double>(pango_font_metrics_get_ascent(metrics.get()) +
-                                        pango_font_metrics_get_descent(metrics.get())) /
-                    PANGO_SCALE;
+    GObjectPtr<PangoFont> loaded(pango_context_load_font(context.get(), describe(font, 1).get()));
+    double height = 0;
+    if (loaded) {
+        hb_font_extents_t extents{};
+        hb_font_get_h_extents(pango_font_get_hb_font(loaded.get()), &extents);
+        height = static_cast<double>(extents.ascender - extents.descender) / PANGO_SCALE;
+    }
     impl_->lineHeights.emplace(key, height);
     return height;
+}
+
+std::string FontSystem::fontFiles() const {
+    std::vector<std::string> files;
+    FcFontSet* fonts = FcConfigGetFonts(pango_fc_font_map_get_config(PANGO_FC_FONT_MAP(impl_->fontMap.get())), FcSetSystem);
+    for (int i = 0; fonts && i < fonts->nfont; ++i) {
+        FcChar8* file = nullptr;
+        if (FcPatternGetString(fonts->fonts[i], FC_FILE, 0, &file) == FcResultMatch)
+            files.emplace_back(reinterpret_cast<const char*>(file));
+    }
+    std::sort(files.begin(), files.end());
+    files.erase(std::unique(files.begin(), files.end()), files.end());
+    std::string lines;
+    for (const std::string& file : files) {
+        std::error_code ec;
+        auto size = std::filesystem::file_size(file, ec);
+        auto time = std::filesystem::last_write_time(file, ec).time_since_epoch().count();
+        lines += file + "\n" + std::to_string(size) + "\n" + std::to_string(time) + "\n";
+    }
+    return lines;
 }
 
 }  // namespace velmorant::platform

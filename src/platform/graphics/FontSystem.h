@@ -4,6 +4,7 @@
 
 #include <filesystem>
 #include <memory>
+#include <string>
 
 namespace velmorant::platform {
 
@@ -19,6 +20,10 @@ public:
 
     // The system font's line height (ascent + descent) at `font`'s size, in points.
     double lineHeight(const Font& font) const;
+
+    // The font files the configuration accepts, one a line with their size and
+    // modification time, sorted: a font package upgrade changes it.
+    std::string fontFiles() const;
 
     // The font map and what was measured with it, which the platform's own
     // sources lay text out with (platform/graphics/detail/FontLayout.h).

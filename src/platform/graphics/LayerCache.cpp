@@ -35,6 +35,17 @@ LayerKey& LayerKey::add(std::string_view text) {
     return *this;
 }
 
+void LayerCache::keepOnDisk(std::unique_ptr<LayerStore> store) { store_ = std::move(store); }
+
+void LayerCache::keep(LayerKey sized, ImagePtr image, Rect drawn, std::size_t bytes) {
+    while (!kept_.empty() && (kept_.size() >= maxLayers_ || keptBytes_ + bytes > maxBytes_)) {
+        keptBytes_ -= kept_.back().bytes;
+        kept_.pop_back();
+    }
+    keptBytes_ += bytes;
+    kept_.push_front({std::move(sized), std::move(image), drawn, bytes});
+}
+
 void LayerCache::draw(Canvas& canvas, const LayerKey& key, const FontSystem& fonts,
                       const std::function<void(Canvas&)>& steps) {
     const Rect earlier = canvas.drawnBounds();
@@ -50,11 +61,20 @@ void LayerCache::draw(Canvas& canvas, const LayerKey& key, const FontSystem& fon
         canvas.drawLayer(*kept_.front().image, kept_.front().drawn);
         return;
     }
-    // A layer is kept from the second time it is asked for: a picture drawn
-    // only once (one card, one gallery entry) pays neither time nor memory for it.
-    auto seen = std::find(seen_.begin(), seen_.end(), sized);
     const std::size_t bytes = layerBytes(canvas);
-    if (seen == seen_.end() || maxLayers_ == 0 || bytes > maxBytes_) {
+    const bool keepable = maxLayers_ > 0 && bytes <= maxBytes_;
+    // A layer is kept from the second time it is asked for: a picture drawn
+    // only once (one card, one gallery entry) pays neither time nor memory for
+    // it, unless a store on disk keeps it for the next process.
+    auto seen = std::find(seen_.begin(), seen_.end(), sized);
+    if (keepable && store_) {
+        if (std::optional<LayerStore::Layer> stored = store_->find(sized.bytes(), canvas.size(), canvas.scale(), fonts)) {
+            if (seen != seen_.end()) seen_.erase(seen);
+            canvas.drawLayer(*stored->image, stored->drawn);
+            keep(std::move(sized), std::move(stored->image), stored->drawn, bytes);
+            return;
+        }
+    } else if (seen == seen_.end() || !keepable) {
         if (seen == seen_.end()) {
             if (seen_.size() >= kSeenKeys) seen_.pop_back();
             seen_.push_front(std::move(sized));
@@ -62,7 +82,7 @@ void LayerCache::draw(Canvas& canvas, const LayerKey& key, const FontSystem& fon
         steps(canvas);
         return;
     }
-    seen_.erase(seen);
+    if (seen != seen_.end()) seen_.erase(seen);
     Canvas fresh(canvas.size(), canvas.scale(), fonts);
     steps(fresh);
     const Rect drawn = fresh.drawnBounds();
@@ -72,13 +92,9 @@ void LayerCache::draw(Canvas& canvas, const LayerKey& key, const FontSystem& fon
         steps(canvas);
         return;
     }
-    while (!kept_.empty() && (kept_.size() >= maxLayers_ || keptBytes_ + bytes > maxBytes_)) {
-        keptBytes_ -= kept_.back().bytes;
-        kept_.pop_back();
-    }
-    keptBytes_ += bytes;
-    kept_.push_front({std::move(sized), std::move(image), drawn, bytes});
-    canvas.drawLayer(*kept_.front().image, drawn);
+    if (store_) store_->keep(sized.bytes(), {image, drawn}, fonts);
+    canvas.drawLayer(*image, drawn);
+    keep(std::move(sized), std::move(image), drawn, bytes);
 }
 
 }  // namespace velmorant::platform

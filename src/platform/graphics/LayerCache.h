@@ -1,6 +1,7 @@
 #pragma once
 
 #include "platform/graphics/Canvas.h"
+#include "platform/graphics/LayerStore.h"
 #include "platform/core/Colour.h"
 #include "platform/core/Geometry.h"
 #include "platform/core/Value.h"
@@ -8,6 +9,7 @@
 #include <cstddef>
 #include <functional>
 #include <list>
+#include <memory>
 #include <string>
 #include <string_view>
 
@@ -21,6 +23,7 @@ public:
     LayerKey& add(const Colour& colour);
     LayerKey& add(std::string_view text);
     bool operator==(const LayerKey&) const = default;
+    const std::string& bytes() const { return bytes_; }
 
 private:
     std::string bytes_;
@@ -33,7 +36,9 @@ private:
 // same to the byte as one drawn without it (a layer laid over other drawing
 // rounds differently, a level here and there). A layer is kept from the second time its key is asked for, and only the
 // last few layers are, within a number and a size in bytes, so memory stays
-// bounded; one cache serves one thread, as the object that owns it.
+// bounded; one cache serves one thread, as the object that owns it. With a
+// store on disk, a layer is kept from the first time and looked for there
+// before it is drawn, so that a new process finds it too.
 class LayerCache {
 public:
     // Enough for the pictures of every card at scale 3 (a 280-point picture
@@ -49,7 +54,13 @@ public:
     void draw(Canvas& canvas, const LayerKey& key, const FontSystem& fonts,
               const std::function<void(Canvas&)>& steps);
 
+    // Keeps layers in `store` as well, and looks for them there; none: in memory only.
+    void keepOnDisk(std::unique_ptr<LayerStore> store);
+
 private:
+    // Keeps `image` in memory, most recent first, within the number and bytes allowed.
+    void keep(LayerKey sized, ImagePtr image, Rect drawn, std::size_t bytes);
+
     struct Layer {
         LayerKey key;
         ImagePtr image;
@@ -64,6 +75,7 @@ private:
     // Most recently used first.
     std::list<Layer> kept_;
     std::list<LayerKey> seen_;
+    std::unique_ptr<LayerStore> store_;
 };
 
 }  // namespace velmorant::platform

@@ -36,6 +36,16 @@ fs::path onlyEntry(const fs::path& cache) {
     return entries.size() == 1 ? entries[0] : fs::path();
 }
 
+// Turns the bits of the byte at `offset` over, in place.
+void flipByte(const fs::path& file, std::uintmax_t offset) {
+    std::fstream stream(file, std::ios::in | std::ios::out | std::ios::binary);
+    stream.seekg(static_cast<std::streamoff>(offset));
+    char byte = 0;
+    stream.get(byte);
+    stream.seekp(static_cast<std::streamoff>(offset));
+    stream.put(static_cast<char>(~byte));
+}
+
 struct Load {
     std::vector<std::string> reports;
     ImagePtr operator()(const fs::path& images, const std::string& name, double scale, const fs::path& cache) {
@@ -59,6 +69,7 @@ TEST(ArtworkCache, KeptPicturesComeBackPixelForPixelAndDamagedOnesAreDrawnAgain)
         {"longer than its header says", [](const fs::path& e) { std::ofstream(e, std::ios::app) << "x"; }},
         {"not an entry", [](const fs::path& e) { std::ofstream(e, std::ios::trunc) << "something else entirely, long enough"; }},
         {"empty", [](const fs::path& e) { std::ofstream(e, std::ios::trunc); }},
+        {"a pixel changed, length intact", [](const fs::path& e) { flipByte(e, fs::file_size(e) - 4); }},
     };
     for (const Case& c : cases) {
         SCOPED_TRACE(c.what);
