@@ -499,6 +499,23 @@ void Canvas::drawLayer(const Image& layer, Rect within) {
     impl.markDrawn(box);
 }
 
+bool Canvas::drawLayerFrom(const std::function<std::optional<Rect>(PixelRows)>& read) {
+    Impl& impl = *impl_;
+    if (!impl.drawable() || !impl.drawn.empty()) return false;
+    cairo_surface_t* surface = impl.surface.get();
+    cairo_surface_flush(surface);
+    unsigned char* data = cairo_image_surface_get_data(surface);
+    if (!data) return false;
+    std::optional<Rect> within = read({data, cairo_image_surface_get_stride(surface), impl.pixelWidth, impl.pixelHeight});
+    cairo_surface_mark_dirty(surface);
+    // A reader that gave up may have written part of the bitmap: the next drawing clears it all.
+    impl.cleared = within.has_value();
+    if (!within) return false;
+    PixelBox box = impl.onCanvas(impl.deviceBox(within->x, within->y, within->x + within->width, within->y + within->height));
+    impl.markDrawn({std::floor(box.x0), std::floor(box.y0), std::ceil(box.x1), std::ceil(box.y1)});
+    return true;
+}
+
 Rect Canvas::drawnBounds() const {
     const PixelBox& d = impl_->drawn;
     if (d.empty()) return {};

@@ -137,6 +137,15 @@ public:
     // Draws a one-line run with its top left corner at `point`.
     void drawAtPoint(std::string_view text, Point point, const TextAttributes& attributes);
 
+    // A canvas's bitmap as rows of premultiplied pixels, for a reader that fills it whole.
+    struct PixelRows {
+        unsigned char* data;
+        int stride, width, height;
+    };
+    // On a canvas nothing has been drawn on: `read` fills every pixel and says which box (points) holds
+    // the drawing, as `drawLayer` would have copied it in, without a second bitmap. False, with the
+    // canvas as before, when something has been drawn already or `read` gives none.
+    bool drawLayerFrom(const std::function<std::optional<Rect>(PixelRows)>& read);
     // Ends the context: the bitmap drawn so far. The canvas is left empty.
     ImagePtr makeImage();
     // The picture a canvas of `points` at `scale` would end with, of that size and scale now, its pixels drawn

@@ -68,10 +68,10 @@ void LayerCache::draw(Canvas& canvas, const LayerKey& key, const FontSystem& fon
     // it, unless a store on disk keeps it for the next process.
     auto seen = std::find(seen_.begin(), seen_.end(), sized);
     if (keepable && store_) {
-        if (std::optional<LayerStore::Layer> stored = store_->find(sized.bytes(), canvas.size(), canvas.scale(), fonts)) {
+        // Read straight into the canvas, not kept in memory: a process that finds its
+        // layers on disk mostly draws one picture, and pays for a bitmap only once.
+        if (store_->drawInto(sized.bytes(), canvas, fonts)) {
             if (seen != seen_.end()) seen_.erase(seen);
-            canvas.drawLayer(*stored->image, stored->drawn);
-            keep(std::move(sized), std::move(stored->image), stored->drawn, bytes);
             return;
         }
     } else if (seen == seen_.end() || !keepable) {

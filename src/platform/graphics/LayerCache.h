@@ -38,7 +38,8 @@ private:
 // last few layers are, within a number and a size in bytes, so memory stays
 // bounded; one cache serves one thread, as the object that owns it. With a
 // store on disk, a layer is kept from the first time and looked for there
-// before it is drawn, so that a new process finds it too.
+// before it is drawn, so that a new process finds it too; one found there
+// is read straight into the canvas.
 class LayerCache {
 public:
     // Enough for the pictures of every card at scale 3 (a 280-point picture

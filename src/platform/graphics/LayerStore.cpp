@@ -1,6 +1,7 @@
 #include "platform/graphics/LayerStore.h"
 
 #include "platform/core/ProgramBuild.h"
+#include "platform/graphics/Canvas.h"
 #include "platform/graphics/FontSystem.h"
 #include "platform/graphics/detail/KeptImageFile.h"
 
@@ -75,6 +76,14 @@ std::optional<LayerStore::Layer> LayerStore::find(const std::string& key, Size p
     std::optional<KeptImage> kept = readKeptImage(folder_ / entryName(key, fonts), kKind, scale, points);
     if (!kept) return std::nullopt;
     return Layer{std::move(kept->image), kept->noted};
+}
+
+bool LayerStore::drawInto(const std::string& key, Canvas& canvas, const FontSystem& fonts) {
+    if (folder_.empty()) return false;
+    const fs::path file = folder_ / entryName(key, fonts);
+    return canvas.drawLayerFrom([&](Canvas::PixelRows rows) {
+        return readKeptImageInto(file, kKind, canvas.size(), rows.data, rows.stride, rows.width, rows.height);
+    });
 }
 
 void LayerStore::keep(const std::string& key, const Layer& layer, const FontSystem& fonts) {

@@ -11,6 +11,7 @@
 
 namespace velmorant::platform {
 
+class Canvas;
 class FontSystem;
 
 // Kept layers (see LayerCache) on disk, so that a new process draws a picture's
@@ -39,6 +40,9 @@ public:
     };
     // The layer kept for `key` (its bytes, size and scale included) on a canvas of `points` at `scale`.
     std::optional<Layer> find(const std::string& key, Size points, double scale, const FontSystem& fonts);
+    // Copies the layer kept for `key` straight into `canvas`, on which nothing has been drawn yet; false when
+    // there is none (or the canvas has been drawn on), the canvas then as before.
+    bool drawInto(const std::string& key, Canvas& canvas, const FontSystem& fonts);
     // Keeps `layer`, drawn over `drawn`, for `key`.
     void keep(const std::string& key, const Layer& layer, const FontSystem& fonts);
 

@@ -11,6 +11,7 @@
 #include <gtest/gtest.h>
 
 #include <cstdlib>
+#include <cstring>
 #include <fstream>
 #include <functional>
 #include <vector>
@@ -97,6 +98,33 @@ TEST(LayerStore, ALaterProcessTakesTheKeptLayerAndDrawsTheSamePixels) {
     EXPECT_FALSE(later.stepsRan) << "taken from the store";
     EXPECT_TRUE(first.pixels == withoutStore.pixels);
     EXPECT_TRUE(later.pixels == withoutStore.pixels);
+}
+
+TEST(LayerStore, AReaderThatGivesUpLeavesNothingOfWhatItWrote) {
+    const std::vector<unsigned char> expected = [] {
+        Canvas canvas({60, 60}, 3, fonts());
+        ringSteps(canvas);
+        return pixels(*canvas.makeImage());
+    }();
+    struct Case {
+        const char* what;
+        bool drawnFirst;
+        bool readerSucceeds;
+    };
+    for (const Case& c : {Case{"the reader fails after writing", false, false},
+                          Case{"the canvas was drawn on before", true, true}}) {
+        SCOPED_TRACE(c.what);
+        Canvas canvas({60, 60}, 3, fonts());
+        if (c.drawnFirst) ringSteps(canvas);
+        const bool taken = canvas.drawLayerFrom([&](Canvas::PixelRows rows) -> std::optional<platform::Rect> {
+            for (int y = 0; y < rows.height; ++y) std::memset(rows.data + y * rows.stride, 0xff, rows.width * 4);
+            if (!c.readerSucceeds) return std::nullopt;
+            return platform::Rect{0, 0, 60, 60};
+        });
+        EXPECT_FALSE(taken);
+        if (!c.drawnFirst) ringSteps(canvas);
+        EXPECT_TRUE(pixels(*canvas.makeImage()) == expected);
+    }
 }
 
 TEST(LayerStore, ADamagedEntryIsDrawnAgainAndReplacedByAWholeOne) {

@@ -65,34 +65,60 @@ std::filesystem::path userCacheFolder(std::string_view name) {
     return {};
 }
 
+namespace {
+
+// Reads the rows after `header` into `data` and checks them: the file must end there and match its checksum.
+bool readRows(int fd, const Header& header, unsigned char* data, int stride) {
+    const std::uint64_t rowBytes = std::uint64_t(header.pixelWidth) * 4;
+    if (std::uint64_t(stride) == rowBytes) {
+        if (!readAll(fd, data, header.pixelBytes)) return false;
+    } else {
+        for (std::uint32_t y = 0; y < header.pixelHeight; ++y)
+            if (!readAll(fd, data + std::size_t(y) * stride, rowBytes)) return false;
+    }
+    char extra;
+    if (::read(fd, &extra, 1) != 0) return false;  // longer than its header says: not ours
+    return rowsChecksum(data, stride, static_cast<std::uint32_t>(rowBytes), header.pixelHeight) == header.checksum;
+}
+
+// The header of `file` when it is of `kind`, of `points` when given, and its pixel count agrees with its size.
+bool readHeader(int fd, const KeptImageKind& kind, std::optional<Size> points, Header& header) {
+    if (fd < 0 || !readAll(fd, &header, sizeof header) || header.kind != kind) return false;
+    if (points && (points->width != header.pointWidth || points->height != header.pointHeight)) return false;
+    return header.pixelBytes == std::uint64_t(header.pixelWidth) * 4 * header.pixelHeight;
+}
+
+Rect notedRect(const Header& header) { return {header.notedX, header.notedY, header.notedWidth, header.notedHeight}; }
+
+}  // namespace
+
 std::optional<KeptImage> readKeptImage(const std::filesystem::path& file, const KeptImageKind& kind, double scale,
                                        std::optional<Size> points) {
     FileDescriptor fd(::open(file.c_str(), O_RDONLY | O_CLOEXEC));
     Header header{};
-    if (fd.get() < 0 || !readAll(fd.get(), &header, sizeof header) || header.kind != kind) return std::nullopt;
-    if (points && (points->width != header.pointWidth || points->height != header.pointHeight)) return std::nullopt;
-    const std::uint64_t rowBytes = std::uint64_t(header.pixelWidth) * 4;
-    if (header.pixelBytes != rowBytes * header.pixelHeight) return std::nullopt;
+    if (!readHeader(fd.get(), kind, points, header)) return std::nullopt;
     std::shared_ptr<Image> image = Image::create({header.pointWidth, header.pointHeight}, scale);
     if (!image || image->pixelWidth() != static_cast<int>(header.pixelWidth) ||
         image->pixelHeight() != static_cast<int>(header.pixelHeight))
         return std::nullopt;
     cairo_surface_t* surface = cairoSurface(*image);
     cairo_surface_flush(surface);
-    unsigned char* data = cairo_image_surface_get_data(surface);
-    const int stride = cairo_image_surface_get_stride(surface);
-    if (std::uint64_t(stride) == rowBytes) {
-        if (!readAll(fd.get(), data, header.pixelBytes)) return std::nullopt;
-    } else {
-        for (std::uint32_t y = 0; y < header.pixelHeight; ++y)
-            if (!readAll(fd.get(), data + std::size_t(y) * stride, rowBytes)) return std::nullopt;
-    }
-    char extra;
-    if (::read(fd.get(), &extra, 1) != 0) return std::nullopt;  // longer than its header says: not ours
-    if (rowsChecksum(data, stride, static_cast<std::uint32_t>(rowBytes), header.pixelHeight) != header.checksum)
+    if (!readRows(fd.get(), header, cairo_image_surface_get_data(surface), cairo_image_surface_get_stride(surface)))
         return std::nullopt;
     cairo_surface_mark_dirty(surface);
-    return KeptImage{std::move(image), {header.notedX, header.notedY, header.notedWidth, header.notedHeight}};
+    return KeptImage{std::move(image), notedRect(header)};
+}
+
+std::optional<Rect> readKeptImageInto(const std::filesystem::path& file, const KeptImageKind& kind, Size points,
+                                      unsigned char* data, int stride, int pixelWidth, int pixelHeight) {
+    FileDescriptor fd(::open(file.c_str(), O_RDONLY | O_CLOEXEC));
+    Header header{};
+    if (!readHeader(fd.get(), kind, points, header)) return std::nullopt;
+    if (header.pixelWidth != static_cast<std::uint32_t>(pixelWidth) ||
+        header.pixelHeight != static_cast<std::uint32_t>(pixelHeight) || stride < pixelWidth * 4)
+        return std::nullopt;
+    if (!readRows(fd.get(), header, data, stride)) return std::nullopt;
+    return notedRect(header);
 }
 
 bool writeKeptImage(const std::filesystem::path& folder, const std::string& name, const KeptImageKind& kind,

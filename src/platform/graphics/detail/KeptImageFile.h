@@ -28,6 +28,12 @@ using KeptImageKind = std::array<char, 8>;
 std::optional<KeptImage> readKeptImage(const std::filesystem::path& file, const KeptImageKind& kind, double scale,
                                        std::optional<Size> points = std::nullopt);
 
+// Reads the picture in `file`, of `points` and `pixelWidth` x `pixelHeight` pixels, straight into `data`
+// (rows `stride` bytes apart): the rectangle its owner noted, or none, under the same conditions as
+// `readKeptImage`, with `data` then holding anything.
+std::optional<Rect> readKeptImageInto(const std::filesystem::path& file, const KeptImageKind& kind, Size points,
+                                      unsigned char* data, int stride, int pixelWidth, int pixelHeight);
+
 // The folder `name` in the user's cache: under $XDG_CACHE_HOME, else ~/.cache;
 // none when neither is an absolute path.
 std::filesystem::path userCacheFolder(std::string_view name);
