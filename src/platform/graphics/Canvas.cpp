@@ -788,7 +788,7 @@ Canvas::TextBlockSize Canvas::sizeOfTextBlock(std::string_view text, double widt
     double scale = impl_->scale;
     return {{static_cast<double>(logical.width) / PANGO_SCALE / scale,
              static_cast<double>(logical.height) / PANGO_SCALE / scale},
-            pango_layout_is_ellipsized(layout.get()) != 0};
+            pango_layout_is_ellipsized(layout.get()) != 0, pango_layout_get_line_count(layout.get())};
 }
 
 void Canvas::drawTextBlock(std::string_view text, Rect rect, int lines, TextAlignment alignment,

@@ -157,6 +157,7 @@ public:
     struct TextBlockSize {
         Size size;
         bool truncated = false;
+        int lines = 0;
     };
 
     // Adds a rectangle with corners rounded to `radius` (held to half the shorter side).

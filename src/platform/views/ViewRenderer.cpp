@@ -68,13 +68,11 @@ std::string withColourPictographs(std::string_view text) {
 }
 
 // The narrowest part of `frame` that holds a wrapped text in as many lines as
-// the whole width does, placed by the alignment: lines of even length read
-// better than a long line over a lone last word.
-Rect balanced(const Canvas& canvas, std::string_view text, Rect frame, int lines, TextAlignment alignment,
-              const TextAttributes& attributes) {
-    Canvas::TextBlockSize full = canvas.sizeOfTextBlock(text, frame.width, lines, attributes);
-    double oneLine = canvas.sizeOfTextBlock(text, frame.width, 1, attributes).size.height;
-    if (full.truncated || full.size.height < 1.5 * oneLine) return frame;
+// the whole width does (`full`, the text laid out across it), placed by the
+// alignment: lines of even length read better than a long line over a lone last word.
+Rect balanced(const Canvas& canvas, std::string_view text, Rect frame, const Canvas::TextBlockSize& full, int lines,
+              TextAlignment alignment, const TextAttributes& attributes) {
+    if (full.truncated || full.lines < 2) return frame;
     double narrow = frame.width / 2, wide = frame.width;
     for (int step = 0; step < kBalancingSteps; ++step) {
         double middle = (narrow + wide) / 2;
@@ -169,18 +167,23 @@ const ViewRenderer::FittedText& ViewRenderer::fitted(const Canvas& canvas, const
     // The font as given, then one step smaller; whatever still does not fit is
     // cut with an ellipsis at the smaller size, in as many lines as the frame holds.
     Font given = fit.attributes.font;
+    Canvas::TextBlockSize block;
     for (double factor : {1.0, fitting.minimumScaleFactor}) {
         fit.attributes.font.size = given.size * factor;
         fit.lines = fitting.numberOfLines == 0 ? kMostLines : fitting.numberOfLines;
-        Canvas::TextBlockSize block = canvas.sizeOfTextBlock(fit.text, frame.width, fit.lines, fit.attributes);
+        block = canvas.sizeOfTextBlock(fit.text, frame.width, fit.lines, fit.attributes);
         while (fit.lines > 1 && block.size.height > frame.height + kHeightTolerance) {
+            // Allowed only the lines it takes, the text is laid out the same: not measured again.
+            if (!block.truncated) fit.lines = std::clamp(block.lines, 1, fit.lines);
+            if (fit.lines == 1) break;
             --fit.lines;
             block = canvas.sizeOfTextBlock(fit.text, frame.width, fit.lines, fit.attributes);
         }
         if (!block.truncated) break;
     }
     Rect atOrigin{0, 0, frame.width, frame.height};
-    fit.block = fit.lines == 1 ? atOrigin : balanced(canvas, fit.text, atOrigin, fit.lines, view.alignment(), fit.attributes);
+    fit.block = fit.lines == 1 ? atOrigin
+                               : balanced(canvas, fit.text, atOrigin, block, fit.lines, view.alignment(), fit.attributes);
     return fittedTexts_.emplace(&view, std::move(fit)).first->second;
 }
 
