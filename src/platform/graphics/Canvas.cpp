@@ -780,29 +780,37 @@ GObjectPtr<PangoLayout> blockLayout(const FontSystem& fonts, double scale, std::
 
 }  // namespace
 
-Canvas::TextBlockSize Canvas::sizeOfTextBlock(std::string_view text, double width, int lines,
-                                              const TextAttributes& attributes) const {
-    GObjectPtr<PangoLayout> layout = blockLayout(impl_->fonts, impl_->scale, text, width, lines, attributes);
-    PangoRectangle logical;
-    pango_layout_get_extents(layout.get(), nullptr, &logical);
-    double scale = impl_->scale;
-    return {{static_cast<double>(logical.width) / PANGO_SCALE / scale,
-             static_cast<double>(logical.height) / PANGO_SCALE / scale},
-            pango_layout_is_ellipsized(layout.get()) != 0, pango_layout_get_line_count(layout.get())};
-}
+struct Canvas::TextBlock::Layout {
+    GObjectPtr<PangoLayout> layout;
+    Rgba foreground;
+};
 
-void Canvas::drawTextBlock(std::string_view text, Rect rect, int lines, TextAlignment alignment,
-                           const TextAttributes& attributes) {
-    if (!impl_->drawable() || text.empty() || !finite(rect.x) || !finite(rect.y) || !finite(rect.height)) return;
-    double scale = impl_->scale;
-    GObjectPtr<PangoLayout> layout = blockLayout(impl_->fonts, scale, text, rect.width, lines, attributes);
+Canvas::TextBlock Canvas::layOutTextBlock(std::string_view text, double width, int lines, TextAlignment alignment,
+                                          const TextAttributes& attributes) const {
+    GObjectPtr<PangoLayout> layout = blockLayout(impl_->fonts, impl_->scale, text, width, lines, attributes);
     pango_layout_set_alignment(layout.get(), alignment == TextAlignment::Centre  ? PANGO_ALIGN_CENTER
                                              : alignment == TextAlignment::Right ? PANGO_ALIGN_RIGHT
                                                                                  : PANGO_ALIGN_LEFT);
+    PangoRectangle logical;
+    pango_layout_get_extents(layout.get(), nullptr, &logical);
+    double scale = impl_->scale;
+    TextBlock block;
+    block.size = {static_cast<double>(logical.width) / PANGO_SCALE / scale,
+                  static_cast<double>(logical.height) / PANGO_SCALE / scale};
+    block.truncated = pango_layout_is_ellipsized(layout.get()) != 0;
+    block.lines = pango_layout_get_line_count(layout.get());
+    if (!text.empty()) block.layout_ = std::make_shared<const TextBlock::Layout>(std::move(layout), attributes.foreground.rgba());
+    return block;
+}
+
+void Canvas::drawTextBlock(const TextBlock& block, Rect rect) {
+    if (!impl_->drawable() || !block.layout_ || !finite(rect.x) || !finite(rect.y) || !finite(rect.height)) return;
+    double scale = impl_->scale;
+    PangoLayout* layout = block.layout_->layout.get();
     PangoRectangle ink, logical;
-    pango_layout_get_pixel_extents(layout.get(), &ink, &logical);
+    pango_layout_get_pixel_extents(layout, &ink, &logical);
     Point p = impl_->clamped({rect.x, rect.y + (rect.height - logical.height / scale) / 2});
-    Rgba foreground = attributes.foreground.rgba();
+    Rgba foreground = block.layout_->foreground;
     PixelBox extent = layoutExtent(p, scale, ink, logical);
     impl_->draw(extent, [&](cairo_t* target) {
         CairoSaved saved(target);
@@ -811,7 +819,7 @@ void Canvas::drawTextBlock(std::string_view text, Rect rect, int lines, TextAlig
         cairo_scale(target, 1 / scale, 1 / scale);
         setSource(target, foreground);
         cairo_move_to(target, 0, 0);
-        pango_cairo_show_layout(target, layout.get());
+        pango_cairo_show_layout(target, layout);
         // The saved state does not cover the path: leave no current point behind.
         cairo_new_path(target);
     }, MaskGrid::Pixels);

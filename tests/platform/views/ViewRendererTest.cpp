@@ -169,8 +169,8 @@ TEST(ViewRenderer, ALabelOfAnyNumberOfLinesTakesAsManyAsItsFrameHolds) {
     const std::string text = "A text long enough to wrap into four lines of this narrow label";
     Canvas canvas({200, 120}, 3, fonts());
     const TextAttributes attributes{Font::systemFontOfSize(18), Colour::whiteColor()};
-    auto heightOf = [&](int lines) { return canvas.sizeOfTextBlock(text, 150, lines, attributes).size.height; };
-    ASSERT_EQ(canvas.sizeOfTextBlock(text, 150, 0, attributes).lines, 4);
+    auto heightOf = [&](int lines) { return canvas.layOutTextBlock(text, 150, lines, TextAlignment::Centre, attributes).size.height; };
+    ASSERT_EQ(canvas.layOutTextBlock(text, 150, 0, TextAlignment::Centre, attributes).lines, 4);
     // Frames holding one line (or less), two, three, all four and more: as if that many lines were asked for.
     const std::pair<double, int> frames[] = {{5, 1}, {heightOf(1), 1}, {heightOf(2), 2}, {heightOf(3) + 0.4, 3},
                                              {heightOf(4), 4}, {100, 4}};
