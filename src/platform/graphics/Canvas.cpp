@@ -12,6 +12,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <cstdint>
 #include <cstdlib>
 #include <cstring>
 #include <functional>
@@ -151,6 +152,15 @@ GCharPtr validText(std::string_view text) {
 
 void setSource(cairo_t* cr, const Rgba& c) { cairo_set_source_rgba(cr, c.r, c.g, c.b, c.a); }
 
+// Sets `count` pixels to `pixel`, four at a store (the compiler leaves a plain loop at one).
+void fillPixels(std::uint32_t* pixels, int count, std::uint32_t pixel) {
+    using Four = std::uint32_t __attribute__((vector_size(16)));
+    const Four four = {pixel, pixel, pixel, pixel};
+    int x = 0;
+    for (; x + 4 <= count; x += 4) std::memcpy(pixels + x, &four, sizeof four);
+    for (; x < count; ++x) pixels[x] = pixel;
+}
+
 // A box in device pixels.
 struct PixelBox {
     double x0 = 0, y0 = 0, x1 = 0, y1 = 0;
@@ -222,6 +232,35 @@ struct Canvas::Impl {
         auto whole = [](double v) { return std::abs(v - std::round(v)) < 1e-6; };
         if (box.empty() || !whole(box.x0) || !whole(box.y0) || !whole(box.x1) || !whole(box.y1)) return std::nullopt;
         return PixelBox{std::round(box.x0), std::round(box.y0), std::round(box.x1), std::round(box.y1)};
+    }
+
+    // Paints `source`, the same along every row, over `box` (whole pixels,
+    // inside the clip): only its first column is painted, then copied along
+    // each row. Pixman gives every pixel of such a row the same colour, so this
+    // is the paint, at a fraction of the cost for a card-wide gradient.
+    void paintRowsAlike(PixelBox box, cairo_pattern_t* source) {
+        cairo_t* context = cr.get();
+        const int x0 = static_cast<int>(box.x0), y0 = static_cast<int>(box.y0);
+        const int x1 = static_cast<int>(box.x1), y1 = static_cast<int>(box.y1);
+        {
+            CairoSaved saved(context);
+            cairo_matrix_t matrix;
+            cairo_get_matrix(context, &matrix);
+            cairo_identity_matrix(context);
+            cairo_rectangle(context, x0, y0, 1, y1 - y0);
+            cairo_clip(context);
+            cairo_set_matrix(context, &matrix);
+            cairo_set_source(context, source);
+            cairo_paint(context);
+        }
+        cairo_surface_flush(surface.get());
+        unsigned char* data = cairo_image_surface_get_data(surface.get());
+        const int stride = cairo_image_surface_get_stride(surface.get());
+        for (int y = y0; y < y1; ++y) {
+            auto* row = reinterpret_cast<std::uint32_t*>(data + static_cast<std::size_t>(y) * stride);
+            fillPixels(row + x0 + 1, x1 - x0 - 1, row[x0]);
+        }
+        cairo_surface_mark_dirty(surface.get());
     }
 
     bool drawable() const {
@@ -705,9 +744,15 @@ void Canvas::drawLinearGradient(const std::vector<Colour>& colours, Point start,
         replaced = impl_->wholePixelClip();
     if (replaced) impl_->clearAround(*replaced);
     else impl_->clear();
-    CairoSaved saved(cr);
-    cairo_set_source(cr, pattern.get());
-    cairo_paint(cr);
+    cairo_matrix_t matrix;
+    cairo_get_matrix(cr, &matrix);
+    if (replaced && a.x == b.x && matrix.xy == 0 && matrix.yx == 0) {
+        impl_->paintRowsAlike(*replaced, pattern.get());
+    } else {
+        CairoSaved saved(cr);
+        cairo_set_source(cr, pattern.get());
+        cairo_paint(cr);
+    }
     double x0, y0, x1, y1;
     cairo_clip_extents(cr, &x0, &y0, &x1, &y1);
     impl_->markDrawn(impl_->deviceBox(std::floor(x0), std::floor(y0), std::ceil(x1), std::ceil(y1)));
@@ -735,29 +780,37 @@ GObjectPtr<PangoLayout> blockLayout(const FontSystem& fonts, double scale, std::
 
 }  // namespace
 
-Canvas::TextBlockSize Canvas::sizeOfTextBlock(std::string_view text, double width, int lines,
-                                              const TextAttributes& attributes) const {
-    GObjectPtr<PangoLayout> layout = blockLayout(impl_->fonts, impl_->scale, text, width, lines, attributes);
-    PangoRectangle logical;
-    pango_layout_get_extents(layout.get(), nullptr, &logical);
-    double scale = impl_->scale;
-    return {{static_cast<double>(logical.width) / PANGO_SCALE / scale,
-             static_cast<double>(logical.height) / PANGO_SCALE / scale},
-            pango_layout_is_ellipsized(layout.get()) != 0};
-}
+struct Canvas::TextBlock::Layout {
+    GObjectPtr<PangoLayout> layout;
+    Rgba foreground;
+};
 
-void Canvas::drawTextBlock(std::string_view text, Rect rect, int lines, TextAlignment alignment,
-                           const TextAttributes& attributes) {
-    if (!impl_->drawable() || text.empty() || !finite(rect.x) || !finite(rect.y) || !finite(rect.height)) return;
-    double scale = impl_->scale;
-    GObjectPtr<PangoLayout> layout = blockLayout(impl_->fonts, scale, text, rect.width, lines, attributes);
+Canvas::TextBlock Canvas::layOutTextBlock(std::string_view text, double width, int lines, TextAlignment alignment,
+                                          const TextAttributes& attributes) const {
+    GObjectPtr<PangoLayout> layout = blockLayout(impl_->fonts, impl_->scale, text, width, lines, attributes);
     pango_layout_set_alignment(layout.get(), alignment == TextAlignment::Centre  ? PANGO_ALIGN_CENTER
                                              : alignment == TextAlignment::Right ? PANGO_ALIGN_RIGHT
                                                                                  : PANGO_ALIGN_LEFT);
+    PangoRectangle logical;
+    pango_layout_get_extents(layout.get(), nullptr, &logical);
+    double scale = impl_->scale;
+    TextBlock block;
+    block.size = {static_cast<double>(logical.width) / PANGO_SCALE / scale,
+                  static_cast<double>(logical.height) / PANGO_SCALE / scale};
+    block.truncated = pango_layout_is_ellipsized(layout.get()) != 0;
+    block.lines = pango_layout_get_line_count(layout.get());
+    if (!text.empty()) block.layout_ = std::make_shared<const TextBlock::Layout>(std::move(layout), attributes.foreground.rgba());
+    return block;
+}
+
+void Canvas::drawTextBlock(const TextBlock& block, Rect rect) {
+    if (!impl_->drawable() || !block.layout_ || !finite(rect.x) || !finite(rect.y) || !finite(rect.height)) return;
+    double scale = impl_->scale;
+    PangoLayout* layout = block.layout_->layout.get();
     PangoRectangle ink, logical;
-    pango_layout_get_pixel_extents(layout.get(), &ink, &logical);
+    pango_layout_get_pixel_extents(layout, &ink, &logical);
     Point p = impl_->clamped({rect.x, rect.y + (rect.height - logical.height / scale) / 2});
-    Rgba foreground = attributes.foreground.rgba();
+    Rgba foreground = block.layout_->foreground;
     PixelBox extent = layoutExtent(p, scale, ink, logical);
     impl_->draw(extent, [&](cairo_t* target) {
         CairoSaved saved(target);
@@ -766,7 +819,7 @@ void Canvas::drawTextBlock(std::string_view text, Rect rect, int lines, TextAlig
         cairo_scale(target, 1 / scale, 1 / scale);
         setSource(target, foreground);
         cairo_move_to(target, 0, 0);
-        pango_cairo_show_layout(target, layout.get());
+        pango_cairo_show_layout(target, layout);
         // The saved state does not cover the path: leave no current point behind.
         cairo_new_path(target);
     }, MaskGrid::Pixels);

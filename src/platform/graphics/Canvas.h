@@ -153,10 +153,18 @@ public:
     // asked for, `draw` holds copies of what it draws from, never what may change in the meantime.
     static ImagePtr drawLater(Size points, double scale, std::function<ImagePtr()> draw);
 
-    // The laid-out size of a text block and whether it had to be cut short.
-    struct TextBlockSize {
-        Size size;
-        bool truncated = false;
+    // A text block laid out once: measured, then drawn as it is on any canvas of
+    // the same scale and fonts (every band of a card), never laid out again.
+    class TextBlock {
+    public:
+        Size size;               // as laid out, in points
+        bool truncated = false;  // cut short with an ellipsis
+        int lines = 0;
+
+    private:
+        friend class Canvas;
+        struct Layout;
+        std::shared_ptr<const Layout> layout_;
     };
 
     // Adds a rectangle with corners rounded to `radius` (held to half the shorter side).
@@ -166,11 +174,12 @@ public:
     void clipToPath();
     // Paints the clip with a linear gradient of evenly spaced colours from `start` to `end`.
     void drawLinearGradient(const std::vector<Colour>& colours, Point start, Point end);
-    // A text wrapped to `width` in at most `lines` lines (0: any number), cut with an ellipsis beyond.
-    TextBlockSize sizeOfTextBlock(std::string_view text, double width, int lines, const TextAttributes& attributes) const;
-    // Draws such a block in `rect`: aligned across it, centred down it, cut with an ellipsis when longer.
-    void drawTextBlock(std::string_view text, Rect rect, int lines, TextAlignment alignment,
-                       const TextAttributes& attributes);
+    // A text wrapped to `width` in at most `lines` lines (0: any number), cut with an ellipsis beyond,
+    // each line aligned across the width.
+    TextBlock layOutTextBlock(std::string_view text, double width, int lines, TextAlignment alignment,
+                              const TextAttributes& attributes) const;
+    // Draws such a block in `rect` (as wide as it was laid out): from its left edge, centred down it.
+    void drawTextBlock(const TextBlock& block, Rect rect);
 
 private:
     friend class SavedState;

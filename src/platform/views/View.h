@@ -19,6 +19,11 @@ class Layer {
 public:
     Layer() = default;
     explicit Layer(std::string name) : name_(std::move(name)) {}
+    // A copy owns copies of the sublayers: restyling it leaves the original as it was.
+    Layer(const Layer& other);
+    Layer& operator=(const Layer& other);
+    Layer(Layer&&) = default;
+    Layer& operator=(Layer&&) = default;
 
     const std::string& name() const { return name_; }
     void setName(std::string name) { name_ = std::move(name); }

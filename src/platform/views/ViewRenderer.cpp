@@ -7,6 +7,8 @@
 #include <algorithm>
 #include <chrono>
 #include <cmath>
+#include <tuple>
+#include <utility>
 
 #include <unicode/uchar.h>
 
@@ -68,23 +70,26 @@ std::string withColourPictographs(std::string_view text) {
 }
 
 // The narrowest part of `frame` that holds a wrapped text in as many lines as
-// the whole width does, placed by the alignment: lines of even length read
-// better than a long line over a lone last word.
-Rect balanced(const Canvas& canvas, std::string_view text, Rect frame, int lines, TextAlignment alignment,
-              const TextAttributes& attributes) {
-    Canvas::TextBlockSize full = canvas.sizeOfTextBlock(text, frame.width, lines, attributes);
-    double oneLine = canvas.sizeOfTextBlock(text, frame.width, 1, attributes).size.height;
-    if (full.truncated || full.size.height < 1.5 * oneLine) return frame;
+// the whole width does (`full`, the text laid out across it), placed by the
+// alignment, and the text laid out across it: lines of even length read better
+// than a long line over a lone last word.
+std::pair<Rect, Canvas::TextBlock> balanced(const Canvas& canvas, std::string_view text, Rect frame,
+                                            Canvas::TextBlock full, int lines, TextAlignment alignment,
+                                            const TextAttributes& attributes) {
+    if (full.truncated || full.lines < 2) return {frame, std::move(full)};
+    const double height = full.size.height;
     double narrow = frame.width / 2, wide = frame.width;
+    Canvas::TextBlock widest = std::move(full);
     for (int step = 0; step < kBalancingSteps; ++step) {
         double middle = (narrow + wide) / 2;
-        Canvas::TextBlockSize trial = canvas.sizeOfTextBlock(text, middle, lines, attributes);
-        bool same = !trial.truncated && trial.size.height <= full.size.height + kHeightTolerance;
+        Canvas::TextBlock trial = canvas.layOutTextBlock(text, middle, lines, alignment, attributes);
+        bool same = !trial.truncated && trial.size.height <= height + kHeightTolerance;
         (same ? wide : narrow) = middle;
+        if (same) widest = std::move(trial);
     }
     double spare = frame.width - wide;
     double shift = alignment == TextAlignment::Centre ? spare / 2 : alignment == TextAlignment::Right ? spare : 0;
-    return {frame.x + shift, frame.y, wide, frame.height};
+    return {{frame.x + shift, frame.y, wide, frame.height}, std::move(widest)};
 }
 
 }  // namespace
@@ -163,35 +168,43 @@ void ViewRenderer::drawImage(Canvas& canvas, const View& view, const ImagePtr& i
 
 const ViewRenderer::FittedText& ViewRenderer::fitted(const Canvas& canvas, const View& view, Rect frame) const {
     if (auto it = fittedTexts_.find(&view); it != fittedTexts_.end()) return it->second;
-    FittedText fit{withColourPictographs(*view.text()), {}, 1, {}};
+    const std::string text = withColourPictographs(*view.text());
     const TextFitting& fitting = view.textFitting();
-    fit.attributes = {view.font().value_or(Font::systemFontOfSize(17)), view.textColor().value_or(defaultTextColour())};
+    TextAttributes attributes{view.font().value_or(Font::systemFontOfSize(17)),
+                              view.textColor().value_or(defaultTextColour())};
     // The font as given, then one step smaller; whatever still does not fit is
     // cut with an ellipsis at the smaller size, in as many lines as the frame holds.
-    Font given = fit.attributes.font;
+    const Font given = attributes.font;
+    const TextAlignment alignment = view.alignment();
+    int lines = 1;
+    Canvas::TextBlock block;
     for (double factor : {1.0, fitting.minimumScaleFactor}) {
-        fit.attributes.font.size = given.size * factor;
-        fit.lines = fitting.numberOfLines == 0 ? kMostLines : fitting.numberOfLines;
-        Canvas::TextBlockSize block = canvas.sizeOfTextBlock(fit.text, frame.width, fit.lines, fit.attributes);
-        while (fit.lines > 1 && block.size.height > frame.height + kHeightTolerance) {
-            --fit.lines;
-            block = canvas.sizeOfTextBlock(fit.text, frame.width, fit.lines, fit.attributes);
+        attributes.font.size = given.size * factor;
+        lines = fitting.numberOfLines == 0 ? kMostLines : fitting.numberOfLines;
+        block = canvas.layOutTextBlock(text, frame.width, lines, alignment, attributes);
+        while (lines > 1 && block.size.height > frame.height + kHeightTolerance) {
+            // Allowed only the lines it takes, the text is laid out the same: not measured again.
+            if (!block.truncated) lines = std::clamp(block.lines, 1, lines);
+            if (lines == 1) break;
+            --lines;
+            block = canvas.layOutTextBlock(text, frame.width, lines, alignment, attributes);
         }
         if (!block.truncated) break;
     }
     Rect atOrigin{0, 0, frame.width, frame.height};
-    fit.block = fit.lines == 1 ? atOrigin : balanced(canvas, fit.text, atOrigin, fit.lines, view.alignment(), fit.attributes);
+    FittedText fit{atOrigin, std::move(block)};
+    if (lines > 1) std::tie(fit.rect, fit.block) = balanced(canvas, text, atOrigin, std::move(fit.block), lines, alignment, attributes);
     return fittedTexts_.emplace(&view, std::move(fit)).first->second;
 }
 
 void ViewRenderer::drawText(Canvas& canvas, const View& view, Rect frame) const {
-    // Fitted once for the card: a label across two bands is measured once.
+    // Laid out once for the card: a label across two bands is neither measured nor laid out again.
     const FittedText& fit = fitted(canvas, view, frame);
-    Rect block{frame.x + fit.block.x, frame.y + fit.block.y, fit.block.width, fit.block.height};
+    Rect block{frame.x + fit.rect.x, frame.y + fit.rect.y, fit.rect.width, fit.rect.height};
     canvas.addRoundedRect(frame, 0);
     auto saved = canvas.saveGState();
     canvas.clipToPath();
-    canvas.drawTextBlock(fit.text, block, fit.lines, view.alignment(), fit.attributes);
+    canvas.drawTextBlock(fit.block, block);
 }
 
 ImagePtr renderCard(const ViewTree& views, Size size, double scale, const FontSystem& fonts) {

@@ -28,13 +28,11 @@ public:
     bool coversCard() const;
 
 private:
-    // A label's text as drawn: its font size, lines and block (placed
-    // relative to the view's frame), which depend only on the frame's size.
+    // A label's text as drawn: its block (placed relative to the view's frame)
+    // and the text laid out for it, which depend only on the frame's size.
     struct FittedText {
-        std::string text;
-        TextAttributes attributes;
-        int lines;
-        Rect block;
+        Rect rect;
+        Canvas::TextBlock block;
     };
     const FittedText& fitted(const Canvas& canvas, const View& view, Rect frame) const;
     void drawView(Canvas& canvas, const View& view, Rect frame) const;

@@ -4,6 +4,7 @@
 
 #include <fstream>
 #include <map>
+#include <mutex>
 #include <sstream>
 #include <stdexcept>
 
@@ -71,7 +72,51 @@ TextFitting textFittingFrom(const json& v, const std::string& view) {
     return fitting;
 }
 
+// A parsed description and the file's state it was read in.
+struct KeptInterface {
+    std::filesystem::file_time_type written;
+    std::uintmax_t size = 0;
+    std::shared_ptr<const ViewTree> tree;
+};
+
+// Descriptions parsed in this process, by path: every card reads the same one,
+// and parsing it cost about a tenth of a card without a picture.
+class KeptInterfaces {
+public:
+    std::shared_ptr<const ViewTree> find(const std::filesystem::path& file, std::filesystem::file_time_type written,
+                                         std::uintmax_t size) {
+        std::lock_guard lock(mutex_);
+        auto it = kept_.find(file);
+        if (it == kept_.end() || it->second.written != written || it->second.size != size) return nullptr;
+        return it->second.tree;
+    }
+    void keep(const std::filesystem::path& file, KeptInterface interface) {
+        std::lock_guard lock(mutex_);
+        // A process reads one or two descriptions; many paths are tests' own files.
+        if (kept_.size() >= kMostKept && !kept_.contains(file)) kept_.clear();
+        kept_[file] = std::move(interface);
+    }
+
+private:
+    static constexpr std::size_t kMostKept = 16;
+    std::mutex mutex_;
+    std::map<std::filesystem::path, KeptInterface> kept_;
+};
+
+KeptInterfaces& keptInterfaces() {
+    static KeptInterfaces kept;
+    return kept;
+}
+
 }  // namespace
+
+ViewTree ViewTree::copied(const ImageLookup& images) const {
+    ViewTree tree;
+    tree.images_ = images;
+    tree.views_.reserve(views_.size());
+    for (const auto& view : views_) tree.views_.push_back(std::make_unique<View>(*view));
+    return tree;
+}
 
 ViewTree ViewTree::parseInterface(std::string_view text, const ImageLookup& images) {
     json doc = json::parse(text.begin(), text.end());
@@ -125,15 +170,24 @@ ViewTree ViewTree::parseInterface(std::string_view text, const ImageLookup& imag
 }
 
 ViewTree ViewTree::loadInterface(const std::filesystem::path& file, const ImageLookup& images) {
+    // Its state taken before it is read: a file changed while it is read is read again next time.
+    std::error_code unknown;
+    auto written = std::filesystem::last_write_time(file, unknown);
+    std::uintmax_t size = unknown ? 0 : std::filesystem::file_size(file, unknown);
+    if (!unknown)
+        if (auto kept = keptInterfaces().find(file, written, size)) return kept->copied(images);
     std::ifstream in(file);
     if (!in) throw std::runtime_error("interface description " + file.string() + " cannot be opened");
     std::stringstream text;
     text << in.rdbuf();
+    ViewTree tree;
     try {
-        return parseInterface(text.str(), images);
+        tree = parseInterface(text.str(), images);
     } catch (const std::exception& e) {
         throw std::runtime_error("interface description " + file.string() + ": " + e.what());
     }
+    if (!unknown) keptInterfaces().keep(file, {written, size, std::make_shared<const ViewTree>(tree.copied({}))});
+    return tree;
 }
 
 View* ViewTree::view(std::string_view name) {

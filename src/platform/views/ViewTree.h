@@ -20,6 +20,7 @@ public:
     // Reads an interface description (JSON); throws std::runtime_error naming
     // the file and what is wrong in it. The lookup finds an image view's own
     // artwork when it is first drawn; without one, image views show only what is set.
+    // A file is parsed once while it stays unchanged: later loads copy the tree kept from it.
     static ViewTree loadInterface(const std::filesystem::path& file, const ImageLookup& images = {});
     static ViewTree parseInterface(std::string_view json, const ImageLookup& images = {});
 
@@ -36,6 +37,8 @@ public:
 
 private:
     ViewTree() = default;
+    // A tree of copies of this one's views, finding artwork with `images`.
+    ViewTree copied(const ImageLookup& images) const;
     std::vector<std::unique_ptr<View>> views_;
     ImageLookup images_;
 };

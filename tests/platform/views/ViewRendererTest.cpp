@@ -10,6 +10,7 @@
 
 #include <cmath>
 #include <cstdint>
+#include <cstring>
 #include <vector>
 #include <string>
 
@@ -144,6 +145,39 @@ TEST(ViewRenderer, FitsALongTextAStepSmallerThenCutsItWithAnEllipsis) {
     for (double y = frame.y; y < frame.y + frame.height; y += 1.0 / 3)
         rows += whitePixels(*card, {frame.x, y, 20, 1.0 / 3}) > 0;
     EXPECT_NEAR(rows / 3.0, 13, 1.5);
+}
+
+// A card of one label, `lines` as described, `height` points tall, its text centred.
+ImagePtr labelCard(int lines, double height, const std::string& text) {
+    ViewTree tree = ViewTree::parseInterface(
+        R"({"views": [{"name": "card", "kind": "container", "frame": [0, 0, 200, 120], "backgroundColour": {"name": "black"}},
+          {"name": "label", "kind": "label", "parent": "card", "frame": [10, 10, 150, )" + std::to_string(height) +
+        R"(], "alignment": "centre", "font": {"size": 18}, "textColour": {"name": "white"}, "lines": )" +
+        std::to_string(lines) + R"(, "text": ")" + text + R"("}]})");
+    return renderCard(tree, {200, 120}, 3, fonts());
+}
+
+bool samePixels(const Image& a, const Image& b) {
+    cairo_surface_t *x = cairoSurface(a), *y = cairoSurface(b);
+    const int stride = cairo_image_surface_get_stride(x);
+    return a.pixelWidth() == b.pixelWidth() && a.pixelHeight() == b.pixelHeight() &&
+           std::memcmp(cairo_image_surface_get_data(x), cairo_image_surface_get_data(y),
+                       std::size_t(stride) * a.pixelHeight()) == 0;
+}
+
+TEST(ViewRenderer, ALabelOfAnyNumberOfLinesTakesAsManyAsItsFrameHolds) {
+    const std::string text = "A text long enough to wrap into four lines of this narrow label";
+    Canvas canvas({200, 120}, 3, fonts());
+    const TextAttributes attributes{Font::systemFontOfSize(18), Colour::whiteColor()};
+    auto heightOf = [&](int lines) { return canvas.layOutTextBlock(text, 150, lines, TextAlignment::Centre, attributes).size.height; };
+    ASSERT_EQ(canvas.layOutTextBlock(text, 150, 0, TextAlignment::Centre, attributes).lines, 4);
+    // Frames holding one line (or less), two, three, all four and more: as if that many lines were asked for.
+    const std::pair<double, int> frames[] = {{5, 1}, {heightOf(1), 1}, {heightOf(2), 2}, {heightOf(3) + 0.4, 3},
+                                             {heightOf(4), 4}, {100, 4}};
+    for (auto [height, lines] : frames)
+        EXPECT_TRUE(samePixels(*labelCard(0, height, text), *labelCard(lines, height, text))) << height << " " << lines;
+    // A text of one line in a frame too short for it stays whole on that line.
+    EXPECT_TRUE(samePixels(*labelCard(0, 5, "Short"), *labelCard(1, 5, "Short")));
 }
 
 // The pixels whose colour differs between an opaque card written to `file` and `whole`; -1 when the sizes differ.
