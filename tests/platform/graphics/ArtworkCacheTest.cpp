@@ -1,6 +1,7 @@
 #include "platform/graphics/ImageResources.h"
 #include "platform/graphics/Image.h"
 #include "platform/graphics/detail/ImageSurface.h"
+#include "FlipByte.h"
 #include "TempDir.h"
 
 #include <gtest/gtest.h>
@@ -34,16 +35,6 @@ fs::path onlyEntry(const fs::path& cache) {
     std::vector<fs::path> entries;
     for (const auto& entry : fs::directory_iterator(cache)) entries.push_back(entry.path());
     return entries.size() == 1 ? entries[0] : fs::path();
-}
-
-// Turns the bits of the byte at `offset` over, in place.
-void flipByte(const fs::path& file, std::uintmax_t offset) {
-    std::fstream stream(file, std::ios::in | std::ios::out | std::ios::binary);
-    stream.seekg(static_cast<std::streamoff>(offset));
-    char byte = 0;
-    stream.get(byte);
-    stream.seekp(static_cast<std::streamoff>(offset));
-    stream.put(static_cast<char>(~byte));
 }
 
 struct Load {

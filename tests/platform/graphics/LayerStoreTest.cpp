@@ -3,6 +3,7 @@
 // or the folder only means the steps are drawn again.
 #include "platform/graphics/LayerStore.h"
 
+#include "FlipByte.h"
 #include "TempDir.h"
 #include "platform/graphics/FontSystem.h"
 #include "platform/graphics/LayerCache.h"
@@ -55,15 +56,6 @@ std::vector<fs::path> entries(const fs::path& folder) {
     for (auto it = fs::directory_iterator(folder, ec); !ec && it != fs::directory_iterator(); it.increment(ec))
         found.push_back(it->path());
     return found;
-}
-
-void flipByte(const fs::path& file, std::uintmax_t offset) {
-    std::fstream stream(file, std::ios::in | std::ios::out | std::ios::binary);
-    stream.seekg(static_cast<std::streamoff>(offset));
-    char byte = 0;
-    stream.get(byte);
-    stream.seekp(static_cast<std::streamoff>(offset));
-    stream.put(static_cast<char>(~byte));
 }
 
 // One process's drawing of one picture: a fresh cache over the store's folder.
