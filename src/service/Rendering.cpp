@@ -10,6 +10,7 @@
 #include "platform/graphics/FontSystem.h"
 #include "platform/graphics/Image.h"
 #include "platform/graphics/PngWriter.h"
+#include "platform/text/Text.h"
 #include "platform/views/ViewRenderer.h"
 
 #include <algorithm>
@@ -154,9 +155,11 @@ std::string cardPng(const platform::ViewTree& views, const cli::SnippetCard& fil
 
 std::unique_ptr<WorkerTools> makeWorkerTools() {
     // Fontconfig's and ICU's first-use set-up (the host zone's name is read
-    // into a static buffer) are made one worker at a time.
+    // into a static buffer, the root locale and case data made once) are made
+    // one worker at a time.
     static std::mutex setUp;
     std::lock_guard lock(setUp);
+    platform::prepareTextCasing();
     platform::Platform platform({.timeZoneId = "UTC"});
     auto tools = std::make_unique<WorkerTools>();
     tools->shared = std::make_shared<platform::SharedResources>();

@@ -24,6 +24,12 @@ std::string capitalizedString(std::string_view text) {
     return toUtf8(s.toTitle(words.get(), icu::Locale::getRoot()));
 }
 
+void prepareTextCasing() {
+    static_cast<void>(uppercaseString("a"));
+    static_cast<void>(lowercaseString("A"));
+    static_cast<void>(capitalizedString("a b"));
+}
+
 bool isValidUtf8(std::string_view text) {
     const auto* bytes = reinterpret_cast<const std::uint8_t*>(text.data());
     const auto length = static_cast<std::int32_t>(text.size());

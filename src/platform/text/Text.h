@@ -11,6 +11,11 @@ std::string lowercaseString(std::string_view text);
 // Each word's first letter upper-cased, the rest lower-cased: "time until bed" -> "Time Until Bed".
 std::string capitalizedString(std::string_view text);
 
+// Sets up what ICU makes once per process on first use for the functions above (the root
+// locale, case mapping, word breaks). ICU publishes it with atomics a thread sanitizer cannot
+// see, so threads that set themselves up one at a time call this under their lock.
+void prepareTextCasing();
+
 // True when `text` is well-formed UTF-8 (no stray, overlong or surrogate sequences).
 bool isValidUtf8(std::string_view text);
 
