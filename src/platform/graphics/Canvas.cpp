@@ -799,7 +799,7 @@ Canvas::TextBlock Canvas::layOutTextBlock(std::string_view text, double width, i
                   static_cast<double>(logical.height) / PANGO_SCALE / scale};
     block.truncated = pango_layout_is_ellipsized(layout.get()) != 0;
     block.lines = pango_layout_get_line_count(layout.get());
-    if (!text.empty()) block.layout_ = std::make_shared<const TextBlock::Layout>(std::move(layout), attributes.foreground.rgba());
+    if (!text.empty()) block.layout_ = std::make_shared<const TextBlock::Layout>(TextBlock::Layout{std::move(layout), attributes.foreground.rgba()});
     return block;
 }
 
