@@ -83,16 +83,32 @@ std::string binaryList(const std::vector<std::string>& objects) {
 }
 
 // A dictionary {"a": array 1}, and arrays 1..levels each holding the next one
-// `fanOut` times; the last holds nothing.
-std::string binaryChain(int levels, int fanOut) {
+// `fanOut` times; the last holds nothing, or one text met nowhere else.
+std::string binaryChain(int levels, int fanOut, bool textAtTheBottom = false) {
     std::vector<std::string> objects{std::string("\xD1\x01\x02", 3), std::string("\x51" "a", 2)};
     for (int i = 0; i < levels; ++i) {
         const bool last = i + 1 == levels;
-        std::string array(1, static_cast<char>(0xA0 | (last ? 0 : fanOut)));
-        if (!last) array += std::string(static_cast<std::size_t>(fanOut), static_cast<char>(objects.size() + 1));
+        const int held = last ? (textAtTheBottom ? 1 : 0) : fanOut;
+        std::string array(1, static_cast<char>(0xA0 | held));
+        array += std::string(static_cast<std::size_t>(held), static_cast<char>(objects.size() + 1));
         objects.push_back(array);
     }
+    if (textAtTheBottom) objects.push_back(std::string("\x51" "z", 2));
     objects[0][2] = 2;
+    return binaryList(objects);
+}
+
+// {"a": a chain of `shared` arrays, "b": a chain of `above` arrays whose last
+// holds that same first chain}: only as deep as the limit allows through "a",
+// deeper through "b".
+std::string binaryDeepPartSharedFromDeeper(int shared, int above) {
+    std::vector<std::string> objects{std::string("\xD2\x01\x02\x03\x00", 5), std::string("\x51" "a", 2),
+                                     std::string("\x51" "b", 2)};
+    for (int i = 0; i < shared; ++i)
+        objects.push_back(i + 1 == shared ? std::string("\xA0", 1) : "\xA1" + std::string(1, static_cast<char>(objects.size() + 1)));
+    objects[0][4] = static_cast<char>(objects.size());
+    for (int i = 0; i < above; ++i)
+        objects.push_back("\xA1" + std::string(1, static_cast<char>(i + 1 == above ? 3 : objects.size() + 1)));
     return binaryList(objects);
 }
 
@@ -144,6 +160,8 @@ TEST(PlistCodec, NestingCannotHideFromTheDepthLimit) {
         {"attributes and spaces in opening tags", nestedXml(100, "<array\n x='1' >"), "nested too deeply"},
         {"one level past the limit", nestedXml(kMaxPlistDepth), "nested too deeply"},
         {"binary nested past the limit", binaryChain(kMaxPlistDepth + 2, 1), "nested too deeply"},
+        {"binary one level past the limit, a text at the bottom", binaryChain(kMaxPlistDepth, 1, true), "nested too deeply"},
+        {"binary deep part shared from deeper down", binaryDeepPartSharedFromDeeper(40, 30), "nested too deeply"},
         {"binary parts shared exponentially", binaryChain(40, 2), "repeats its parts"},
         {"binary count wider than eight bytes", binaryList({std::string("\xDF\x14", 2) + std::string(16, '\0')}), "bad object"},
     };
@@ -157,12 +175,17 @@ TEST(PlistCodec, ReadsWhatOnlyLooksDeep) {
     };
     const Case cases[] = {
         {"the limit exactly", nestedXml(kMaxPlistDepth - 1)},
+        {"the limit exactly, a text at the bottom",
+         xmlStore("<key>a</key>" + repeat("<array>", kMaxPlistDepth - 1) + "<string>z</string>" + repeat("</array>", kMaxPlistDepth - 1))},
         {"many self-closing siblings", xmlStore("<key>a</key><array>" + repeat("<array/><dict/>", 100) + "</array>")},
         {"self-closing elements at the deepest level", nestedXml(kMaxPlistDepth - 2, "<array><array/><array />")},
         {"opening tags in a comment", nestedXml(3, "<array>", "<!--" + repeat("<array>", 100) + "-->")},
         {"opening tags in a text", nestedXml(3, "<array>", "<key>s</key><string><![CDATA[" + repeat("<dict>", 100) + "]]></string>")},
         {"the usual prolog", xmlStore("<key>a</key><true/>",
                                       "<!DOCTYPE plist PUBLIC \"-//Apple//DTD PLIST 1.0//EN\" \"http://www.apple.com/DTDs/PropertyList-1.0.dtd\">\n")},
+        // Only containers count as levels, whichever path meets a shared value first.
+        {"binary at the limit exactly, a text at the bottom", binaryChain(kMaxPlistDepth - 1, 1, true)},
+        {"binary deep part shared from no deeper", binaryDeepPartSharedFromDeeper(40, 20)},
         {"binary sharing a text many times", binaryList({std::string("\xD2\x01\x02\x03\x03", 5), std::string("\x51" "a", 2), std::string("\x51" "b", 2), std::string("\x51" "c", 2)})},
     };
     for (const auto& c : cases) {

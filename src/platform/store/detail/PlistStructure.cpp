@@ -225,7 +225,8 @@ private:
     std::uint64_t offsetOf(std::uint64_t index) const {
         return readBigEndian(b.data() + tableOffset + index * offsetSize, offsetSize);
     }
-    std::vector<std::uint64_t> children(std::uint64_t index, bool& ok);
+    // Children of a container object, `container` set; empty for scalars. Sets ok=false when malformed.
+    std::vector<std::uint64_t> children(std::uint64_t index, bool& ok, bool& container);
     bool walk(int maxDepth, std::string* error);
 
     std::span<const std::uint8_t> b;
@@ -252,9 +253,9 @@ bool BinaryScanner::readTrailer(std::string* error) {
     return true;
 }
 
-// Children of a container object; empty for scalars. Sets ok=false when malformed.
-std::vector<std::uint64_t> BinaryScanner::children(std::uint64_t index, bool& ok) {
+std::vector<std::uint64_t> BinaryScanner::children(std::uint64_t index, bool& ok, bool& container) {
     std::vector<std::uint64_t> refs;
+    container = false;
     std::uint64_t off = offsetOf(index);
     if (off < 8 || off >= tableOffset) return ok = false, refs;
     std::uint8_t marker = b[off];
@@ -281,6 +282,7 @@ std::vector<std::uint64_t> BinaryScanner::children(std::uint64_t index, bool& ok
         }
         return refs;
     }
+    container = true;
     std::uint64_t total = type == 0xD ? n * 2 : n;
     if (n > tableOffset || total > (tableOffset - pos) / refSize) return ok = false, refs;
     refs.reserve(total);
@@ -293,8 +295,12 @@ std::vector<std::uint64_t> BinaryScanner::children(std::uint64_t index, bool& ok
 }
 
 bool BinaryScanner::walk(int maxDepth, std::string* error) {
-    // Iterative depth-first walk. Each finished object remembers its height and
-    // how many values it becomes once every reference is copied; an object met
+    // Iterative depth-first walk over containers only, so that depth means what
+    // the tree reader counts: containers within containers. Each finished
+    // object remembers its height (containers, scalars 0) and how many values
+    // it becomes once every reference is copied. A shared object is walked
+    // once, but its height counts again wherever it is referred to: a deep
+    // part referred to from deeper down must not pass unseen. An object met
     // again on its own path is a cycle.
     struct Measure {
         int height = -1;  // -1 while on the path
@@ -309,12 +315,17 @@ bool BinaryScanner::walk(int maxDepth, std::string* error) {
         int height = 0;
         std::uint64_t values = 1;
     };
+    auto badObject = [&] {
+        return fail(error, nulInText ? "a text in the file holds a NUL character" : "binary property list has a bad object");
+    };
     std::vector<Frame> stack;
-    bool ok = true;
-    stack.push_back({top, children(top, ok)});
+    bool ok = true, container = false;
+    auto topRefs = children(top, ok, container);
+    if (!ok) return badObject();
+    if (!container) return true;
+    stack.push_back({top, std::move(topRefs)});
     measured[top] = {};
     while (!stack.empty()) {
-        if (!ok) return fail(error, nulInText ? "a text in the file holds a NUL character" : "binary property list has a bad object");
         if (static_cast<int>(stack.size()) > maxDepth) return fail(error, kTooDeep);
         Frame& f = stack.back();
         if (f.next < f.refs.size()) {
@@ -322,12 +333,21 @@ bool BinaryScanner::walk(int maxDepth, std::string* error) {
             auto it = measured.find(child);
             if (it != measured.end()) {
                 if (it->second.height < 0) return fail(error, "property list refers to itself");
+                if (static_cast<std::uint64_t>(stack.size()) + static_cast<std::uint64_t>(it->second.height) >
+                    static_cast<std::uint64_t>(maxDepth))
+                    return fail(error, kTooDeep);
                 f.height = std::max(f.height, it->second.height);
                 f.values += it->second.values;
             } else {
-                measured[child] = {};
-                auto refs = children(child, ok);
-                stack.push_back({child, std::move(refs)});
+                auto refs = children(child, ok, container);
+                if (!ok) return badObject();
+                if (container) {
+                    measured[child] = {};
+                    stack.push_back({child, std::move(refs)});
+                } else {
+                    measured[child] = {0, 1};
+                    f.values += 1;
+                }
             }
         } else {
             const Measure done{f.height + 1, f.values};
