@@ -348,7 +348,7 @@ struct Canvas::Impl {
             while (end < parts.size() && parts[end].y0 == parts[band].y0 && parts[end].y1 == parts[band].y1) ++end;
             for (int y = parts[band].y0; y < parts[band].y1; ++y) {
                 auto* row = reinterpret_cast<std::uint32_t*>(data + static_cast<std::size_t>(y) * stride);
-                const unsigned char* maskRow = alpha + static_cast<std::size_t>(y - mask.y) * alphaStride - mask.x;
+                const unsigned char* maskRow = alpha + static_cast<std::size_t>(y - mask.y) * alphaStride;
                 const PixelRun across{parts[band].x0, parts[end - 1].x1};
                 if (covering.empty())
                     runs.assign(1, across);
@@ -359,7 +359,7 @@ struct Canvas::Impl {
                     while (r < runs.size() && runs[r].x1 <= parts[i].x0) ++r;
                     for (std::size_t k = r; k < runs.size() && runs[k].x0 < parts[i].x1; ++k) {
                         const int x0 = std::max(runs[k].x0, parts[i].x0), x1 = std::min(runs[k].x1, parts[i].x1);
-                        paintThroughMask(pixel, maskRow + x0, row + x0, x1 - x0);
+                        paintThroughMask(pixel, maskRow + (x0 - mask.x), row + x0, x1 - x0);
                     }
                 }
             }
