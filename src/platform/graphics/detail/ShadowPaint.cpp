@@ -49,6 +49,19 @@ inline void spread(std::uint32_t four, __m128i& low, __m128i& high) {
     low = _mm_unpacklo_epi32(m, m);
     high = _mm_unpackhi_epi32(m, m);
 }
+
+// Four pixels of black at alpha `alpha` (in every 16-bit lane) through mask alphas `four`, over `dst`:
+// the colour adds nothing but its alpha, so each pixel is only darkened by what the mask lets through.
+inline __m128i blackOver(__m128i alpha, std::uint32_t four, __m128i dst) {
+    const __m128i zero = _mm_setzero_si128();
+    const __m128i through = times(_mm_unpacklo_epi8(_mm_cvtsi32_si128(static_cast<int>(four)), zero), alpha);
+    const __m128i left = _mm_xor_si128(through, _mm_set1_epi16(0xff));
+    const __m128i spread = _mm_unpacklo_epi16(left, left);
+    const __m128i low = times(_mm_unpacklo_epi8(dst, zero), _mm_unpacklo_epi32(spread, spread));
+    const __m128i high = times(_mm_unpackhi_epi8(dst, zero), _mm_unpackhi_epi32(spread, spread));
+    const __m128i ownAlpha = _mm_slli_epi32(_mm_unpacklo_epi16(through, zero), 24);
+    return _mm_adds_epu8(_mm_packus_epi16(low, high), ownAlpha);
+}
 #endif
 
 }  // namespace
@@ -67,6 +80,17 @@ void paintThroughMask(std::uint32_t pixel, const unsigned char* mask, std::uint3
 #if defined(__SSE2__)
     const __m128i zero = _mm_setzero_si128();
     const __m128i colour = _mm_unpacklo_epi8(_mm_set1_epi32(static_cast<int>(pixel)), zero);
+    if ((pixel & 0xffffffu) == 0) {
+        // Black, as shadows mostly are.
+        const __m128i alpha = _mm_set1_epi16(static_cast<short>(pixel >> 24));
+        for (; x + 4 <= count; x += 4) {
+            std::uint32_t m;
+            std::memcpy(&m, mask + x, sizeof m);
+            if (m == 0) continue;
+            const __m128i dst = _mm_loadu_si128(reinterpret_cast<const __m128i*>(row + x));
+            _mm_storeu_si128(reinterpret_cast<__m128i*>(row + x), blackOver(alpha, m, dst));
+        }
+    }
     for (; x + 4 <= count; x += 4) {
         std::uint32_t m;
         std::memcpy(&m, mask + x, sizeof m);
