@@ -23,6 +23,16 @@ Span atMost(double a, double b) {
     return b >= 0 ? Span{} : Span{kEverywhere, -kEverywhere};
 }
 
+// The nearest whole numbers above and below `v` (within int's range): cheaper than a call to ceil or floor.
+int roundedDown(double v) {
+    const int t = static_cast<int>(v);
+    return t > v ? t - 1 : t;
+}
+int roundedUp(double v) {
+    const int t = static_cast<int>(v);
+    return t < v ? t + 1 : t;
+}
+
 }  // namespace
 
 ArcInside::ArcInside(double cx, double cy, double inner, double outer, double start, double sweep)
@@ -92,9 +102,9 @@ void ArcInside::addRunsInside(int y, std::vector<PixelRun>& runs) const {
     for (int r = 0; r < ringCount; ++r) {
         for (int i = 0; i < sideCount; ++i) {
             const Span s = rings[r].meet(sides[i]);
-            const double x0 = std::ceil(std::clamp(cx_ + s.lo, -kFar, kFar));
-            const double x1 = std::floor(std::clamp(cx_ + s.hi, -kFar, kFar));
-            if (x1 > x0) runs.push_back({static_cast<int>(x0), static_cast<int>(x1)});
+            const int x0 = roundedUp(std::clamp(cx_ + s.lo, -kFar, kFar));
+            const int x1 = roundedDown(std::clamp(cx_ + s.hi, -kFar, kFar));
+            if (x1 > x0) runs.push_back({x0, x1});
         }
     }
 }
