@@ -1,10 +1,12 @@
 #include "platform/graphics/Canvas.h"
 
 #include "platform/graphics/DrawingTime.h"
+#include "platform/graphics/detail/ArcInside.h"
 #include "platform/graphics/detail/CHandles.h"
 #include "platform/graphics/detail/FontLayout.h"
 #include "platform/graphics/detail/ImageSurface.h"
 #include "platform/graphics/detail/ShadowMask.h"
+#include "platform/graphics/detail/ShadowPaint.h"
 #include "platform/graphics/detail/StrokedArcBox.h"
 #include "platform/graphics/detail/UninitialisedSurface.h"
 
@@ -66,39 +68,6 @@ Sweep sweepOf(double startAngle, double endAngle) {
     }
     return {std::fmod(startAngle, kTurn), sweep};
 }
-
-// The inside of a stroked arc, in canvas pixels, less a margin for its
-// antialiased edges: an opaque stroke replaces every pixel there whatever lay
-// under it. Caps are left out, so the inside is never larger than the stroke.
-struct ArcInside {
-    double cx = 0, cy = 0, inner = 0, outer = 0;
-    Sweep sweep;
-
-    // Whether every pixel of `tile` lies inside.
-    bool holds(const PixelBounds& tile) const {
-        const double corners[4][2] = {{tile.x0 - cx, tile.y0 - cy},
-                                      {tile.x1 - cx, tile.y0 - cy},
-                                      {tile.x0 - cx, tile.y1 - cy},
-                                      {tile.x1 - cx, tile.y1 - cy}};
-        // Nearest point of the tile to the centre, then its farthest corner.
-        const double nx = std::clamp(0.0, corners[0][0], corners[3][0]);
-        const double ny = std::clamp(0.0, corners[0][1], corners[3][1]);
-        if (nx * nx + ny * ny < inner * inner) return false;
-        for (const auto& c : corners)
-            if (c[0] * c[0] + c[1] * c[1] > outer * outer) return false;
-        if (sweep.sweep >= kTurn) return true;
-        // The tile lies off the centre, so its angles run between those of its corners.
-        const double margin = 2 / std::max(inner, 1.0);
-        double lowest = kTurn, highest = 0;
-        for (const auto& c : corners) {
-            double a = std::fmod(std::atan2(c[1], c[0]) - sweep.start, kTurn);
-            if (a < 0) a += kTurn;
-            lowest = std::min(lowest, a);
-            highest = std::max(highest, a);
-        }
-        return highest - lowest < M_PI && lowest >= margin && highest <= sweep.sweep - margin;
-    }
-};
 
 bool finite(double v) { return std::isfinite(v); }
 bool finite(Point p) { return finite(p.x) && finite(p.y); }
@@ -339,6 +308,10 @@ struct Canvas::Impl {
             return covered(tile);
         });
         if (!mask || mask->parts.empty()) return;
+        if (!state.clipped) {
+            paintShadow(*mask, bounds, premultipliedPixel(shadow.colour));
+            return;
+        }
         CairoSaved saved(cr.get());
         cairo_identity_matrix(cr.get());
         cairo_rectangle(cr.get(), bounds.x0, bounds.y0, bounds.width(), bounds.height());
@@ -347,6 +320,51 @@ struct Canvas::Impl {
         cairo_clip(cr.get());
         setSource(cr.get(), shadow.colour);
         cairo_mask_surface(cr.get(), mask->alpha.get(), mask->x, mask->y);
+    }
+
+    // Paints `pixel` through the mask's parts within `bounds`, but for the pixels of
+    // the arcs about to be stroked over it, straight into the bitmap.
+    void paintShadow(const ShadowMask& mask, const PixelBounds& bounds, std::uint32_t pixel) {
+        cairo_surface_flush(surface.get());
+        unsigned char* data = cairo_image_surface_get_data(surface.get());
+        const int stride = cairo_image_surface_get_stride(surface.get());
+        const unsigned char* alpha = cairo_image_surface_get_data(mask.alpha.get());
+        const int alphaStride = cairo_image_surface_get_stride(mask.alpha.get());
+        // Parts come in bands of rows, left to right (as the mask makes them): side by side ones are painted as one.
+        std::vector<PixelBounds> parts;
+        for (const PixelBounds& part : mask.parts) {
+            const PixelBounds p{std::max(part.x0, bounds.x0), std::max(part.y0, bounds.y0),
+                                std::min(part.x1, bounds.x1), std::min(part.y1, bounds.y1)};
+            if (p.empty()) continue;
+            if (!parts.empty() && parts.back().y0 == p.y0 && parts.back().y1 == p.y1 && parts.back().x1 == p.x0)
+                parts.back().x1 = p.x1;
+            else
+                parts.push_back(p);
+        }
+        std::vector<PixelRun> runs, inside;
+        for (std::size_t band = 0, end = 0; band < parts.size(); band = end) {
+            // A band's rows are worked out once across all its parts.
+            end = band + 1;
+            while (end < parts.size() && parts[end].y0 == parts[band].y0 && parts[end].y1 == parts[band].y1) ++end;
+            for (int y = parts[band].y0; y < parts[band].y1; ++y) {
+                auto* row = reinterpret_cast<std::uint32_t*>(data + static_cast<std::size_t>(y) * stride);
+                const unsigned char* maskRow = alpha + static_cast<std::size_t>(y - mask.y) * alphaStride;
+                const PixelRun across{parts[band].x0, parts[end - 1].x1};
+                if (covering.empty())
+                    runs.assign(1, across);
+                else
+                    runsOutside(covering, y, across, runs, inside);
+                std::size_t r = 0;
+                for (std::size_t i = band; i < end; ++i) {
+                    while (r < runs.size() && runs[r].x1 <= parts[i].x0) ++r;
+                    for (std::size_t k = r; k < runs.size() && runs[k].x0 < parts[i].x1; ++k) {
+                        const int x0 = std::max(runs[k].x0, parts[i].x0), x1 = std::min(runs[k].x1, parts[i].x1);
+                        paintThroughMask(pixel, maskRow + (x0 - mask.x), row + x0, x1 - x0);
+                    }
+                }
+            }
+        }
+        cairo_surface_mark_dirty(surface.get());
     }
 
     // Strokes, then clears, the current path: the shape under its shadow, or
@@ -417,8 +435,8 @@ struct Canvas::Impl {
             // Two pixels in from each edge: well clear of its antialiasing.
             constexpr double kEdge = 2;
             if (r - half + kEdge >= r + half - kEdge) continue;
-            covering.push_back({c.x * scale, c.y * scale, r - half + kEdge, r + half - kEdge,
-                                sweepOf(arc.startAngle, arc.endAngle)});
+            const Sweep sweep = sweepOf(arc.startAngle, arc.endAngle);
+            covering.emplace_back(c.x * scale, c.y * scale, r - half + kEdge, r + half - kEdge, sweep.start, sweep.sweep);
         }
     }
 

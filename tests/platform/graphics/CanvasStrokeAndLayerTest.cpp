@@ -190,6 +190,12 @@ TEST(CanvasStroke, ShadowLeftOutOnlyUnderAnOpaqueArcsInside) {
         {"a whole ring and more", {{50, 50}, 30, -kPi / 2, 2 * kPi}, LineCap::Round},
         {"an arc sweeping backwards round most of a turn", {{50, 50}, 35, 0.5, 0.2}, LineCap::Butt},
         {"an off-centre arc", {{30, 70}, 20, 0.3, 2.8}, LineCap::Butt},
+        {"no sweep", {{50, 50}, 30, 1, 1}, LineCap::Round},
+        {"a tiny sweep", {{50, 50}, 30, 1, 1.001}, LineCap::Round},
+        {"just under half a turn", {{50, 50}, 30, 2, 2 + kPi - 0.05}, LineCap::Butt},
+        {"just over half a turn", {{50, 50}, 30, 2, 2 + kPi + 0.05}, LineCap::Butt},
+        {"all but a tenth of a degree", {{50, 50}, 30, -kPi / 2, 1.5 * kPi - kPi / 1800}, LineCap::Butt},
+        {"a turn and a half", {{50, 50}, 30, 0.3, 0.3 + 3 * kPi}, LineCap::Round},
     };
     for (const Row& row : rows) {
         const Arc& a = row.geometry;

@@ -18,8 +18,9 @@ struct PixelBounds {
 
 // The alpha of a shadow: an A8 surface, one byte per canvas pixel, with its
 // top left corner at canvas pixel (x, y). It covers at least the bounds asked
-// for; only `parts` (in canvas pixels) hold alpha: elsewhere its bytes mean
-// nothing (they may never have been written), so only the parts are read.
+// for; only `parts` (in canvas pixels, row by row of tiles, each row left to
+// right) hold alpha: elsewhere its bytes mean nothing (they may never have
+// been written), so only the parts are read.
 struct ShadowMask {
     SurfacePtr alpha;
     int x = 0, y = 0;

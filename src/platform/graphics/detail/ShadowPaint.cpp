@@ -1,0 +1,122 @@
+#include "platform/graphics/detail/ShadowPaint.h"
+
+#include <algorithm>
+#include <cmath>
+#include <cstring>
+
+#if defined(__SSE2__)
+#include <emmintrin.h>
+#endif
+
+namespace velmorant::platform {
+namespace {
+
+#if !defined(__SSE2__)
+// a * b / 255, rounded as Cairo's pixel library rounds it.
+inline unsigned times(unsigned a, unsigned b) {
+    const unsigned t = a * b + 0x80;
+    return ((t >> 8) + t) >> 8;
+}
+
+// One pixel: the colour through mask alpha `m`, over `dst`.
+inline std::uint32_t over(std::uint32_t pixel, unsigned m, std::uint32_t dst) {
+    const unsigned alpha = times(pixel >> 24, m);
+    std::uint32_t out = 0;
+    for (int shift = 0; shift < 32; shift += 8) {
+        const unsigned c = times((pixel >> shift) & 0xff, m) + times((dst >> shift) & 0xff, 255 - alpha);
+        out |= std::min(c, 255u) << shift;
+    }
+    return out;
+}
+
+#else
+// a * b / 255 in each 16-bit lane, rounded as `times`.
+inline __m128i times(__m128i a, __m128i b) {
+    return _mm_mulhi_epu16(_mm_adds_epu16(_mm_mullo_epi16(a, b), _mm_set1_epi16(0x80)), _mm_set1_epi16(0x101));
+}
+
+// Two pixels, unpacked to 16-bit lanes: the colour through masks `m` (each alpha in its pixel's four lanes), over `dst`.
+inline __m128i over(__m128i colour, __m128i m, __m128i dst) {
+    const __m128i source = times(colour, m);
+    const __m128i alpha = _mm_shufflehi_epi16(_mm_shufflelo_epi16(source, 0xff), 0xff);
+    return _mm_adds_epu8(source, times(dst, _mm_xor_si128(alpha, _mm_set1_epi16(0xff))));
+}
+
+// Four mask alphas, each spread over its pixel's four 16-bit lanes: pixels 0 and 1, then 2 and 3.
+inline void spread(std::uint32_t four, __m128i& low, __m128i& high) {
+    __m128i m = _mm_unpacklo_epi8(_mm_cvtsi32_si128(static_cast<int>(four)), _mm_setzero_si128());
+    m = _mm_unpacklo_epi16(m, m);
+    low = _mm_unpacklo_epi32(m, m);
+    high = _mm_unpackhi_epi32(m, m);
+}
+
+// Four pixels of black at alpha `alpha` (in every 16-bit lane) through mask alphas `four`, over `dst`:
+// the colour adds nothing but its alpha, so each pixel is only darkened by what the mask lets through.
+inline __m128i blackOver(__m128i alpha, std::uint32_t four, __m128i dst) {
+    const __m128i zero = _mm_setzero_si128();
+    const __m128i through = times(_mm_unpacklo_epi8(_mm_cvtsi32_si128(static_cast<int>(four)), zero), alpha);
+    const __m128i left = _mm_xor_si128(through, _mm_set1_epi16(0xff));
+    const __m128i spread = _mm_unpacklo_epi16(left, left);
+    const __m128i low = times(_mm_unpacklo_epi8(dst, zero), _mm_unpacklo_epi32(spread, spread));
+    const __m128i high = times(_mm_unpackhi_epi8(dst, zero), _mm_unpackhi_epi32(spread, spread));
+    const __m128i ownAlpha = _mm_slli_epi32(_mm_unpacklo_epi16(through, zero), 24);
+    return _mm_adds_epu8(_mm_packus_epi16(low, high), ownAlpha);
+}
+#endif
+
+}  // namespace
+
+std::uint32_t premultipliedPixel(const Rgba& colour) {
+    // Cairo keeps a colour in 16 bits a channel, premultiplied, and paints the top 8.
+    auto channel = [](double v) {
+        return static_cast<std::uint32_t>(std::clamp(v, 0.0, 1.0) * 65535.0 + 0.5) >> 8;
+    };
+    const double a = std::clamp(colour.a, 0.0, 1.0);
+    return channel(a) << 24 | channel(colour.r * a) << 16 | channel(colour.g * a) << 8 | channel(colour.b * a);
+}
+
+void paintThroughMask(std::uint32_t pixel, const unsigned char* mask, std::uint32_t* row, int count) {
+    int x = 0;
+#if defined(__SSE2__)
+    const __m128i zero = _mm_setzero_si128();
+    const __m128i colour = _mm_unpacklo_epi8(_mm_set1_epi32(static_cast<int>(pixel)), zero);
+    if ((pixel & 0xffffffu) == 0) {
+        // Black, as shadows mostly are.
+        const __m128i alpha = _mm_set1_epi16(static_cast<short>(pixel >> 24));
+        for (; x + 4 <= count; x += 4) {
+            std::uint32_t m;
+            std::memcpy(&m, mask + x, sizeof m);
+            if (m == 0) continue;
+            const __m128i dst = _mm_loadu_si128(reinterpret_cast<const __m128i*>(row + x));
+            _mm_storeu_si128(reinterpret_cast<__m128i*>(row + x), blackOver(alpha, m, dst));
+        }
+    }
+    for (; x + 4 <= count; x += 4) {
+        std::uint32_t m;
+        std::memcpy(&m, mask + x, sizeof m);
+        if (m == 0) continue;
+        if (m == 0xffffffffu && pixel >> 24 == 0xff) {
+            const __m128i four = _mm_set1_epi32(static_cast<int>(pixel));
+            _mm_storeu_si128(reinterpret_cast<__m128i*>(row + x), four);
+            continue;
+        }
+        __m128i ml, mh;
+        spread(m, ml, mh);
+        const __m128i dst = _mm_loadu_si128(reinterpret_cast<const __m128i*>(row + x));
+        const __m128i low = over(colour, ml, _mm_unpacklo_epi8(dst, zero));
+        const __m128i high = over(colour, mh, _mm_unpackhi_epi8(dst, zero));
+        _mm_storeu_si128(reinterpret_cast<__m128i*>(row + x), _mm_packus_epi16(low, high));
+    }
+    for (; x < count; ++x) {
+        if (!mask[x]) continue;
+        const __m128i dst = _mm_unpacklo_epi8(_mm_cvtsi32_si128(static_cast<int>(row[x])), zero);
+        const __m128i one = over(colour, _mm_set1_epi16(static_cast<short>(mask[x])), dst);
+        row[x] = static_cast<std::uint32_t>(_mm_cvtsi128_si32(_mm_packus_epi16(one, zero)));
+    }
+#else
+    for (; x < count; ++x)
+        if (mask[x]) row[x] = over(pixel, mask[x], row[x]);
+#endif
+}
+
+}  // namespace velmorant::platform
