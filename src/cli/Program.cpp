@@ -10,6 +10,7 @@
 #include "SnippetCard.h"
 #include "Serve.h"
 #include "detail/ValueJson.h"
+#include "platform/graphics/BitmapMemory.h"
 #include "platform/graphics/Image.h"
 #include "platform/graphics/LayerStore.h"
 
@@ -220,6 +221,8 @@ int runShow(const CommandLine& line, std::ostream& out) {
     std::optional<fs::path> imagesDir, png;
     if (auto file = option(line, "--png")) png = *file;
     auto platform = makePlatform(line);
+    // One card is drawn and the process ends: each of its large bitmaps is touched first and only once.
+    platform::setHugePageBitmaps(true);
     // The pictures' data-independent layers come from the cache when an earlier run kept them.
     if (fs::path folder = platform::LayerStore::defaultFolder(); !folder.empty())
         platform->layers().keepOnDisk(std::make_unique<platform::LayerStore>(folder, platform->resourceDir()));
