@@ -13,7 +13,7 @@
 #if defined(__SSE2__)
 #include <emmintrin.h>
 #endif
-#if defined(__x86_64__)
+#if defined(VELMORANT_HAND_WIDE)
 #include <immintrin.h>
 #endif
 
@@ -77,7 +77,7 @@ void weighRows(const float* top, const float* bottom, float w, unsigned char* ds
 #endif
 }
 
-#if defined(__x86_64__)
+#if defined(VELMORANT_HAND_WIDE)
 // Eight pixels at a time: one gather reads each pixel's two cells as the low
 // bytes of a word, so no cell is turned to a float first. The same float
 // operations in the same order as the plain loop: the same values.
@@ -95,8 +95,6 @@ __attribute__((target("avx2"))) int scaleCellsAcrossWide(const unsigned char* ce
     }
     return x;
 }
-
-const bool kGathersWell = __builtin_cpu_supports("avx2");
 #endif
 
 }  // namespace
@@ -104,9 +102,9 @@ const bool kGathersWell = __builtin_cpu_supports("avx2");
 void scaleCellsAcross(const unsigned char* cells, int cellCount, const int* first, const float* weight, int width,
                       float* out) {
     int x = 0;
-#if defined(__x86_64__)
+#if defined(VELMORANT_HAND_WIDE)
     // Each gather reads four bytes from a pixel's first cell, two past its pair; the last pixel's lies furthest.
-    if (kGathersWell && width > 0 && first[width - 1] + 4 <= cellCount)
+    if (kRunsAvx2 && width > 0 && first[width - 1] + 4 <= cellCount)
         x = scaleCellsAcrossWide(cells, first, weight, width, out);
 #endif
     for (; x < width; ++x) {
