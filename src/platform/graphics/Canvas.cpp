@@ -9,6 +9,7 @@
 #include "platform/graphics/detail/ShadowPaint.h"
 #include "platform/graphics/detail/StrokedArcBox.h"
 #include "platform/graphics/detail/UninitialisedSurface.h"
+#include "platform/graphics/detail/WideLoops.h"
 
 #include <pango/pangocairo.h>
 
@@ -121,12 +122,13 @@ GCharPtr validText(std::string_view text) {
 
 void setSource(cairo_t* cr, const Rgba& c) { cairo_set_source_rgba(cr, c.r, c.g, c.b, c.a); }
 
-// Sets `count` pixels to `pixel`, four at a store (the compiler leaves a plain loop at one).
-void fillPixels(std::uint32_t* pixels, int count, std::uint32_t pixel) {
-    using Four = std::uint32_t __attribute__((vector_size(16)));
-    const Four four = {pixel, pixel, pixel, pixel};
+// Sets `count` pixels to `pixel`, eight at a time: one store with AVX2, two
+// without (the compiler leaves a plain loop at one).
+VELMORANT_WIDE_LOOPS void fillPixels(std::uint32_t* pixels, int count, std::uint32_t pixel) {
+    using Eight = std::uint32_t __attribute__((vector_size(32)));
+    const Eight eight = {pixel, pixel, pixel, pixel, pixel, pixel, pixel, pixel};
     int x = 0;
-    for (; x + 4 <= count; x += 4) std::memcpy(pixels + x, &four, sizeof four);
+    for (; x + 8 <= count; x += 8) std::memcpy(pixels + x, &eight, sizeof eight);
     for (; x < count; ++x) pixels[x] = pixel;
 }
 
