@@ -25,7 +25,7 @@ TEST(ShadowPaint, IsCairosPaintingThroughAMaskToTheByte) {
     std::mt19937 random(7);
     for (const Rgba& colour : colours) {
         // Every run length up to a few lanes and a long one, over made-up premultiplied pixels.
-        for (int count : {0, 1, 2, 3, 4, 5, 7, 8, 9, 61}) {
+        for (int count : {0, 1, 2, 3, 4, 5, 7, 8, 9, 12, 16, 61}) {
             SurfacePtr target(cairo_image_surface_create(CAIRO_FORMAT_ARGB32, count + 1, 1));
             SurfacePtr mask(cairo_image_surface_create(CAIRO_FORMAT_A8, count + 1, 1));
             auto* pixels = reinterpret_cast<std::uint32_t*>(cairo_image_surface_get_data(target.get()));

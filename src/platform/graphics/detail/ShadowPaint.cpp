@@ -1,11 +1,17 @@
 #include "platform/graphics/detail/ShadowPaint.h"
 
+#include "platform/graphics/detail/WideLoops.h"
+
 #include <algorithm>
 #include <cmath>
 #include <cstring>
 
 #if defined(__SSE2__)
 #include <emmintrin.h>
+#endif
+#if defined(VELMORANT_HAND_WIDE)
+#include <immintrin.h>
+#pragma GCC diagnostic ignored "-Wpsabi"
 #endif
 
 namespace velmorant::platform {
@@ -64,6 +70,44 @@ inline __m128i blackOver(__m128i alpha, std::uint32_t four, __m128i dst) {
 }
 #endif
 
+#if defined(VELMORANT_HAND_WIDE)
+// `times` in sixteen lanes.
+__attribute__((target("avx2"), always_inline)) inline __m256i timesEight(__m256i a, __m256i b, __m256i half,
+                                                                         __m256i spreadOut) {
+    return _mm256_mulhi_epu16(_mm256_adds_epu16(_mm256_mullo_epi16(a, b), half), spreadOut);
+}
+
+// `blackOver` eight pixels at a time: each half of the registers holds four
+// pixels, worked out as `blackOver` works them out. The pixels painted.
+__attribute__((target("avx2"))) int blackOverEights(std::uint32_t pixel, const unsigned char* mask,
+                                                    std::uint32_t* row, int count) {
+    const __m256i alpha = _mm256_set1_epi16(static_cast<short>(pixel >> 24));
+    const __m256i half = _mm256_set1_epi16(0x80), spreadOut = _mm256_set1_epi16(0x101), full = _mm256_set1_epi16(0xff);
+    const __m256i zero = _mm256_setzero_si256();
+    // Each pixel's word of what is left, in its four lanes: pixels 0, 1 (and 4, 5), then 2, 3 (and 6, 7).
+    const __m256i firstTwo = _mm256_setr_epi8(0, 1, 0, 1, 0, 1, 0, 1, 4, 5, 4, 5, 4, 5, 4, 5,  //
+                                              0, 1, 0, 1, 0, 1, 0, 1, 4, 5, 4, 5, 4, 5, 4, 5);
+    const __m256i lastTwo = _mm256_setr_epi8(8, 9, 8, 9, 8, 9, 8, 9, 12, 13, 12, 13, 12, 13, 12, 13,  //
+                                             8, 9, 8, 9, 8, 9, 8, 9, 12, 13, 12, 13, 12, 13, 12, 13);
+    int x = 0;
+    for (; x + 8 <= count; x += 8) {
+        std::uint64_t m;
+        std::memcpy(&m, mask + x, sizeof m);
+        if (m == 0) continue;
+        // One word a pixel (the word above it zero, and nothing through it).
+        const __m256i through =
+            timesEight(_mm256_cvtepu8_epi32(_mm_cvtsi64_si128(static_cast<long long>(m))), alpha, half, spreadOut);
+        const __m256i left = _mm256_xor_si256(through, full);
+        const __m256i dst = _mm256_loadu_si256(reinterpret_cast<const __m256i*>(row + x));
+        const __m256i low = timesEight(_mm256_unpacklo_epi8(dst, zero), _mm256_shuffle_epi8(left, firstTwo), half, spreadOut);
+        const __m256i high = timesEight(_mm256_unpackhi_epi8(dst, zero), _mm256_shuffle_epi8(left, lastTwo), half, spreadOut);
+        const __m256i painted = _mm256_adds_epu8(_mm256_packus_epi16(low, high), _mm256_slli_epi32(through, 24));
+        _mm256_storeu_si256(reinterpret_cast<__m256i*>(row + x), painted);
+    }
+    return x;
+}
+#endif
+
 }  // namespace
 
 std::uint32_t premultipliedPixel(const Rgba& colour) {
@@ -83,6 +127,9 @@ void paintThroughMask(std::uint32_t pixel, const unsigned char* mask, std::uint3
     if ((pixel & 0xffffffu) == 0) {
         // Black, as shadows mostly are.
         const __m128i alpha = _mm_set1_epi16(static_cast<short>(pixel >> 24));
+#if defined(VELMORANT_HAND_WIDE)
+        if (kRunsAvx2) x = blackOverEights(pixel, mask, row, count);
+#endif
         for (; x + 4 <= count; x += 4) {
             std::uint32_t m;
             std::memcpy(&m, mask + x, sizeof m);
