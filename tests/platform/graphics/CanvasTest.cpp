@@ -2,12 +2,14 @@
 #include "platform/graphics/Canvas.h"
 #include "platform/graphics/detail/FontLayout.h"
 #include "platform/graphics/Image.h"
+#include "platform/graphics/detail/ImageSurface.h"
 #include "platform/graphics/detail/ShadowMask.h"
 
 #include <gtest/gtest.h>
 
 #include <algorithm>
 #include <cmath>
+#include <cstring>
 #include <functional>
 #include <limits>
 #include <optional>
@@ -296,6 +298,52 @@ TEST(Canvas, ImagesFillTheirRectangleSharply) {
     for (double y = 0.1; y < 10; y += 1 / 3.0)
         for (double x = 0.1; x < 10; x += 1 / 3.0)
             ASSERT_EQ(image->pixelAt({10 + x, 20 + y}), checker->pixelAt({x, y})) << x << "," << y;
+}
+
+// An image on the canvas's own pixels is painted over what lies there by
+// the canvas itself: the bytes Cairo paints, partly off the canvas, cut by a
+// clip of whole pixels, half a pixel off (left to Cairo) or under a shadow.
+TEST(Canvas, ImagesOnWholePixelsArePaintedAsCairoPaintsThem) {
+    ImagePtr picture = drawn([](Canvas& c) {
+        c.setFillColour(Colour::systemGreenColor()), addRect(c, {1, 1, 6, 6}), c.fillPath();
+        c.setFillColour(Colour::systemRedColor().colorWithAlphaComponent(0.4)), c.addArc({5, 5}, 4, 0, 6.3), c.fillPath();
+    }, 3, {10, 10});
+    const Colour under = Colour::whiteColor().colorWithAlphaComponent(0.7);
+    struct Case {
+        Rect at;
+        std::optional<Rect> clip;
+        bool shadow = false;
+    };
+    for (const Case& c : {Case{{2, 3, 10, 10}}, Case{{-4, 35, 10, 10}}, Case{{5, 5, 10, 10}, Rect{7, 6, 5, 20}},
+                          Case{{5.5, 5, 10, 10}}, Case{{5, 5, 10, 10}, std::nullopt, true}}) {
+        SCOPED_TRACE(::testing::Message() << "at " << c.at.x << ", " << c.at.y);
+        ImagePtr ours = drawn([&](Canvas& canvas) {
+            canvas.setFillColour(under), addRect(canvas, {0, 0, 40, 30}), canvas.fillPath();
+            if (c.clip) addRect(canvas, *c.clip), canvas.clipToPath();
+            if (c.shadow) canvas.setShadow({1, 1}, 2);
+            canvas.drawImage(picture, c.at);
+        }, 3, {40, 40});
+        SurfacePtr reference(cairo_image_surface_create(CAIRO_FORMAT_ARGB32, 120, 120));
+        {
+            CairoPtr cr(cairo_create(reference.get()));
+            const Rgba u = under.rgba();
+            cairo_set_source_rgba(cr.get(), u.r, u.g, u.b, u.a);
+            cairo_rectangle(cr.get(), 0, 0, 120, 90);
+            cairo_fill(cr.get());
+            if (c.clip) cairo_rectangle(cr.get(), c.clip->x * 3, c.clip->y * 3, c.clip->width * 3, c.clip->height * 3), cairo_clip(cr.get());
+            cairo_set_source_surface(cr.get(), cairoSurface(*picture), c.at.x * 3, c.at.y * 3);
+            cairo_paint(cr.get());
+        }
+        cairo_surface_flush(reference.get());
+        cairo_surface_flush(cairoSurface(*ours));
+        int differing = 0;
+        for (int y = 0; y < 120; ++y)
+            differing += std::memcmp(cairo_image_surface_get_data(reference.get()) + y * cairo_image_surface_get_stride(reference.get()),
+                                     cairo_image_surface_get_data(cairoSurface(*ours)) + y * cairo_image_surface_get_stride(cairoSurface(*ours)),
+                                     120 * 4) != 0;
+        if (c.shadow) EXPECT_GT(differing, 0) << "the shadow is painted too";
+        else EXPECT_EQ(differing, 0) << "rows differing";
+    }
 }
 
 TEST(Canvas, HostileNumbersFinishWithAPicture) {

@@ -106,9 +106,62 @@ __attribute__((target("avx2"))) int blackOverEights(std::uint32_t pixel, const u
     }
     return x;
 }
+
+// Eight pixels at a time; the pixels painted. Pixels of no colour at all
+// leave what lies under them, opaque ones replace it.
+__attribute__((target("avx2"))) int paintOverEights(const std::uint32_t* source, std::uint32_t* row, int count) {
+    const __m256i half = _mm256_set1_epi16(0x80), spreadOut = _mm256_set1_epi16(0x101), full = _mm256_set1_epi16(0xff);
+    const __m256i zero = _mm256_setzero_si256(), alphas = _mm256_set1_epi32(static_cast<int>(0xff000000u));
+    // Each pixel's alpha in its four lanes.
+    const __m256i spreadAlpha = _mm256_setr_epi8(6, 7, 6, 7, 6, 7, 6, 7, 14, 15, 14, 15, 14, 15, 14, 15,  //
+                                                 6, 7, 6, 7, 6, 7, 6, 7, 14, 15, 14, 15, 14, 15, 14, 15);
+    int x = 0;
+    for (; x + 8 <= count; x += 8) {
+        const __m256i src = _mm256_loadu_si256(reinterpret_cast<const __m256i*>(source + x));
+        if (_mm256_testz_si256(src, src)) continue;
+        if (_mm256_testc_si256(src, alphas)) {
+            _mm256_storeu_si256(reinterpret_cast<__m256i*>(row + x), src);
+            continue;
+        }
+        const __m256i dst = _mm256_loadu_si256(reinterpret_cast<const __m256i*>(row + x));
+        __m256i halves[2];
+        for (int h = 0; h < 2; ++h) {
+            const __m256i s = h ? _mm256_unpackhi_epi8(src, zero) : _mm256_unpacklo_epi8(src, zero);
+            const __m256i d = h ? _mm256_unpackhi_epi8(dst, zero) : _mm256_unpacklo_epi8(dst, zero);
+            const __m256i left = _mm256_xor_si256(_mm256_shuffle_epi8(s, spreadAlpha), full);
+            halves[h] = _mm256_adds_epu8(s, timesEight(d, left, half, spreadOut));
+        }
+        _mm256_storeu_si256(reinterpret_cast<__m256i*>(row + x), _mm256_packus_epi16(halves[0], halves[1]));
+    }
+    return x;
+}
 #endif
 
 }  // namespace
+
+void paintOver(const std::uint32_t* source, std::uint32_t* row, int count) {
+    int x = 0;
+#if defined(VELMORANT_HAND_WIDE)
+    if (kRunsAvx2) x = paintOverEights(source, row, count);
+#endif
+#if defined(__SSE2__)
+    const __m128i zero = _mm_setzero_si128(), opaque = _mm_set1_epi16(0xff);
+    for (; x < count; ++x) {
+        const std::uint32_t pixel = source[x];
+        if (pixel == 0) continue;
+        if (pixel >> 24 == 0xff) {
+            row[x] = pixel;
+            continue;
+        }
+        const __m128i dst = _mm_unpacklo_epi8(_mm_cvtsi32_si128(static_cast<int>(row[x])), zero);
+        const __m128i one = over(_mm_unpacklo_epi8(_mm_cvtsi32_si128(static_cast<int>(pixel)), zero), opaque, dst);
+        row[x] = static_cast<std::uint32_t>(_mm_cvtsi128_si32(_mm_packus_epi16(one, zero)));
+    }
+#else
+    for (; x < count; ++x)
+        if (source[x]) row[x] = over(source[x], 255, row[x]);
+#endif
+}
 
 std::uint32_t premultipliedPixel(const Rgba& colour) {
     // Cairo keeps a colour in 16 bits a channel, premultiplied, and paints the top 8.
