@@ -315,7 +315,7 @@ struct Canvas::Impl {
         const int x1 = std::min(static_cast<int>(std::round(std::min(extent.x1, clip->x1))), pixelWidth);
         const int y1 = std::min(static_cast<int>(std::round(std::min(extent.y1, clip->y1))), pixelHeight);
         if (x0 < x1 && y0 < y1) {
-            cairo_surface_flush(source);
+            // Only this canvas's own bitmap is flushed: an image, finished when made, may be read by other threads.
             cairo_surface_flush(surface.get());
             const unsigned char* from = cairo_image_surface_get_data(source);
             const int fromStride = cairo_image_surface_get_stride(source);
