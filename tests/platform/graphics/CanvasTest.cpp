@@ -2,12 +2,14 @@
 #include "platform/graphics/Canvas.h"
 #include "platform/graphics/detail/FontLayout.h"
 #include "platform/graphics/Image.h"
+#include "platform/graphics/detail/ImageSurface.h"
 #include "platform/graphics/detail/ShadowMask.h"
 
 #include <gtest/gtest.h>
 
 #include <algorithm>
 #include <cmath>
+#include <cstring>
 #include <functional>
 #include <limits>
 #include <optional>
@@ -298,6 +300,52 @@ TEST(Canvas, ImagesFillTheirRectangleSharply) {
             ASSERT_EQ(image->pixelAt({10 + x, 20 + y}), checker->pixelAt({x, y})) << x << "," << y;
 }
 
+// An image on the canvas's own pixels is painted over what lies there by
+// the canvas itself: the bytes Cairo paints, partly off the canvas, cut by a
+// clip of whole pixels, half a pixel off (left to Cairo) or under a shadow.
+TEST(Canvas, ImagesOnWholePixelsArePaintedAsCairoPaintsThem) {
+    ImagePtr picture = drawn([](Canvas& c) {
+        c.setFillColour(Colour::systemGreenColor()), addRect(c, {1, 1, 6, 6}), c.fillPath();
+        c.setFillColour(Colour::systemRedColor().colorWithAlphaComponent(0.4)), c.addArc({5, 5}, 4, 0, 6.3), c.fillPath();
+    }, 3, {10, 10});
+    const Colour under = Colour::whiteColor().colorWithAlphaComponent(0.7);
+    struct Case {
+        Rect at;
+        std::optional<Rect> clip;
+        bool shadow = false;
+    };
+    for (const Case& c : {Case{{2, 3, 10, 10}}, Case{{-4, 35, 10, 10}}, Case{{5, 5, 10, 10}, Rect{7, 6, 5, 20}},
+                          Case{{5.5, 5, 10, 10}}, Case{{5, 5, 10, 10}, std::nullopt, true}}) {
+        SCOPED_TRACE(::testing::Message() << "at " << c.at.x << ", " << c.at.y);
+        ImagePtr ours = drawn([&](Canvas& canvas) {
+            canvas.setFillColour(under), addRect(canvas, {0, 0, 40, 30}), canvas.fillPath();
+            if (c.clip) addRect(canvas, *c.clip), canvas.clipToPath();
+            if (c.shadow) canvas.setShadow({1, 1}, 2);
+            canvas.drawImage(picture, c.at);
+        }, 3, {40, 40});
+        SurfacePtr reference(cairo_image_surface_create(CAIRO_FORMAT_ARGB32, 120, 120));
+        {
+            CairoPtr cr(cairo_create(reference.get()));
+            const Rgba u = under.rgba();
+            cairo_set_source_rgba(cr.get(), u.r, u.g, u.b, u.a);
+            cairo_rectangle(cr.get(), 0, 0, 120, 90);
+            cairo_fill(cr.get());
+            if (c.clip) cairo_rectangle(cr.get(), c.clip->x * 3, c.clip->y * 3, c.clip->width * 3, c.clip->height * 3), cairo_clip(cr.get());
+            cairo_set_source_surface(cr.get(), cairoSurface(*picture), c.at.x * 3, c.at.y * 3);
+            cairo_paint(cr.get());
+        }
+        cairo_surface_flush(reference.get());
+        cairo_surface_flush(cairoSurface(*ours));
+        int differing = 0;
+        for (int y = 0; y < 120; ++y)
+            differing += std::memcmp(cairo_image_surface_get_data(reference.get()) + y * cairo_image_surface_get_stride(reference.get()),
+                                     cairo_image_surface_get_data(cairoSurface(*ours)) + y * cairo_image_surface_get_stride(cairoSurface(*ours)),
+                                     120 * 4) != 0;
+        if (c.shadow) EXPECT_GT(differing, 0) << "the shadow is painted too";
+        else EXPECT_EQ(differing, 0) << "rows differing";
+    }
+}
+
 TEST(Canvas, HostileNumbersFinishWithAPicture) {
     const double big = 1e300;
     const std::function<void(Canvas&)> cases[] = {
@@ -367,6 +415,37 @@ TEST(Blur, BothMethodsApproachTheGaussian) {
                 for (int y = 0; y < height; ++y)  // bytes past a row's width belong to someone else
                     for (int x = width; x < stride; ++x) ASSERT_EQ(pixels[y * stride + x], 7) << name;
             }
+}
+
+// A row of cells scaled across, eight pixels at a time where the processor
+// allows, against the plain bilinear step in floats: the same values exactly,
+// at every width (the pixels left after whole eights too) and where the cells
+// leave too few bytes to spare for the wide reads.
+TEST(ShadowMask, CellsScaledAcrossAreExactlyTheBilinearStep) {
+    std::vector<unsigned char> cells(40);
+    for (std::size_t c = 0; c < cells.size(); ++c) cells[c] = static_cast<unsigned char>((c * 97 + 13) % 256);
+    cells[3] = 0, cells[4] = 255, cells[5] = 1, cells[6] = 254;  // the extremes, side by side
+    struct Case {
+        int cellCount, width;
+        double factor;
+    };
+    for (const Case& c : {Case{40, 16, 2.2}, Case{40, 23, 1.5}, Case{40, 7, 1.7}, Case{40, 1, 3.0}, Case{40, 64, 2.0},
+                          Case{35, 64, 2.0}, Case{34, 64, 2.0}, Case{33, 64, 2.0}}) {
+        SCOPED_TRACE("cells " + std::to_string(c.cellCount) + " width " + std::to_string(c.width));
+        std::vector<int> first(c.width);
+        std::vector<float> weight(c.width), out(c.width, -1);
+        for (int x = 0; x < c.width; ++x) {
+            const double at = (x + 0.5) / c.factor;
+            first[x] = static_cast<int>(at);
+            weight[x] = static_cast<float>(at - first[x]);
+        }
+        ASSERT_LT(first.back() + 1, c.cellCount);
+        scaleCellsAcross(cells.data(), c.cellCount, first.data(), weight.data(), c.width, out.data());
+        for (int x = 0; x < c.width; ++x) {
+            const float a = cells[first[x]], b = cells[first[x] + 1];
+            EXPECT_EQ(out[x], a + (b - a) * weight[x]) << "pixel " << x;
+        }
+    }
 }
 
 // The shadow mask, worked out on coarser cells for speed, against the shape

@@ -187,7 +187,8 @@ struct Pattern {
 };
 
 // Band by band, into memory or a file, the rows come back exactly, the last
-// band's spare rows left out.
+// band's spare rows left out; rows of whole eights and of eights and a few
+// are converted in both ways (a row of eight writes furthest past its end).
 TEST(PngWriter, BandByBandKeepsEveryRowExactly) {
     struct Case {
         Pattern pattern;
@@ -198,7 +199,7 @@ TEST(PngWriter, BandByBandKeepsEveryRowExactly) {
         {{1, 1, false}, 1, false},      {{1, 1, true}, 1, false},      {{7, 5, false}, 2, false},
         {{7, 5, true}, 2, true},        {{333, 301, false}, 128, false}, {{333, 301, true}, 128, false},
         {{333, 301, true}, 7, true},    {{2, 300, false}, 1, false},   {{5, 3, false}, 200, false},
-        {{64, 9, false}, 4, false},
+        {{64, 9, false}, 4, false},     {{8, 1, false}, 1, false},     {{17, 3, false}, 2, false},
     };
     auto file = std::filesystem::temp_directory_path() / ("velmorant-bands-" + std::to_string(::getpid()) + ".png");
     for (const auto& c : cases) {

@@ -25,7 +25,7 @@ TEST(ShadowPaint, IsCairosPaintingThroughAMaskToTheByte) {
     std::mt19937 random(7);
     for (const Rgba& colour : colours) {
         // Every run length up to a few lanes and a long one, over made-up premultiplied pixels.
-        for (int count : {0, 1, 2, 3, 4, 5, 7, 8, 9, 61}) {
+        for (int count : {0, 1, 2, 3, 4, 5, 7, 8, 9, 12, 16, 61}) {
             SurfacePtr target(cairo_image_surface_create(CAIRO_FORMAT_ARGB32, count + 1, 1));
             SurfacePtr mask(cairo_image_surface_create(CAIRO_FORMAT_A8, count + 1, 1));
             auto* pixels = reinterpret_cast<std::uint32_t*>(cairo_image_surface_get_data(target.get()));
@@ -51,6 +51,44 @@ TEST(ShadowPaint, IsCairosPaintingThroughAMaskToTheByte) {
             for (int x = 0; x < count; ++x)
                 ASSERT_EQ(ours[x], pixels[x]) << "colour alpha " << colour.a << ", " << count << " pixels, pixel " << x;
         }
+    }
+}
+
+// An image over pixels, eight at a time where the processor allows: Cairo's
+// own OVER to the byte, for runs with and without a tail, blocks wholly clear
+// or opaque (painted by shortcuts) and mixed ones, alphas 1 and 254 among them.
+TEST(ShadowPaint, PaintsAnImageOverPixelsAsCairoDoes) {
+    std::mt19937 random(11);
+    auto premultiplied = [&](std::uint32_t a) {
+        auto channel = [&] { return a ? static_cast<std::uint32_t>(random() % (a + 1)) : 0u; };
+        return a << 24 | channel() << 16 | channel() << 8 | channel();
+    };
+    for (int count : {0, 1, 3, 4, 7, 8, 9, 15, 16, 17, 61}) {
+        SurfacePtr target(cairo_image_surface_create(CAIRO_FORMAT_ARGB32, count + 1, 1));
+        SurfacePtr image(cairo_image_surface_create(CAIRO_FORMAT_ARGB32, count + 1, 1));
+        auto* pixels = reinterpret_cast<std::uint32_t*>(cairo_image_surface_get_data(target.get()));
+        auto* source = reinterpret_cast<std::uint32_t*>(cairo_image_surface_get_data(image.get()));
+        int block = 0;
+        for (int x = 0; x < count; ++x) {
+            if (x % 8 == 0) block = static_cast<int>(random() % 3);  // clear, opaque or mixed
+            const std::uint32_t alphas[] = {0, 1, 254, 255, static_cast<std::uint32_t>(random() % 256)};
+            const std::uint32_t a = block == 0 ? 0 : block == 1 ? 255 : alphas[random() % 5];
+            source[x] = premultiplied(a);
+            pixels[x] = premultiplied(random() % 2 ? 255 : random() % 256);
+        }
+        cairo_surface_mark_dirty(target.get());
+        cairo_surface_mark_dirty(image.get());
+        std::vector<std::uint32_t> ours(pixels, pixels + count);
+        paintOver(source, ours.data(), count);
+        {
+            CairoPtr cr(cairo_create(target.get()));
+            cairo_rectangle(cr.get(), 0, 0, count, 1);
+            cairo_clip(cr.get());
+            cairo_set_source_surface(cr.get(), image.get(), 0, 0);
+            cairo_paint(cr.get());
+        }
+        cairo_surface_flush(target.get());
+        for (int x = 0; x < count; ++x) ASSERT_EQ(ours[x], pixels[x]) << count << " pixels, pixel " << x;
     }
 }
 

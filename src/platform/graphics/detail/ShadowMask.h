@@ -44,4 +44,10 @@ std::optional<ShadowMask> makeShadowMask(PixelBounds bounds, double sigma,
                                          MaskGrid grid = MaskGrid::Coarse,
                                          const std::function<bool(const PixelBounds&)>& hidden = {});
 
+// One row of `cellCount` cells scaled across to `width` pixels: pixel x lies
+// between cells first[x] and first[x] + 1 (`first` never falls), weight[x] of
+// the way, as a float.
+void scaleCellsAcross(const unsigned char* cells, int cellCount, const int* first, const float* weight, int width,
+                      float* out);
+
 }  // namespace velmorant::platform

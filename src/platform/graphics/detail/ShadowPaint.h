@@ -15,4 +15,8 @@ std::uint32_t premultipliedPixel(const Rgba& colour);
 // its shadows are painted.
 void paintThroughMask(std::uint32_t pixel, const unsigned char* mask, std::uint32_t* row, int count);
 
+// Paints the `count` premultiplied pixels of `source` over as many of `row`,
+// to the byte as Cairo paints an image with its OVER operator.
+void paintOver(const std::uint32_t* source, std::uint32_t* row, int count);
+
 }  // namespace velmorant::platform

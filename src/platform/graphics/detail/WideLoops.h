@@ -8,3 +8,13 @@
 #else
 #define VELMORANT_WIDE_LOOPS
 #endif
+
+// Whether the processor runs AVX2, for the few loops written for it by hand
+// (under `target("avx2")`, with a plain loop for the rest).
+#if defined(__x86_64__)
+#define VELMORANT_HAND_WIDE 1
+inline const bool kRunsAvx2 = [] {
+    __builtin_cpu_init();
+    return __builtin_cpu_supports("avx2") != 0;
+}();
+#endif
