@@ -69,6 +69,25 @@ TEST(BitmapMemoryTest, EveryByteOfABitmapIsItsOwnWhereverItComesFrom) {
     }
 }
 
+TEST(BitmapMemoryTest, ALongTailIsMappedAsAWholeHugePage) {
+    constexpr std::size_t kPage = 4096, kMiB = std::size_t{1} << 20;
+    struct Case {
+        std::size_t bytes, length;
+    };
+    const Case cases[] = {
+        {2 * kMiB, 2 * kMiB},                             // whole huge pages only
+        {2 * kMiB + 1, 2 * kMiB + kPage},                 // a byte over: one ordinary page more
+        {2 * kMiB + kMiB / 4 - kPage, 2 * kMiB + kMiB / 4 - kPage},  // just short of an eighth
+        {2 * kMiB + kMiB / 4 - kPage + 1, 4 * kMiB},      // an eighth of a huge page once in whole pages
+        {2822400, 4 * kMiB},                              // a 280-point picture at scale 3
+        {4 * kMiB + 100, 4 * kMiB + kPage},
+    };
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.bytes);
+        EXPECT_EQ(hugePageMappingLength(c.bytes, kPage), c.length);
+    }
+}
+
 TEST(BitmapMemoryTest, EmptyOrImpossibleBitmapsAreNone) {
     HugePages pages(true);
     EXPECT_FALSE(uninitialisedSurface(CAIRO_FORMAT_ARGB32, 0, 840));
