@@ -8,9 +8,9 @@ namespace velmorant::platform {
 // may back with huge pages, so that first touching such a block costs one page
 // fault instead of 512. A part past the last whole block gets a block of its
 // own too when it is an eighth of one or more (one fault for up to 2 MiB more
-// memory); a shorter one keeps ordinary pages. A process that draws many pictures keeps the default:
-// the heap hands the same pages from one bitmap to the next, where a mapping
-// would be faulted in afresh each time.
+// memory); a shorter one keeps ordinary pages. A process that draws many
+// pictures keeps the default: the heap hands the same pages from one bitmap to
+// the next, where a mapping would be faulted in afresh each time.
 void setHugePageBitmaps(bool on);
 bool hugePageBitmaps();
 
