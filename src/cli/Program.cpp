@@ -7,6 +7,7 @@
 #include "Help.h"
 #include "ReviewCommands.h"
 #include "IsoDate.h"
+#include "PicturesAhead.h"
 #include "SnippetCard.h"
 #include "Serve.h"
 #include "detail/ValueJson.h"
@@ -21,6 +22,7 @@
 #include <filesystem>
 #include <map>
 #include <optional>
+#include <thread>
 
 namespace velmorant::cli {
 namespace {
@@ -226,6 +228,10 @@ int runShow(const CommandLine& line, std::ostream& out) {
     // The pictures' data-independent layers come from the cache when an earlier run kept them.
     if (fs::path folder = platform::LayerStore::defaultFolder(); !folder.empty())
         platform->layers().keepOnDisk(std::make_unique<platform::LayerStore>(folder, platform->resourceDir()));
+    // With two cores or more, the card's pictures are drawn beside its labels, and
+    // the fonts are set up while the stores are read: the time to one card is what counts.
+    std::optional<PicturesAhead> ahead;
+    if (png && std::thread::hardware_concurrency() > 1) ahead.emplace(*platform);
     if (auto dir = option(line, "--images")) {
         imagesDir = *dir;
         std::error_code ec;
@@ -243,6 +249,7 @@ int runShow(const CommandLine& line, std::ostream& out) {
         };
     }
     SnippetOptions snippet{.width = width, .pngFile = png.value_or(fs::path()), .images = writer};
+    if (ahead) snippet.picturesAhead = &*ahead;
     out << showSnippet(*platform, line.positional[0], snippet).record << '\n';
     return 0;
 }

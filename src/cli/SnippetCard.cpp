@@ -1,5 +1,6 @@
 #include "SnippetCard.h"
 
+#include "PicturesAhead.h"
 #include "detail/ValueJson.h"
 
 #include "intents/IntentViewController.h"
@@ -30,12 +31,28 @@ void fillStore(platform::PreferencesStore& store, const std::string& bytes, std:
     for (const auto& [key, value] : document->root) store.setObject(value, key);
 }
 
+// Lets the thread drawing a card's pictures ahead go, however the card ends,
+// before the views it reads do.
+class PicturesFinished {
+public:
+    explicit PicturesFinished(PicturesAhead* pictures) : pictures_(pictures) {}
+    ~PicturesFinished() {
+        if (pictures_) pictures_->finish();
+    }
+    PicturesFinished(const PicturesFinished&) = delete;
+    PicturesFinished& operator=(const PicturesFinished&) = delete;
+
+private:
+    PicturesAhead* pictures_;
+};
+
 }  // namespace
 
 SnippetCard showSnippet(platform::Platform& platform, std::string_view intent, const SnippetOptions& options) {
     ExtensionContext context;
     context.hostedViewMaximumAllowedSize = {options.width, 420};
     IntentViewController controller(platform, context);
+    const PicturesFinished picturesFinished(options.picturesAhead);
     controller.viewDidLoad();
     Interaction interaction{makeIntent(intent)};
     SnippetCard card;
@@ -53,10 +70,13 @@ SnippetCard showSnippet(platform::Platform& platform, std::string_view intent, c
     card.spoken = platform::accessibilityText(controller.views(), language);
     if (options.draw) options.draw(controller.views(), card);
     std::string error;
-    if (!options.pngFile.empty() &&
-        !platform::writeCardPng(controller.views(), card.size, platform.screenScale(), platform.fonts(),
-                                options.pngFile, card.spoken, &error))
-        throw std::runtime_error("cannot write " + options.pngFile.string() + ": " + error);
+    if (!options.pngFile.empty()) {
+        const platform::FontSystem& fonts =
+            options.picturesAhead ? options.picturesAhead->draw(controller.views()) : platform.fonts();
+        if (!platform::writeCardPng(controller.views(), card.size, platform.screenScale(), fonts, options.pngFile,
+                                    card.spoken, &error))
+            throw std::runtime_error("cannot write " + options.pngFile.string() + ": " + error);
+    }
     if (options.pngInMemory) {
         card.png = platform::encodeCardPng(controller.views(), card.size, platform.screenScale(), platform.fonts(),
                                            card.spoken, &error);

@@ -14,6 +14,8 @@
 
 namespace velmorant::cli {
 
+class PicturesAhead;
+
 // Names the file an image was written to, or none when images are not written.
 using ImageWriter = std::function<std::optional<std::string>(const platform::Image&, const std::string& hint)>;
 
@@ -43,6 +45,8 @@ struct SnippetOptions {
     ImageWriter images;
     // Called after the views are filled and before they are gone.
     CardDrawer draw;
+    // Draws the pictures of `pngFile`'s card on a second core, its labels in fonts of their own.
+    PicturesAhead* picturesAhead = nullptr;
 };
 
 // Fills the snippet of `intent`; throws std::runtime_error when the card cannot be written.

@@ -17,8 +17,12 @@ DrawingResources::DrawingResources(std::shared_ptr<SharedResources> shared, bool
 DrawingResources::~DrawingResources() = default;
 
 const FontSystem& DrawingResources::fonts() {
-    if (!shared_->fonts) shared_->fonts = std::make_unique<FontSystem>(resourceDir_ / "fonts" / "fonts.conf");
+    if (!shared_->fonts) shared_->fonts = makeFonts();
     return *shared_->fonts;
+}
+
+std::unique_ptr<FontSystem> DrawingResources::makeFonts() const {
+    return std::make_unique<FontSystem>(resourceDir_ / "fonts" / "fonts.conf");
 }
 
 ImagePtr DrawingResources::imageNamed(std::string_view name) {

@@ -44,6 +44,8 @@ public:
     double scale() const { return scale_; }
     // Made on first use.
     const FontSystem& fonts();
+    // The same fonts set up anew, for a thread other than the one drawing with `fonts()`.
+    std::unique_ptr<FontSystem> makeFonts() const;
     // An image resource by name; none when there is no such artwork. Drawn
     // once and shared while anyone holds it, then let go with its pixels.
     ImagePtr imageNamed(std::string_view name);

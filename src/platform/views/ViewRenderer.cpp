@@ -117,6 +117,14 @@ void ViewRenderer::drawView(Canvas& canvas, const View& view, Rect frame) const 
     if (view.text() && !view.text()->empty()) drawText(canvas, view, frame);
 }
 
+void ViewRenderer::layOutTexts(const Canvas& canvas) const {
+    for (const auto& view : views_.views()) {
+        if (!views_.isShown(*view) || !view->text() || view->text()->empty()) continue;
+        Rect frame = layout_.frameOf(view->name());
+        if (frame.width > 0 && frame.height > 0) fitted(canvas, *view, frame);
+    }
+}
+
 bool ViewRenderer::coversCard() const {
     for (const auto& view : views_.views()) {
         if (!view->parent().empty() || !views_.isShown(*view)) continue;
@@ -220,8 +228,9 @@ namespace {
 // compresses each band before the next is drawn: one band is held at a time.
 // Compressing a card costs about 1.5 ms, a fraction of drawing it; a helper
 // thread per band cost about 1 ms more CPU time per card (BM_cardPng) to hide
-// at most that, and held a second band (`show --png` peaked 1.5 MB higher).
-// The encoder is finished by the caller; false when `progress` stopped the card.
+// at most that, and held a second band (`show --png` peaked 1.5 MB higher); a
+// thread for the whole card, handed each band in turn, made `show --png` 1-2 ms
+// slower than none. The encoder is finished by the caller; false when `progress` stopped the card.
 bool drawCardInto(PngEncoder& encoder, const ViewRenderer& renderer, Size size, double scale, const FontSystem& fonts,
                   int height, const CardProgress& progress) {
     using Clock = std::chrono::steady_clock;
@@ -229,6 +238,9 @@ bool drawCardInto(PngEncoder& encoder, const ViewRenderer& renderer, Size size, 
         int rows = std::min(kBandRows, height - top);
         auto start = Clock::now();
         Canvas band({size.width, rows / scale}, scale, fonts);
+        // Every label is laid out before the first picture is read: one drawn on
+        // another thread meanwhile (`show`) is then waited for as late as can be.
+        if (top == 0) renderer.layOutTexts(band);
         renderer.draw(band, {0, top / scale});
         ImagePtr image = band.makeImage();
         auto drawn = Clock::now();

@@ -24,6 +24,8 @@ public:
     // Draws every shown view onto a canvas whose top left corner is `origin`
     // on the card (a band of it, or all of it at the origin), in card points.
     void draw(Canvas& canvas, Point origin = {}) const;
+    // Lays out every shown label's text for the card ahead of drawing it.
+    void layOutTexts(const Canvas& canvas) const;
     // True when the shown views paint every point of the card opaquely.
     bool coversCard() const;
 

@@ -77,9 +77,9 @@ TEST(BitmapMemoryTest, ALongTailIsMappedAsAWholeHugePage) {
     const Case cases[] = {
         {2 * kMiB, 2 * kMiB},                             // whole huge pages only
         {2 * kMiB + 1, 2 * kMiB + kPage},                 // a byte over: one ordinary page more
-        {2 * kMiB + kMiB / 4 - kPage, 2 * kMiB + kMiB / 4 - kPage},  // just short of an eighth
-        {2 * kMiB + kMiB / 4 - kPage + 1, 4 * kMiB},      // an eighth of a huge page once in whole pages
-        {2822400, 4 * kMiB},                              // a 280-point picture at scale 3
+        {3 * kMiB - kPage, 3 * kMiB - kPage},             // just short of half a huge page
+        {3 * kMiB - kPage + 1, 4 * kMiB},                 // half of one once in whole pages
+        {2822400, 690 * kPage},                           // a 280-point picture at scale 3
         {4 * kMiB + 100, 4 * kMiB + kPage},
     };
     for (const Case& c : cases) {

@@ -15,8 +15,8 @@ SurfacePtr uninitialisedSurface(cairo_format_t format, int width, int height);
 inline constexpr std::size_t kHugePage = std::size_t{2} << 20;
 
 // The length mapped for a bitmap of `bytes` on huge pages: whole `page`s, and
-// whole huge pages when the part past the last whole one is large enough that
-// one more huge page is cheaper to fault in than its ordinary pages.
+// whole huge pages when the part past the last whole one is half of one or
+// more, so that one more huge page costs little memory and saves faults.
 std::size_t hugePageMappingLength(std::size_t bytes, std::size_t page);
 
 }  // namespace velmorant::platform

@@ -1,0 +1,67 @@
+#include "PicturesAhead.h"
+
+#include "platform/graphics/Image.h"
+#include "platform/services/DrawingResources.h"
+
+namespace velmorant::cli {
+
+PicturesAhead::PicturesAhead(platform::Platform& platform) : thread_([this, &platform] { run(platform); }) {}
+
+void PicturesAhead::finish() {
+    {
+        std::lock_guard lock(mutex_);
+        stopping_ = true;
+    }
+    changed_.notify_all();
+    if (thread_.joinable()) thread_.join();
+}
+
+const platform::FontSystem& PicturesAhead::draw(const platform::ViewTree& views) {
+    std::unique_lock lock(mutex_);
+    views_ = &views;
+    changed_.notify_all();
+    changed_.wait(lock, [this] { return fontsSetUp_; });
+    if (failure_) std::rethrow_exception(failure_);
+    return *labelFonts_;
+}
+
+void PicturesAhead::run(platform::Platform& platform) {
+    std::unique_ptr<platform::FontSystem> labelFonts;
+    std::exception_ptr failure;
+    try {
+        platform::DrawingResources& resources = *platform.drawingResources();
+        {
+            // As a picture holds them: the calling thread may draw one meanwhile (`show --images`).
+            std::lock_guard drawing(resources.drawing());
+            resources.fonts();
+        }
+        // After the first set: fontconfig's first use is not thread-safe.
+        labelFonts = resources.makeFonts();
+    } catch (...) {
+        failure = std::current_exception();
+    }
+    const platform::ViewTree* views = nullptr;
+    {
+        std::unique_lock lock(mutex_);
+        labelFonts_ = std::move(labelFonts);
+        failure_ = failure;
+        fontsSetUp_ = true;
+        changed_.notify_all();
+        changed_.wait(lock, [this] { return views_ != nullptr || stopping_; });
+        views = views_;
+    }
+    if (failure || !views) return;
+    for (const auto& view : views->views()) {
+        if (stopping_) return;
+        if (!views->isShown(*view)) continue;
+        platform::ImagePtr image = views->shownImage(*view);
+        if (!image) continue;
+        // A picture that cannot be drawn here is drawn again, and fails, where the card reads it.
+        try {
+            image->drawNow();
+        } catch (...) {
+        }
+    }
+}
+
+}  // namespace velmorant::cli
