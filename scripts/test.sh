@@ -1,8 +1,8 @@
 #!/usr/bin/env bash
 # Sets everything up (packages, builds) and runs the whole test suite: the
 # optimised build, the same suite under AddressSanitizer and
-# UndefinedBehaviorSanitizer, the rendering service's tests under
-# ThreadSanitizer, then a short run of the store fuzzer
+# UndefinedBehaviorSanitizer, the rendering service's tests and those of
+# `show`'s second thread under ThreadSanitizer, then a short run of the store fuzzer
 # (VELMORANT_FUZZ_SECONDS, default 60). Both suites include the browser test,
 # which opens the gallery in headless Chromium (installed here). Ends with one
 # summary line.
