@@ -5,7 +5,8 @@
 
 namespace velmorant::cli {
 
-PicturesAhead::PicturesAhead(platform::Platform& platform) : thread_([this, &platform] { run(platform); }) {}
+PicturesAhead::PicturesAhead(platform::Platform& platform)
+    : resources_(*platform.drawingResources()), thread_([this] { run(); }) {}
 
 void PicturesAhead::finish() {
     {
@@ -17,33 +18,30 @@ void PicturesAhead::finish() {
 }
 
 const platform::FontSystem& PicturesAhead::draw(const platform::ViewTree& views) {
-    std::unique_lock lock(mutex_);
-    views_ = &views;
-    changed_.notify_all();
-    changed_.wait(lock, [this] { return fontsSetUp_; });
-    if (failure_) std::rethrow_exception(failure_);
+    {
+        std::unique_lock lock(mutex_);
+        views_ = &views;
+        changed_.notify_all();
+        changed_.wait(lock, [this] { return fontsSetUp_; });
+        if (failure_) std::rethrow_exception(failure_);
+    }
+    // Only after the platform's set: fontconfig's first use is not thread-safe.
+    labelFonts_ = resources_.makeFonts();
     return *labelFonts_;
 }
 
-void PicturesAhead::run(platform::Platform& platform) {
-    std::unique_ptr<platform::FontSystem> labelFonts;
+void PicturesAhead::run() {
     std::exception_ptr failure;
     try {
-        platform::DrawingResources& resources = *platform.drawingResources();
-        {
-            // As a picture holds them: the calling thread may draw one meanwhile (`show --images`).
-            std::lock_guard drawing(resources.drawing());
-            resources.fonts();
-        }
-        // After the first set: fontconfig's first use is not thread-safe.
-        labelFonts = resources.makeFonts();
+        // As a picture holds them: the calling thread may draw one meanwhile (`show --images`).
+        std::lock_guard drawing(resources_.drawing());
+        resources_.fonts();
     } catch (...) {
         failure = std::current_exception();
     }
     const platform::ViewTree* views = nullptr;
     {
         std::unique_lock lock(mutex_);
-        labelFonts_ = std::move(labelFonts);
         failure_ = failure;
         fontsSetUp_ = true;
         changed_.notify_all();
