@@ -17,7 +17,26 @@ void PicturesAhead::finish() {
     if (thread_.joinable()) thread_.join();
 }
 
+namespace {
+
+bool hasPictureToDraw(const platform::ViewTree& views) {
+    for (const auto& view : views.views()) {
+        if (!views.isShown(*view)) continue;
+        if (platform::ImagePtr image = views.shownImage(*view); image && !image->isDrawn()) return true;
+    }
+    return false;
+}
+
+}  // namespace
+
 const platform::FontSystem& PicturesAhead::draw(const platform::ViewTree& views) {
+    if (!hasPictureToDraw(views)) {
+        // Nothing to draw beside the labels: they take the platform's fonts,
+        // once the second thread is done setting them up, instead of a second set.
+        finish();
+        if (failure_) std::rethrow_exception(failure_);
+        return resources_.fonts();
+    }
     {
         std::unique_lock lock(mutex_);
         views_ = &views;

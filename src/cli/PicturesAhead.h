@@ -28,8 +28,9 @@ public:
     PicturesAhead& operator=(const PicturesAhead&) = delete;
 
     // Has every shown picture of `views` drawn on the second core, in view
-    // order, and sets up and returns the fonts for the card's labels. `views`
-    // must outlive the drawing: see `finish`. Throws what setting up fonts threw.
+    // order, and sets up and returns the fonts for the card's labels (the
+    // platform's, when there is no picture to draw). `views` must outlive the
+    // drawing: see `finish`. Throws what setting up fonts threw.
     const platform::FontSystem& draw(const platform::ViewTree& views);
     // Lets the second core go, once the picture it is drawing, if any, is done;
     // pictures not yet drawn are left to whoever reads them.
